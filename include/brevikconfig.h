@@ -1,0 +1,211 @@
+/*
+ * brevikconfig: what the applications of the suite share.
+ *
+ * Twelve functions that an application calls from C, C++ or any language with a C interface: items of
+ * the installed products' certificates, the language to run in, small values in the web cookie store,
+ * and update and profile requests.
+ *
+ * Text. "Narrow" text is NUL-terminated and in the system's code page (UTF-8 off Windows); "wide" text
+ * is NUL-terminated UTF-16 in bvkc_wchar units. A null text argument counts as the empty text.
+ *
+ * Memory. A block that a function hands out belongs to the caller, who frees it with CoTaskMemFree.
+ * When a function fails, its out arguments are as they were, unless it says otherwise. A null out
+ * argument gives the function's failure result.
+ *
+ * Threads. Every function may be called on any thread at any time. A call runs to its end on the
+ * caller's thread and leaves the thread's component-model state as it found it.
+ *
+ * Errors. The result is the only report; no exception leaves a function. What went wrong is told on
+ * the trace.
+ */
+#ifndef BREVIKCONFIG_H
+#define BREVIKCONFIG_H
+
+#include <stdint.h>
+
+#if !defined(_WIN32) && !defined(__cplusplus)
+#include <uchar.h>
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* One unit of UTF-16. */
+#ifdef _WIN32
+typedef wchar_t bvkc_wchar;
+#else
+typedef char16_t bvkc_wchar;
+#endif
+
+/* A Windows language identifier: the primary language in the low 10 bits, the sublanguage in the high
+ * 6 bits; 1033 is American English. */
+typedef uint16_t bvkc_langid;
+
+/* A window of the caller: an HWND on Windows, null where there is none. Only the low 32 bits of a
+ * window handle are significant, so one that travelled through a 32-bit integer is still good. */
+typedef void* bvkc_window;
+
+/* ---- Catalogue of the installed products ------------------------------------------------------ */
+
+/*
+ * Reads one item of the certificate with a given installer GUID.
+ *
+ *   InstallerGUID  narrow; the GUID as the certificate bears it.
+ *   sIdentifier    narrow; the name of the item, such as "QDR_ProductName".
+ *   value          receives a block with the item's narrow text and its NUL. An item that the
+ *                  certificate does not hold is the empty text.
+ *   size           receives the size of that block in bytes, the NUL counted.
+ *
+ * Returns 1 when there is such a certificate and `value` and `size` are set, else 0.
+ */
+uint8_t bvkc_CertificateItemValue(const char* InstallerGUID, const char* sIdentifier, void** value,
+                                  uint32_t* size);
+
+/*
+ * The same for the certificate of a product.
+ *
+ *   sProdName      narrow; the product's name.
+ */
+uint8_t bvkc_CertificateItemValueByProdName(const char* sProdName, const char* sIdentifier,
+                                            void** value, uint32_t* size);
+
+/*
+ * Lists the installer GUIDs of the products that lie beside the running program.
+ *
+ *   guids          receives a block with the GUIDs as narrow texts, one behind the other, each with
+ *                  its NUL, and one further NUL behind the last.
+ *
+ * Returns the number of GUIDs. With none the result is 0, and the block, where one was handed out, is
+ * the one NUL: set *guids to null before the call, and free it when it is not null afterwards.
+ */
+int32_t bvkc_GetLocalGUIDs(char** guids);
+
+/* ---- Language --------------------------------------------------------------------------------- */
+
+/*
+ * Chooses the language to run in from those that the caller can offer: the language in which the suite
+ * was installed, else the identifier 0 if it is offered, else American English, else the first one.
+ *
+ *   langIds        `count` language identifiers.
+ *   count          their number.
+ *   selected       receives the choice.
+ *
+ * Returns 0 when `selected` holds the language, 1 when no language was offered.
+ */
+int32_t bvkc_GetUserLanguage_Ids(const bvkc_langid* langIds, uint32_t count, bvkc_langid* selected);
+
+/*
+ * The same from three-letter codes such as "ENU" and "DEU", in either case. A code that is not known
+ * stands for the identifier 0.
+ *
+ *   codes          `count` narrow texts.
+ *   count          their number.
+ *   selected       receives the choice, as an identifier.
+ */
+int32_t bvkc_GetUserLanguage_Code(const char* const* codes, uint32_t count, bvkc_langid* selected);
+
+/* ---- Values in the web cookie store ----------------------------------------------------------- */
+
+/*
+ * Reads a value from the suite's own cookie, "qdr_cookie" of the suite's web domain.
+ *
+ *   key            wide; the name of the value.
+ *   value          receives a block with the wide text: the value, or "-1" when there is none.
+ *
+ * Returns 1 when it failed and nothing was handed out. With any other result `value` is set: 0 on
+ * success, else the HRESULT of a failure, with what had been read by then.
+ */
+int32_t bvkc_VCM_ReadOndrelCookieValue(const bvkc_wchar* key, bvkc_wchar** value);
+
+/*
+ * Writes a value into the suite's own cookie and moves the cookie's expiry 183 days ahead.
+ *
+ *   key            wide; not empty.
+ *   value          wide; not empty. A name, key or value that would not read back as it was written,
+ *                  one with '&', ';' or a control character among them, is refused.
+ *
+ * Returns 0 when the value is in the store. 1, or the HRESULT of a failure: nothing was stored.
+ */
+int32_t bvkc_VCM_WriteOndrelCookieValue(const bvkc_wchar* key, const bvkc_wchar* value);
+
+/*
+ * Reads a value from any cookie.
+ *
+ *   domain         wide; a host name without a scheme.
+ *   cookie         wide; the name of the cookie.
+ *   key            wide; the name of the value in it. The value of a plain cookie has the cookie's own
+ *                  name as its key.
+ *   value          as above.
+ */
+int32_t bvkc_VCM_ReadCookieValue(const bvkc_wchar* domain, const bvkc_wchar* cookie,
+                                 const bvkc_wchar* key, bvkc_wchar** value);
+
+/*
+ * Writes a value into any cookie. It goes to the first cookie of the domain, in byte order, whose name
+ * contains `cookie`, or to a new one of that name where there is none.
+ */
+int32_t bvkc_VCM_WriteCookieValue(const bvkc_wchar* domain, const bvkc_wchar* cookie,
+                                  const bvkc_wchar* key, const bvkc_wchar* value);
+
+/* ---- Requests to the online services ---------------------------------------------------------- */
+
+/*
+ * Starts an update of a product.
+ *
+ *   productIdentifier  narrow; the product.
+ *   locale             narrow; a language code such as "ENU", or empty for the language in which the
+ *                      suite runs.
+ *   bRunInBackground   not 0: without a window of its own.
+ *
+ * Returns 0 without a failure, 2 when there is no update information for the product, 3 without
+ * uninstall data, 4 when the service call failed.
+ */
+int32_t bvkc_Dispatch_InvokeUpdate(const char* productIdentifier, const char* locale,
+                                   uint8_t bRunInBackground);
+
+/*
+ * Asks whether an update or a message waits for a product.
+ *
+ *   connectToServer    not 0: the service may ask its server.
+ *
+ * Returns 1 when there is one, else 0.
+ */
+uint8_t bvkc_Dispatch_IsUpdateOrMessageAvailable(const char* productIdentifier, const char* locale,
+                                                 uint8_t connectToServer);
+
+/*
+ * Has the online service's dialog fetch the profile identifier of a user.
+ *
+ *   strKindletUID  narrow; the user.
+ *   locale         narrow; as above.
+ *   hWnd           the window that owns the dialog, or null.
+ *   strProfileID   receives a block with the narrow text. It is set to null first and stays null when
+ *                  there is no text.
+ *
+ * Returns 0 when `strProfileID` holds a profile, 1 when the service answered so, 2 in every other case.
+ */
+int32_t bvkc_Dispatch_GetKindletProfileID(const char* strKindletUID, const char* locale,
+                                          bvkc_window hWnd, char** strProfileID);
+
+/* ---- Memory ----------------------------------------------------------------------------------- */
+
+/*
+ * Frees a block that a function handed out; null is legal. On Windows it is the system's own. Elsewhere
+ * libbrevikplatform exports it as brevik_CoTaskMemFree; a host that has a CoTaskMemFree of its own
+ * defines BREVIKCONFIG_NO_COTASKMEMFREE ahead of this header and calls it by that name.
+ */
+#ifdef _WIN32
+__declspec(dllimport) void __stdcall CoTaskMemFree(void* block);
+#else
+void brevik_CoTaskMemFree(void* block);
+#ifndef BREVIKCONFIG_NO_COTASKMEMFREE
+static inline void CoTaskMemFree(void* block) { brevik_CoTaskMemFree(block); }
+#endif
+#endif
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,32 @@
+// Clocks: ticks, the high-resolution counter, and the calendar of the run-time library.
+#pragma once
+
+#include <ctime>
+
+#include "platform/types.h"
+
+#ifndef _WIN32
+
+namespace brevik::platform {
+
+// Milliseconds since the system's start, wrapping at 32 bits; some milliseconds coarse.
+PLATFORM_API DWORD GetTickCount();
+
+// The rate of the counter in counts per second, constant for the life of the system.
+PLATFORM_API BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency);
+PLATFORM_API BOOL QueryPerformanceCounter(LARGE_INTEGER* counter);
+
+using __time64_t = std::int64_t;
+
+// Seconds since 1970 in Coordinated Universal Time.
+PLATFORM_API __time64_t _time64(__time64_t* result);
+
+// Broken down into local time. 0, or an error number.
+PLATFORM_API int _localtime64_s(std::tm* result, const __time64_t* time);
+
+// Seconds since 1970 of a local time; -1 where it cannot be told.
+PLATFORM_API __time64_t _mktime64(std::tm* time);
+
+}  // namespace brevik::platform
+
+#endif

@@ -1,0 +1,134 @@
+// The component object model: a thread's apartment, the task allocator, BSTR, VARIANT, and the two
+// interfaces that every component object begins with.
+//
+// Off Windows the state is real and shared by everything in the process that uses this platform
+// library: the host, the library and the component objects that it loads.
+#pragma once
+
+#include "platform/errors.h"
+#include "platform/types.h"
+
+#ifdef _WIN32
+
+#include <comdef.h>
+#include <objbase.h>
+#include <oleauto.h>
+
+#else
+
+namespace brevik::platform {
+
+inline constexpr DWORD COINIT_MULTITHREADED = 0x0;
+inline constexpr DWORD COINIT_APARTMENTTHREADED = 0x2;
+
+// Enters the calling thread into an apartment, or counts one more entry. S_OK for the first entry,
+// S_FALSE for a further one of the same kind, RPC_E_CHANGED_MODE, uncounted, for one of the other
+// kind. Every S_OK and S_FALSE is to be paired with one CoUninitialize on the same thread.
+PLATFORM_API HRESULT CoInitializeEx(void* reserved, DWORD kind);
+
+// CoInitializeEx for the apartment-threaded kind.
+PLATFORM_API HRESULT CoInitialize(void* reserved);
+
+// Undoes one entry of the calling thread; without one, nothing.
+PLATFORM_API void CoUninitialize();
+
+// Memory that passes between caller and callee. A size of 0 gives a block too; null on exhaustion.
+PLATFORM_API void* CoTaskMemAlloc(std::size_t size);
+
+// Frees a block of CoTaskMemAlloc; null is legal.
+PLATFORM_API void CoTaskMemFree(void* block);
+
+// Counted UTF-16 text with a NUL behind it; its length in bytes stands in the 4 bytes ahead of the
+// pointer. A null BSTR is a text of length 0.
+using BSTR = WCHAR*;
+
+// Null for a null text or when memory is short.
+PLATFORM_API BSTR SysAllocString(const WCHAR* text);
+
+// Takes `length` units as they stand, NULs included; with a null text the units are left unset.
+PLATFORM_API BSTR SysAllocStringLen(const WCHAR* text, UINT length);
+PLATFORM_API void SysFreeString(BSTR text);
+PLATFORM_API UINT SysStringLen(BSTR text);
+PLATFORM_API UINT SysStringByteLen(BSTR text);
+
+class IUnknown {
+  public:
+    virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) = 0;
+    virtual ULONG STDMETHODCALLTYPE AddRef() = 0;
+    virtual ULONG STDMETHODCALLTYPE Release() = 0;
+
+  protected:
+    ~IUnknown() = default;
+};
+
+class IClassFactory : public IUnknown {
+  public:
+    virtual HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid,
+                                                     void** object) = 0;
+    virtual HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) = 0;
+
+  protected:
+    ~IClassFactory() = default;
+};
+
+inline constexpr IID IID_IUnknown = {
+    0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+inline constexpr IID IID_IClassFactory = {
+    0x00000001, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+
+using VARTYPE = std::uint16_t;
+using VARIANT_BOOL = std::int16_t;
+
+enum VARENUM : VARTYPE {
+    VT_EMPTY = 0,
+    VT_NULL = 1,
+    VT_I2 = 2,
+    VT_I4 = 3,
+    VT_BSTR = 8,
+    VT_ERROR = 10,
+    VT_BOOL = 11,
+    VT_UNKNOWN = 13,
+    VT_UI4 = 19,
+    VT_I8 = 20,
+};
+
+// A tagged value. The holder owns what `bstrVal` and `punkVal` point at.
+struct VARIANT {
+    VARTYPE vt;
+    WORD wReserved1;
+    WORD wReserved2;
+    WORD wReserved3;
+    union {
+        SHORT iVal;
+        LONG lVal;
+        ULONG ulVal;
+        LONGLONG llVal;
+        VARIANT_BOOL boolVal;
+        HRESULT scode;
+        BSTR bstrVal;
+        IUnknown* punkVal;
+        struct {
+            void* first;
+            void* second;
+        } record;
+    };
+};
+
+PLATFORM_API void VariantInit(VARIANT* variant);
+
+// Releases what the variant owns and makes it VT_EMPTY.
+PLATFORM_API HRESULT VariantClear(VARIANT* variant);
+
+// The exception form of a component-model failure.
+class _com_error {
+  public:
+    explicit _com_error(HRESULT result) : result_(result) {}
+    HRESULT Error() const { return result_; }
+
+  private:
+    HRESULT result_;
+};
+
+}  // namespace brevik::platform
+
+#endif

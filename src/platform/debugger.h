@@ -1,0 +1,28 @@
+// The debugger output of the process.
+//
+// Off Windows it goes where BREVIK_DEBUG_OUTPUT says: a file to append to, or "-" for standard error.
+// Unset, nobody listens and a call costs next to nothing. A thread's text is collected until its line
+// is complete and then written at once, so that lines of several threads and processes never mix.
+#pragma once
+
+#include "platform/types.h"
+
+#ifdef _WIN32
+
+// The system does not tell whether anybody listens.
+inline bool IsDebuggerOutputOpen() { return true; }
+
+#else
+
+namespace brevik::platform {
+
+// Never fails; null is legal.
+PLATFORM_API void OutputDebugStringA(const char* text);
+
+// Whether text given to OutputDebugStringA reaches anybody, so that a caller may save itself the
+// making of it.
+PLATFORM_API bool IsDebuggerOutputOpen();
+
+}  // namespace brevik::platform
+
+#endif

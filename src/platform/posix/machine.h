@@ -1,0 +1,31 @@
+// The machine: the folder that holds what Windows keeps about a computer.
+//
+// It is the one that BREVIK_MACHINE names, else /var/lib/brevikconfig when that exists, else
+// brevikconfig in the user's data folder. It is settled once in a process, and its folders are made on
+// first use. Safe on any thread.
+#pragma once
+
+#include <string>
+
+#include "platform/types.h"
+
+namespace brevik::platform {
+
+class PLATFORM_API Machine {
+  public:
+    static const Machine& Current();
+
+    // Host path of the machine's folder, absolute, without a trailing slash.
+    const std::string& Folder() const { return folder_; }
+
+    // Host path of users/LOGIN for the effective user, made with mode 0700 where it was missing.
+    // Empty when it cannot be made.
+    std::string UserFolder() const;
+
+  private:
+    Machine();
+
+    std::string folder_;
+};
+
+}  // namespace brevik::platform

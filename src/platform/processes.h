@@ -1,0 +1,55 @@
+// The processes of the machine, as far as the library asks: this one, its parent, and their files.
+#pragma once
+
+#include "platform/errors.h"
+#include "platform/modules.h"
+#include "platform/types.h"
+
+#ifdef _WIN32
+
+#include <psapi.h>
+#include <tlhelp32.h>
+
+#else
+
+namespace brevik::platform {
+
+inline constexpr DWORD TH32CS_SNAPPROCESS = 0x2;
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
+
+struct PROCESSENTRY32W {
+    DWORD dwSize;
+    DWORD cntUsage;
+    DWORD th32ProcessID;
+    ULONG_PTR th32DefaultHeapID;
+    DWORD th32ModuleID;
+    DWORD cntThreads;
+    DWORD th32ParentProcessID;
+    LONG pcPriClassBase;
+    DWORD dwFlags;
+    WCHAR szExeFile[MAX_PATH];
+};
+
+// A walk over the running processes. The calling process is listed first, so that whoever looks for
+// itself never pays for the others.
+PLATFORM_API HANDLE CreateToolhelp32Snapshot(DWORD flags, DWORD process);
+
+// The first and each next entry; false with error 18 behind the last.
+PLATFORM_API BOOL Process32FirstW(HANDLE snapshot, PROCESSENTRY32W* entry);
+PLATFORM_API BOOL Process32NextW(HANDLE snapshot, PROCESSENTRY32W* entry);
+
+PLATFORM_API DWORD GetCurrentProcessId();
+
+// A handle on a running process; null with error 87 when there is none of this number.
+PLATFORM_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD process);
+
+// The path of a process's executable (module null). Result: its length without the NUL, cut to
+// `size` like GetModuleFileNameW; 0 when it cannot be had.
+PLATFORM_API DWORD GetModuleFileNameExW(HANDLE process, HMODULE module, WCHAR* path, DWORD size);
+
+// Closes a handle of this header or of any other; 0 with error 6 for what is none.
+PLATFORM_API BOOL CloseHandle(HANDLE handle);
+
+}  // namespace brevik::platform
+
+#endif

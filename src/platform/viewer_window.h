@@ -1,0 +1,35 @@
+// Windows of other programs: finding one by its class, and sending it a block of data.
+//
+// Off Windows a window class is a socket in the user's runtime folder that only this user can open
+// (platform/posix/trace_socket.h holds the receiving end).
+#pragma once
+
+#include "platform/errors.h"
+#include "platform/types.h"
+
+#ifndef _WIN32
+
+namespace brevik::platform {
+
+inline constexpr UINT WM_COPYDATA = 74;
+inline constexpr UINT SMTO_BLOCK = 0x1;
+inline constexpr UINT SMTO_ABORTIFHUNG = 0x2;
+
+// What a WM_COPYDATA message points at.
+struct COPYDATASTRUCT {
+    ULONG_PTR dwData;
+    DWORD cbData;
+    void* lpData;
+};
+
+// The window of a class (the title must be null), or null.
+PLATFORM_API HWND FindWindowW(const WCHAR* windowClass, const WCHAR* title);
+
+// Delivers a WM_COPYDATA message, waiting at most `milliseconds` for a receiver that is behind.
+// 0 with error 1400 when the window is gone, with 1460 when the time ran out.
+PLATFORM_API LRESULT SendMessageTimeoutW(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
+                                         UINT flags, UINT milliseconds, DWORD_PTR* result);
+
+}  // namespace brevik::platform
+
+#endif

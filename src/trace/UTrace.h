@@ -1,0 +1,134 @@
+// The trace: what the library says about what it is doing.
+//
+// A line has a level (1 failures, 2 unused, 3 arguments and progress, 4 function enter and return), a
+// client name and an indentation that follows the open function tracers of its thread. Lines go to the
+// debugger output, to the host's filter, and to a viewer program (`brevikctl trace`).
+//
+// Threads: every operation may be called on any thread. One lock serialises all lines; it is held
+// while a line is made and handed out, also across the filter. A tracer object belongs to its thread.
+//
+// Errors: a line operation lets a std::bad_alloc through and reports nothing else. Text is cut where it
+// does not fit, as told below.
+#pragma once
+
+#include <cstdarg>
+#include <cstdint>
+#include <string>
+
+#include "platform/types.h"
+
+class VelmarException;
+
+namespace UTrace {
+
+// ---- Setup and settings ----
+
+inline constexpr int kFlagDebuggerOutput = 1;  // lines go to the debugger output
+inline constexpr int kFlagAllLevels = 2;       // the level test passes for every level
+inline constexpr int kFlagTime = 4;            // lines get a time prefix
+
+// Starts the trace: empty client name, level 0, flags 3, no filter, the calling thread's depth 0, and
+// one look for a viewer. False, with nothing changed, when it is started already. Until it is started
+// all lines are dropped.
+bool Initialize();
+
+// Stops the trace and forgets the filter.
+void Terminate();
+
+// The client name that lines carry by default: at most 63 bytes; null counts as empty.
+void SetClientName(const char* name);
+
+// Copies at most `size` - 1 bytes and a NUL; with a size of 0 or a null buffer nothing.
+void GetClientName(char* buffer, unsigned size);
+
+void SetLevel(int level);
+int GetLevel();
+void SetFlags(int flags);
+int GetFlags();
+
+// A function of the host that sees each line: level, client (may be null) and the bare message, without
+// time and indentation. False keeps the line from the viewer. It is called under the trace lock.
+using Filter = bool (*)(int level, const char* client, const char* message);
+
+// Null removes the filter.
+void SetFilter(Filter filter);
+
+// Whether a line of this level passes: it is not above the set level, or the flags let all pass.
+bool IsLevelOn(int level);
+
+// ---- Lines ----
+//
+// printf formats. The text is cut to 1023 bytes. A null format drops the line.
+
+void Trace(int level, const char* format, ...) PRINTF_CHECKED(2, 3);
+void TraceAs(int level, const char* client, const char* format, ...) PRINTF_CHECKED(3, 4);
+void Error(const char* format, ...) PRINTF_CHECKED(1, 2);
+void ErrorAs(const char* client, const char* format, ...) PRINTF_CHECKED(2, 3);
+void Level2(const char* format, ...) PRINTF_CHECKED(1, 2);
+void Level2As(const char* client, const char* format, ...) PRINTF_CHECKED(2, 3);
+void Info(const char* format, ...) PRINTF_CHECKED(1, 2);
+void InfoAs(const char* client, const char* format, ...) PRINTF_CHECKED(2, 3);
+
+// A level 3 line that a viewer gets with a channel number and the tag 1.
+void Tagged(unsigned channel, const char* format, ...) PRINTF_CHECKED(2, 3);
+void TaggedAs(unsigned channel, const char* client, const char* format, ...) PRINTF_CHECKED(3, 4);
+
+// Reports a caught exception at level 1: its number, message and note, behind `note` where that is
+// neither null nor empty.
+void Exception(const VelmarException& caught, const char* note);
+void ExceptionAs(const char* client, const VelmarException& caught, const char* note);
+
+// ---- Function tracers ----
+
+// Given as a format, writes nothing. Compared by address: another text of this content is a format
+// like any other.
+extern const char* const silent;
+
+// Base of the stack objects that write a function's enter line, indent what is said in between by one
+// step, and write its return line at their end. Both lines are at level 4 and need no level test.
+class ITrace {
+  public:
+    ITrace(const ITrace&) = delete;
+    ITrace& operator=(const ITrace&) = delete;
+    virtual ~ITrace();
+
+    // The value given to Return, 0 before.
+    virtual long GetResult() const;
+
+    // Keeps the function's result for the return line: "return = VALUE" with a null format, else the
+    // format's text, cut to 1023 bytes. With `silent` the return line is dropped. Returns `value`, so
+    // that a function can end with it; the last call counts.
+    virtual long Return(long value, const char* format, ...) PRINTF_CHECKED(3, 4);
+
+  protected:
+    // The enter line is the name, " - ", and the text of the format, "enter" where it is null. The
+    // name is part of the format: a percent sign in it begins a conversion.
+    ITrace(std::string client, const char* name, const char* format, va_list arguments);
+    ITrace(std::string client, const char* name);
+    void Enter(const char* format, va_list arguments);
+
+  private:
+    std::string client_;
+    std::string name_;
+    std::string resultText_;
+    long result_ = 0;
+    unsigned savedDepth_ = 0;
+    bool silent_ = false;
+};
+
+// A tracer whose lines carry the client name set at its making.
+class Function : public ITrace {
+  public:
+    Function(const char* name, const char* format, ...) PRINTF_CHECKED(3, 4);
+    ~Function() override;
+};
+
+// A tracer whose lines carry the client name given.
+class FunctionComponent : public ITrace {
+  public:
+    FunctionComponent(const char* client, const char* name, const char* format, ...)
+        PRINTF_CHECKED(4, 5);
+    ~FunctionComponent() override;
+};
+
+}  // namespace UTrace
