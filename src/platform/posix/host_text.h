@@ -1,0 +1,14 @@
+// Text for the host's own interfaces, which take UTF-8. Ill-formed parts become U+FFFD.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/types.h"
+
+namespace brevik::platform {
+
+PLATFORM_API std::string Utf8FromWide(std::u16string_view text);
+PLATFORM_API std::u16string WideFromUtf8(std::string_view text);
+
+}  // namespace brevik::platform

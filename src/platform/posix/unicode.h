@@ -1,0 +1,207 @@
+// Conversion between UTF-8 and UTF-16 where the input may be ill-formed.
+//
+// The converters write to a sink, so that one piece of code both measures and writes. ASCII, which
+// is nearly all of what comes through, goes in blocks.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace brevik::platform {
+
+inline constexpr char32_t kReplacementCharacter = 0xFFFD;
+
+// The character at the start of a text, and how many units it takes. An ill-formed part takes the
+// units that one replacement character stands for.
+struct DecodedCharacter {
+    char32_t value;
+    std::size_t length;
+    bool wellFormed;
+};
+
+// Whether a continuation byte may stand behind this lead byte: with some it would spell a character
+// that has a shorter form, a surrogate, or a number beyond Unicode.
+constexpr bool IsSecondByte(unsigned lead, unsigned byte) {
+    switch (lead) {
+        case 0xE0:
+            return byte >= 0xA0;
+        case 0xED:
+            return byte < 0xA0;
+        case 0xF0:
+            return byte >= 0x90;
+        case 0xF4:
+            return byte < 0x90;
+        default:
+            return true;
+    }
+}
+
+// REQUIRES: the text is not empty. A continuation byte that the lead byte does not allow belongs to
+// the same ill-formed part as the lead byte; those behind it are parts of their own.
+constexpr DecodedCharacter DecodeCharacter(std::string_view text) {
+    const auto byte = [text](std::size_t index) {
+        return static_cast<unsigned>(static_cast<unsigned char>(text[index]));
+    };
+    const unsigned lead = byte(0);
+    if (lead < 0x80) {
+        return {lead, 1, true};
+    }
+    if (lead < 0xC2 || lead > 0xF4) {
+        return {kReplacementCharacter, 1, false};
+    }
+    const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    char32_t value = lead & (0x7Fu >> length);
+    for (std::size_t index = 1; index < length; ++index) {
+        if (index == text.size() || (byte(index) & 0xC0) != 0x80) {
+            return {kReplacementCharacter, index, false};
+        }
+        if (index == 1 && !IsSecondByte(lead, byte(index))) {
+            return {kReplacementCharacter, 2, false};
+        }
+        value = value << 6 | (byte(index) & 0x3F);
+    }
+    return {value, length, true};
+}
+
+constexpr bool IsHighSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+constexpr bool IsLowSurrogate(char16_t unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+// REQUIRES: the text is not empty.
+constexpr DecodedCharacter DecodeCharacter(std::u16string_view text) {
+    const char16_t first = text[0];
+    if (IsHighSurrogate(first) && text.size() > 1 && IsLowSurrogate(text[1])) {
+        return {0x10000 + ((first - 0xD800u) << 10) + (text[1] - 0xDC00u), 2, true};
+    }
+    if (IsHighSurrogate(first) || IsLowSurrogate(first)) {
+        return {kReplacementCharacter, 1, false};
+    }
+    return {first, 1, true};
+}
+
+// Both give the number of units written.
+constexpr std::size_t EncodeCharacter(char32_t value, std::array<char, 4>& units) {
+    if (value < 0x80) {
+        units[0] = static_cast<char>(value);
+        return 1;
+    }
+    const std::size_t length = value < 0x800 ? 2 : value < 0x10000 ? 3 : 4;
+    for (std::size_t index = length - 1; index > 0; --index) {
+        units[index] = static_cast<char>(0x80 | (value & 0x3F));
+        value >>= 6;
+    }
+    units[0] = static_cast<char>((0xF00u >> length & 0xFF) | value);
+    return length;
+}
+
+constexpr std::size_t EncodeCharacter(char32_t value, std::array<char16_t, 4>& units) {
+    if (value < 0x10000) {
+        units[0] = static_cast<char16_t>(value);
+        return 1;
+    }
+    units[0] = static_cast<char16_t>(0xD800 + ((value - 0x10000) >> 10));
+    units[1] = static_cast<char16_t>(0xDC00 + (value & 0x3FF));
+    return 2;
+}
+
+// A sink that takes any number of units and only counts them.
+template <typename Unit>
+class UnitCounter {
+  public:
+    using UnitType = Unit;
+
+    template <typename From>
+    bool Append(const From*, std::size_t length) {
+        count_ += length;
+        return true;
+    }
+    std::size_t Count() const { return count_; }
+
+  private:
+    std::size_t count_ = 0;
+};
+
+// A sink that fills a buffer, and refuses what does not fit any more.
+template <typename Unit>
+class UnitWriter {
+  public:
+    using UnitType = Unit;
+
+    UnitWriter(Unit* buffer, std::size_t size) : buffer_(buffer), size_(size) {}
+
+    template <typename From>
+    bool Append(const From* units, std::size_t length) {
+        if (length > size_ - count_) {
+            return false;
+        }
+        Unit* target = buffer_ + count_;
+        for (std::size_t index = 0; index < length; ++index) {
+            target[index] = static_cast<Unit>(units[index]);
+        }
+        count_ += length;
+        return true;
+    }
+    std::size_t Count() const { return count_; }
+
+  private:
+    Unit* buffer_;
+    std::size_t size_;
+    std::size_t count_ = 0;
+};
+
+enum class Conversion { kDone, kIllFormed, kNoRoom };
+
+// Takes the blocks of ASCII at the start of `text` to the sink. False when the sink has no room.
+template <typename Unit, typename Sink>
+bool AppendAsciiBlocks(std::basic_string_view<Unit>& text, Sink& sink) {
+    constexpr std::size_t kBlock = 16 / sizeof(Unit);
+    constexpr std::uint64_t kOutside = sizeof(Unit) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
+    while (text.size() >= kBlock) {
+        std::uint64_t words[2];
+        std::memcpy(words, text.data(), sizeof words);
+        if (((words[0] | words[1]) & kOutside) != 0) {
+            break;
+        }
+        // A copy on the stack: the compiler sees that it and the target are apart, and takes the
+        // block in a few wide instructions.
+        Unit block[kBlock];
+        std::memcpy(block, words, sizeof block);
+        if (!sink.Append(block, kBlock)) {
+            return false;
+        }
+        text.remove_prefix(kBlock);
+    }
+    return true;
+}
+
+// Converts `text` from the one form to the other. With `strict` it stops at the first ill-formed
+// part.
+template <typename Unit, typename Sink>
+Conversion ConvertText(std::basic_string_view<Unit> text, bool strict, Sink& sink) {
+    for (;;) {
+        if (!AppendAsciiBlocks(text, sink)) {
+            return Conversion::kNoRoom;
+        }
+        if (text.empty()) {
+            return Conversion::kDone;
+        }
+        const DecodedCharacter character = DecodeCharacter(text);
+        if (strict && !character.wellFormed) {
+            return Conversion::kIllFormed;
+        }
+        std::array<typename Sink::UnitType, 4> units;
+        const std::size_t length = EncodeCharacter(character.value, units);
+        if (!sink.Append(units.data(), length)) {
+            return Conversion::kNoRoom;
+        }
+        text.remove_prefix(character.length);
+    }
+}
+
+}  // namespace brevik::platform
