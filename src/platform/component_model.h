@@ -90,6 +90,7 @@ enum VARENUM : VARTYPE {
     VT_UNKNOWN = 13,
     VT_UI4 = 19,
     VT_I8 = 20,
+    VT_INT = 22,
 };
 
 // A tagged value. The holder owns what `bstrVal` and `punkVal` point at.
@@ -103,6 +104,7 @@ struct VARIANT {
         LONG lVal;
         ULONG ulVal;
         LONGLONG llVal;
+        INT intVal;
         VARIANT_BOOL boolVal;
         HRESULT scode;
         BSTR bstrVal;

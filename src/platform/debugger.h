@@ -1,8 +1,9 @@
 // The debugger output of the process.
 //
-// Off Windows it goes where BREVIK_DEBUG_OUTPUT says: a file to append to, or "-" for standard error.
-// Unset, nobody listens and a call costs next to nothing. A thread's text is collected until its line
-// is complete and then written at once, so that lines of several threads and processes never mix.
+// Off Windows it goes where BREVIK_DEBUG_OUTPUT says: a file to append to, or "-" for standard
+// error. Unset, nobody listens and a call costs next to nothing. A thread's text is collected until
+// its line is complete and then written at once, so that lines of several threads and processes
+// never mix.
 #pragma once
 
 #include "platform/types.h"
@@ -10,7 +11,9 @@
 #ifdef _WIN32
 
 // The system does not tell whether anybody listens.
-inline bool IsDebuggerOutputOpen() { return true; }
+inline bool IsDebuggerOutputOpen() {
+    return true;
+}
 
 #else
 

@@ -1,5 +1,5 @@
-// The current folder, the folders that the system names, the search for a file, and opening a stream
-// on a wide path.
+// The current folder, the folders that the system names, the search for a file, and opening a
+// stream on a wide path.
 #pragma once
 
 #include <cstdio>
@@ -26,10 +26,10 @@ PLATFORM_API DWORD GetCurrentDirectoryW(DWORD size, WCHAR* path);
 // Errors: 2 for a missing folder, 267 for a file, 3 for a missing drive, 123 for an empty path.
 PLATFORM_API BOOL SetCurrentDirectoryW(const WCHAR* path);
 
-// Looks for a file in the folders of `path` (separated by semicolons), or, with null, in the order in
-// which LoadLibraryExW looks for a bare name. Result: the length of the full path without the NUL,
-// the size needed with it where it does not fit, or 0 with error 2. `filePart` receives the place of
-// the file's name in the buffer. A name with a folder is only completed and looked at.
+// Looks for a file in the folders of `path` (separated by semicolons), or, with null, in the order
+// in which LoadLibraryExW looks for a bare name. Result: the length of the full path without the
+// NUL, the size needed with it where it does not fit, or 0 with error 2. `filePart` receives the
+// place of the file's name in the buffer. A name with a folder is only completed and looked at.
 PLATFORM_API DWORD SearchPathW(const WCHAR* path, const WCHAR* fileName, const WCHAR* extension,
                                DWORD size, WCHAR* buffer, WCHAR** filePart);
 

@@ -1,6 +1,7 @@
 // Texts for error numbers: the system's own table, message libraries, and the run-time library's.
 //
-// Off Windows a message library is a shared object that exports `BrevikMessageTable`, declared here.
+// Off Windows a message library is a shared object that exports `BrevikMessageTable`, declared
+// here.
 #pragma once
 
 #include "platform/errors.h"

@@ -16,8 +16,8 @@ inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 0x8;
 using FARPROC = std::intptr_t (*)();
 
 // Loads a library. A name with a folder is looked for there alone; a bare name in this order: the
-// host's folder, C:\Windows\System32, C:\Windows, the current folder, the folders of PATH. Null with
-// 126 when there is none, with 193 when the file found is no library. Each success counts.
+// host's folder, C:\Windows\System32, C:\Windows, the current folder, the folders of PATH. Null
+// with 126 when there is none, with 193 when the file found is no library. Each success counts.
 PLATFORM_API HMODULE LoadLibraryExW(const WCHAR* name, HANDLE file, DWORD flags);
 PLATFORM_API HMODULE LoadLibraryW(const WCHAR* name);
 PLATFORM_API BOOL FreeLibrary(HMODULE module);

@@ -20,17 +20,17 @@ inline constexpr DWORD MB_ERR_INVALID_CHARS = 0x8;
 inline constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;
 
 // Both give the number of units written, or, with a size of 0, the number needed; a length of -1
-// takes the source up to and with its NUL. Ill-formed input comes out as U+FFFD, one for each maximal
-// ill-formed part, or, with the flag, fails with error 1113. 0 with error 122 when the target is too
-// small, with error 87 for arguments or a code page that are not known.
+// takes the source up to and with its NUL. Ill-formed input comes out as U+FFFD, one for each
+// maximal ill-formed part, or, with the flag, fails with error 1113. 0 with error 122 when the
+// target is too small, with error 87 for arguments or a code page that are not known.
 PLATFORM_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int length,
                                      WCHAR* target, int size);
 PLATFORM_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* source, int length,
                                      char* target, int size, const char* defaultCharacter,
                                      BOOL* usedDefault);
 
-// Case in place, one unit to one unit: the simple case pairs of Unicode. Nothing outside ASCII turns
-// into an ASCII letter or the other way round. Result: the number of units processed.
+// Case in place, one unit to one unit: the simple case pairs of Unicode. Nothing outside ASCII
+// turns into an ASCII letter or the other way round. Result: the number of units processed.
 PLATFORM_API DWORD CharLowerBuffW(WCHAR* text, DWORD length);
 PLATFORM_API DWORD CharUpperBuffW(WCHAR* text, DWORD length);
 

@@ -1,7 +1,7 @@
 // Basic types of the operating system, under its own names.
 //
-// On Windows they are the system's. Elsewhere they live in brevik::platform, which every seam header
-// opens, so that no symbol of ours can meet one of the same plain name in the host.
+// On Windows they are the system's. Elsewhere they live in brevik::platform, which every seam
+// header opens, so that no symbol of ours can meet one of the same plain name in the host.
 #pragma once
 
 #include <cstddef>
@@ -96,7 +96,9 @@ inline constexpr WORD SUBLANG_DEFAULT = 0x01;
 constexpr LANGID MAKELANGID(WORD primary, WORD sublanguage) {
     return static_cast<LANGID>((static_cast<unsigned>(sublanguage) << 10) | primary);
 }
-constexpr WORD PRIMARYLANGID(LANGID id) { return static_cast<WORD>(id & 0x03FF); }
+constexpr WORD PRIMARYLANGID(LANGID id) {
+    return static_cast<WORD>(id & 0x03FF);
+}
 
 struct GUID {
     std::uint32_t Data1;
@@ -120,12 +122,14 @@ using namespace brevik::platform;
 // UTF-16 text, the kind that every wide operation of the platform takes.
 using WideString = std::basic_string<WCHAR>;
 
-// Has the compiler check a printf-like function: the numbers of the format argument and of the
-// first argument behind it, from 1, `this` counted.
+// Has the compiler check a printf-like function: the places of the format argument and of the first
+// argument behind it, from 1, `this` counted.
 #if defined(__MINGW32__) && !defined(__clang__)
-#define PRINTF_CHECKED(format, first) __attribute__((format(gnu_printf, format, first)))
+#define PRINTF_CHECKED(format_place, first_place) \
+    __attribute__((__format__(__gnu_printf__, format_place, first_place)))
 #elif defined(__GNUC__)
-#define PRINTF_CHECKED(format, first) __attribute__((format(printf, format, first)))
+#define PRINTF_CHECKED(format_place, first_place) \
+    __attribute__((__format__(__printf__, format_place, first_place)))
 #else
-#define PRINTF_CHECKED(format, first)
+#define PRINTF_CHECKED(format_place, first_place)
 #endif

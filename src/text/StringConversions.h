@@ -38,8 +38,8 @@ Utf8String AsciiToLower(const Utf8String& text);
 std::string AsciiToUpper(const std::string& text);
 Utf8String AsciiToUpper(const Utf8String& text);
 
-// Compares byte by byte with ASCII letters folded to lower case: the difference of the first two bytes
-// that differ; else 1 when `a` is longer, -1 when `b` is, 0 when both end.
+// Compares byte by byte with ASCII letters folded to lower case: the difference of the first two
+// bytes that differ; else 1 when `a` is longer, -1 when `b` is, 0 when both end.
 int CompareNoCase(const Utf8String& a, const Utf8String& b);
 int CompareNoCase(const Utf8String& a, const std::string& b);
 int CompareNoCase(const Utf8String& a, const char* b);
@@ -56,16 +56,16 @@ bool EqualNoCase(const A& a, const B& b) {
     return CompareNoCase(a, b) == 0;
 }
 
-// Writes `value` in `base` (2 to 36, digits above 9 as upper-case letters) and a NUL into a buffer of
-// `size` bytes; digits that do not fit are cut off. A minus sign is written in base 10 alone: in any
-// other base a negative value is its 64-bit two's complement. Returns `buffer`.
+// Writes `value` in `base` (2 to 36, digits above 9 as upper-case letters) and a NUL into a buffer
+// of `size` bytes; digits that do not fit are cut off. A minus sign is written in base 10 alone: in
+// any other base a negative value is its 64-bit two's complement. Returns `buffer`.
 char* Int64ToText(long long value, char* buffer, unsigned size, int base);
 
 // Decimal text of a number.
 std::string Int64ToString(long long value);
 
-// The number that hexadecimal text stands for, with or without a leading "0x", up to the first other
-// character; of more than eight digits the last eight count. 0 for an empty text.
+// The number that hexadecimal text stands for, with or without a leading "0x", up to the first
+// other character; of more than eight digits the last eight count. 0 for an empty text.
 std::uint32_t HexTextToNumber(const std::string& text);
 
 // The decimal number at the start of a text, leading white space skipped; 0 when none stands there.

@@ -17,12 +17,12 @@ struct TraceRecord {
     static constexpr std::uint32_t kTextCapacity = 1024;
     static constexpr std::uint32_t kEmptySize = 82;  // a record whose text is its NUL alone
 
-    std::uint32_t size;     // bytes sent: kEmptySize and the length of the text
-    std::uint32_t magic;    // kMagic
-    std::int32_t level;     // the line's level
-    std::uint32_t channel;  // 0, or the channel of a tagged line
-    std::uint8_t tag;       // 0, or 1 for a tagged line
-    char client[64];        // NUL-terminated, zero-padded; all zero without a client
+    std::uint32_t size;        // bytes sent: kEmptySize and the length of the text
+    std::uint32_t magic;       // kMagic
+    std::int32_t level;        // the line's level
+    std::uint32_t channel;     // 0, or the channel of a tagged line
+    std::uint8_t tag;          // 0, or 1 for a tagged line
+    char client[64];           // NUL-terminated, zero-padded; all zero without a client
     char text[kTextCapacity];  // NUL-terminated, with time and indentation
 };
 #pragma pack(pop)

@@ -1,14 +1,15 @@
 // The trace: what the library says about what it is doing.
 //
-// A line has a level (1 failures, 2 unused, 3 arguments and progress, 4 function enter and return), a
-// client name and an indentation that follows the open function tracers of its thread. Lines go to the
-// debugger output, to the host's filter, and to a viewer program (`brevikctl trace`).
+// A line has a level (1 failures, 2 unused, 3 arguments and progress, 4 function enter and return),
+// a client name and an indentation that follows the open function tracers of its thread. Lines go
+// to the debugger output, to the host's filter, and to a viewer program (`brevikctl trace`).
 //
 // Threads: every operation may be called on any thread. One lock serialises all lines; it is held
-// while a line is made and handed out, also across the filter. A tracer object belongs to its thread.
+// while a line is made and handed out, also across the filter. A tracer object belongs to its
+// thread.
 //
-// Errors: a line operation lets a std::bad_alloc through and reports nothing else. Text is cut where it
-// does not fit, as told below.
+// Errors: a line operation lets a std::bad_alloc through and reports nothing else. Text is cut
+// where it does not fit, as told below.
 #pragma once
 
 #include <cstdarg>
@@ -27,9 +28,9 @@ inline constexpr int kFlagDebuggerOutput = 1;  // lines go to the debugger outpu
 inline constexpr int kFlagAllLevels = 2;       // the level test passes for every level
 inline constexpr int kFlagTime = 4;            // lines get a time prefix
 
-// Starts the trace: empty client name, level 0, flags 3, no filter, the calling thread's depth 0, and
-// one look for a viewer. False, with nothing changed, when it is started already. Until it is started
-// all lines are dropped.
+// Starts the trace: empty client name, level 0, flags 3, no filter, the calling thread's depth 0,
+// and one look for a viewer. False, with nothing changed, when it is started already. Until it is
+// started all lines are dropped.
 bool Initialize();
 
 // Stops the trace and forgets the filter.
@@ -46,8 +47,9 @@ int GetLevel();
 void SetFlags(int flags);
 int GetFlags();
 
-// A function of the host that sees each line: level, client (may be null) and the bare message, without
-// time and indentation. False keeps the line from the viewer. It is called under the trace lock.
+// A function of the host that sees each line: level, client (may be null) and the bare message,
+// without time and indentation. False keeps the line from the viewer. It is called under the trace
+// lock.
 using Filter = bool (*)(int level, const char* client, const char* message);
 
 // Null removes the filter.
@@ -84,8 +86,9 @@ void ExceptionAs(const char* client, const VelmarException& caught, const char* 
 // like any other.
 extern const char* const silent;
 
-// Base of the stack objects that write a function's enter line, indent what is said in between by one
-// step, and write its return line at their end. Both lines are at level 4 and need no level test.
+// Base of the stack objects that write a function's enter line, indent what is said in between by
+// one step, and write its return line at their end. Both lines are at level 4 and need no level
+// test.
 class ITrace {
   public:
     ITrace(const ITrace&) = delete;
@@ -95,16 +98,16 @@ class ITrace {
     // The value given to Return, 0 before.
     virtual long GetResult() const;
 
-    // Keeps the function's result for the return line: "return = VALUE" with a null format, else the
-    // format's text, cut to 1023 bytes. With `silent` the return line is dropped. Returns `value`, so
-    // that a function can end with it; the last call counts.
+    // Keeps the function's result for the return line: "return = VALUE" with a null format, else
+    // the format's text, cut to 1023 bytes. With `silent` the return line is dropped. Returns
+    // `value`, so that a function can end with it; the last call counts.
     virtual long Return(long value, const char* format, ...) PRINTF_CHECKED(3, 4);
 
   protected:
-    // The enter line is the name, " - ", and the text of the format, "enter" where it is null. The
-    // name is part of the format: a percent sign in it begins a conversion.
-    ITrace(std::string client, const char* name, const char* format, va_list arguments);
     ITrace(std::string client, const char* name);
+
+    // Writes the enter line: the name, " - ", and the text of the format, "enter" where it is null.
+    // The name is part of the format: a percent sign in it begins a conversion.
     void Enter(const char* format, va_list arguments);
 
   private:

@@ -1,0 +1,131 @@
+#include "modules/ModuleFolders.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+#include "modules/ScopedLibrary.h"
+#include "platform/component_model.h"
+#include "platform/folders.h"
+#include "platform/modules.h"
+#include "platform/processes.h"
+#include "platform/text.h"
+
+namespace {
+
+constexpr DWORD kPathCapacity = MAX_PATH;
+constexpr DWORD kAllProcessRights = 0x1F0FFF;
+
+struct CloseHandleAtEnd {
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+using ScopedHandle = std::unique_ptr<void, CloseHandleAtEnd>;
+
+// The path up to its last backslash, in lower case; the whole of a path without one.
+WideString FolderOf(WideString path) {
+    path.resize(std::min(path.rfind(WIDE('\\')), path.size()));
+    for (WCHAR& unit : path) {
+        unit = static_cast<WCHAR>(towlower(unit));
+    }
+    return path;
+}
+
+// The folder of a path that an operation wrote with this length. A path that filled its buffer was
+// cut and names some other folder, so it counts as none.
+WideString FolderOf(const WCHAR (&path)[kPathCapacity], DWORD length) {
+    return length > 0 && length < kPathCapacity ? FolderOf(WideString(path, length)) : WideString();
+}
+
+// The parent's number; 0 when this process is not listed.
+DWORD ParentProcessId() {
+    const HANDLE handle = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return 0;
+    }
+    const ScopedHandle snapshot(handle);
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = static_cast<DWORD>(sizeof entry);
+    const DWORD self = GetCurrentProcessId();
+    for (BOOL more = Process32FirstW(snapshot.get(), &entry); more;
+         more = Process32NextW(snapshot.get(), &entry)) {
+        if (entry.th32ProcessID == self) {
+            return entry.th32ParentProcessID;
+        }
+    }
+    return 0;
+}
+
+bool IsReadableFile(const WideString& folder, const WideString& fileName) {
+    std::FILE* file = _wfopen((folder + WIDE("\\") + fileName).c_str(), WIDE("r"));
+    if (file == nullptr) {
+        return false;
+    }
+    std::fclose(file);
+    return true;
+}
+
+WideString SharedLibraryFolder() {
+    WCHAR path[kPathCapacity];
+    ITEMIDLIST* list = nullptr;
+    if (FAILED(SHGetSpecialFolderLocation(nullptr, CSIDL_PROGRAM_FILES_COMMON, &list))) {
+        return {};
+    }
+    const bool known = SHGetPathFromIDListW(list, path);
+    CoTaskMemFree(list);
+    return known ? path + WideString(WIDE("\\Ondrel Shared\\DllShared")) : WideString();
+}
+
+}  // namespace
+
+WideString GetProcessFolder() {
+    using GetModuleFileName = DWORD(WINAPI*)(HMODULE, WCHAR*, DWORD);
+    const CLibraryUtils::ScopedLibrary kernel(
+        LoadLibraryExW(WIDE("kernel32.dll"), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    const auto getModuleFileName = kernel.Find<GetModuleFileName>("GetModuleFileNameW");
+    if (getModuleFileName == nullptr) {
+        return {};
+    }
+    WCHAR path[kPathCapacity];
+    return FolderOf(path, getModuleFileName(GetModuleHandleW(nullptr), path, kPathCapacity));
+}
+
+WideString GetParentProcessFolder() {
+    using GetModuleFileNameEx = DWORD(WINAPI*)(HANDLE, HMODULE, WCHAR*, DWORD);
+    const DWORD parent = ParentProcessId();
+    const ScopedHandle process(parent != 0 ? OpenProcess(kAllProcessRights, FALSE, parent)
+                                           : nullptr);
+    if (process == nullptr) {
+        return {};
+    }
+    const CLibraryUtils::ScopedLibrary psapi(
+        LoadLibraryExW(WIDE("Psapi.dll"), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    const auto getModuleFileName = psapi.Find<GetModuleFileNameEx>("GetModuleFileNameExW");
+    if (getModuleFileName == nullptr) {
+        return {};
+    }
+    WCHAR path[kPathCapacity];
+    return FolderOf(path, getModuleFileName(process.get(), nullptr, path, kPathCapacity));
+}
+
+WideString FindLibraryFolder(const WideString& fileName) {
+    WideString folder = GetProcessFolder();
+    if (IsReadableFile(folder, fileName)) {
+        return folder;
+    }
+    folder = GetParentProcessFolder();
+    if (!folder.empty() && IsReadableFile(folder, fileName)) {
+        return folder;
+    }
+    WCHAR path[kPathCapacity];
+    WCHAR* filePart = nullptr;
+    const DWORD length =
+        SearchPathW(nullptr, fileName.c_str(), nullptr, kPathCapacity, path, &filePart);
+    if (length > 0 && length < kPathCapacity) {
+        return FolderOf(WideString(path, length));
+    }
+    folder = SharedLibraryFolder();
+    if (!folder.empty() && IsReadableFile(folder, fileName)) {
+        return FolderOf(folder + WIDE("\\"));
+    }
+    return {};
+}

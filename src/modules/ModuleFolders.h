@@ -1,0 +1,18 @@
+// Folders of the running program, and the search for a library beside it.
+//
+// Folders are wide Windows paths in lower case without a trailing backslash; an empty text means
+// that there is none. Nothing here throws anything but std::bad_alloc, or reports anything. Any
+// thread.
+#pragma once
+
+#include "platform/types.h"
+
+// The folder of the host process's executable.
+WideString GetProcessFolder();
+
+// The folder of the parent process's executable.
+WideString GetParentProcessFolder();
+
+// The first folder that holds a readable file of this name: the host's, its parent's, one of the
+// system's search order, and the suite's shared library folder in the common program files.
+WideString FindLibraryFolder(const WideString& fileName);

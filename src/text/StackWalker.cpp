@@ -1,0 +1,34 @@
+#include "text/StackWalker.h"
+
+#include <mutex>
+#include <utility>
+
+namespace StackWalker {
+namespace {
+
+struct Installed {
+    std::mutex lock;
+    SharedHandle<StackWalker_IF> walker;
+};
+
+Installed& State() {
+    static Installed installed;
+    return installed;
+}
+
+}  // namespace
+
+SharedHandle<StackWalker_IF> Current() {
+    static const SharedHandle<StackWalker_IF> dummy = std::make_shared<DummyStackWalker>();
+    Installed& installed = State();
+    const std::lock_guard hold(installed.lock);
+    return installed.walker != nullptr ? installed.walker : dummy;
+}
+
+void SetCurrent(SharedHandle<StackWalker_IF> walker) {
+    Installed& installed = State();
+    const std::lock_guard hold(installed.lock);
+    installed.walker = std::move(walker);
+}
+
+}  // namespace StackWalker

@@ -1,0 +1,244 @@
+#include "text/StringConversions.h"
+
+#include <algorithm>
+#include <array>
+#include <locale>
+#include <sstream>
+#include <string_view>
+
+#include "platform/text.h"
+
+namespace {
+
+// Both directions ask for the length first, with the source taken up to its NUL, and convert then.
+
+WideString ToWide(UINT codePage, const char* source) {
+    const int size = MultiByteToWideChar(codePage, 0, source, -1, nullptr, 0);
+    if (size <= 1) {
+        return {};
+    }
+    WideString wide(static_cast<std::size_t>(size), WCHAR{});
+    MultiByteToWideChar(codePage, 0, source, -1, wide.data(), size);
+    wide.pop_back();
+    return wide;
+}
+
+template <typename String>
+String FromWide(UINT codePage, const WCHAR* source) {
+    const int size = WideCharToMultiByte(codePage, 0, source, -1, nullptr, 0, nullptr, nullptr);
+    if (size <= 1) {
+        return {};
+    }
+    String text(static_cast<std::size_t>(size), typename String::value_type{});
+    WideCharToMultiByte(codePage, 0, source, -1, reinterpret_cast<char*>(text.data()), size,
+                        nullptr, nullptr);
+    text.pop_back();
+    return text;
+}
+
+enum class Case { kLower, kUpper };
+
+WideString ChangeCase(const WideString& text, Case to) {
+    if (IsWin9x()) {
+        std::string narrow = WideToNarrow(text);
+        const DWORD length = static_cast<DWORD>(narrow.size());
+        if (to == Case::kLower) {
+            CharLowerBuffA(narrow.data(), length);
+        } else {
+            CharUpperBuffA(narrow.data(), length);
+        }
+        return NarrowToWide(narrow);
+    }
+    WideString changed = text;
+    const DWORD length = static_cast<DWORD>(changed.size());
+    if (to == Case::kLower) {
+        CharLowerBuffW(changed.data(), length);
+    } else {
+        CharUpperBuffW(changed.data(), length);
+    }
+    return changed;
+}
+
+constexpr unsigned char FoldToLower(unsigned char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte + ('a' - 'A')) : byte;
+}
+
+constexpr unsigned char FoldToUpper(unsigned char byte) {
+    return byte >= 'a' && byte <= 'z' ? static_cast<unsigned char>(byte - ('a' - 'A')) : byte;
+}
+
+template <typename String>
+String ChangeAsciiCase(const String& text, unsigned char (*fold)(unsigned char)) {
+    String changed = text;
+    for (auto& unit : changed) {
+        unit = static_cast<typename String::value_type>(fold(static_cast<unsigned char>(unit)));
+    }
+    return changed;
+}
+
+std::string_view Bytes(const Utf8String& text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size()};
+}
+std::string_view Bytes(const std::string& text) {
+    return text;
+}
+std::string_view Bytes(const char* text) {
+    return text;
+}
+
+int Compare(std::string_view a, std::string_view b) {
+    const std::size_t common = std::min(a.size(), b.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        const int left = FoldToLower(static_cast<unsigned char>(a[i]));
+        const int right = FoldToLower(static_cast<unsigned char>(b[i]));
+        if (left != right) {
+            return left - right;
+        }
+    }
+    return a.size() > common ? 1 : b.size() > common ? -1 : 0;
+}
+
+}  // namespace
+
+WideString NarrowToWide(const std::string& text) {
+    return ToWide(CP_ACP, text.c_str());
+}
+
+std::string WideToNarrow(const WideString& text) {
+    return FromWide<std::string>(CP_ACP, text.c_str());
+}
+
+WideString Utf8ToWide(const Utf8String& text) {
+    return ToWide(CP_UTF8, reinterpret_cast<const char*>(text.c_str()));
+}
+
+Utf8String WideToUtf8(const WideString& text) {
+    return FromWide<Utf8String>(CP_UTF8, text.c_str());
+}
+
+Utf8String NarrowToUtf8(const std::string& text) {
+    return WideToUtf8(NarrowToWide(text));
+}
+std::string Utf8ToNarrow(const Utf8String& text) {
+    return WideToNarrow(Utf8ToWide(text));
+}
+
+WideString StringToLower(const WideString& text) {
+    return ChangeCase(text, Case::kLower);
+}
+std::string StringToLower(const std::string& text) {
+    return WideToNarrow(StringToLower(NarrowToWide(text)));
+}
+Utf8String StringToLower(const Utf8String& text) {
+    return WideToUtf8(StringToLower(Utf8ToWide(text)));
+}
+
+WideString StringToUpper(const WideString& text) {
+    return ChangeCase(text, Case::kUpper);
+}
+std::string StringToUpper(const std::string& text) {
+    return WideToNarrow(StringToUpper(NarrowToWide(text)));
+}
+Utf8String StringToUpper(const Utf8String& text) {
+    return WideToUtf8(StringToUpper(Utf8ToWide(text)));
+}
+
+std::string AsciiToLower(const std::string& text) {
+    return ChangeAsciiCase(text, FoldToLower);
+}
+Utf8String AsciiToLower(const Utf8String& text) {
+    return ChangeAsciiCase(text, FoldToLower);
+}
+std::string AsciiToUpper(const std::string& text) {
+    return ChangeAsciiCase(text, FoldToUpper);
+}
+Utf8String AsciiToUpper(const Utf8String& text) {
+    return ChangeAsciiCase(text, FoldToUpper);
+}
+
+int CompareNoCase(const Utf8String& a, const Utf8String& b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+int CompareNoCase(const Utf8String& a, const std::string& b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+int CompareNoCase(const Utf8String& a, const char* b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+int CompareNoCase(const std::string& a, const Utf8String& b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+int CompareNoCase(const std::string& a, const std::string& b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+int CompareNoCase(const std::string& a, const char* b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+int CompareNoCase(const char* a, const Utf8String& b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+int CompareNoCase(const char* a, const std::string& b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+int CompareNoCase(const char* a, const char* b) {
+    return Compare(Bytes(a), Bytes(b));
+}
+
+char* Int64ToText(long long value, char* buffer, unsigned size, int base) {
+    char* target = buffer;
+    unsigned room = size;
+    auto rest = static_cast<unsigned long long>(value);
+    if (base == 10 && value < 0 && room > 1) {
+        *target++ = '-';
+        --room;
+        rest = 0 - rest;
+    }
+    std::array<char, 64> digits{};
+    std::size_t first = digits.size();
+    do {
+        digits[--first] =
+            "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ"[rest % static_cast<unsigned>(base)];
+        rest /= static_cast<unsigned>(base);
+    } while (rest != 0);
+    if (room > 0) {
+        const std::size_t count = std::min<std::size_t>(digits.size() - first, room - 1);
+        *std::copy_n(digits.begin() + static_cast<std::ptrdiff_t>(first), count, target) = '\0';
+    }
+    return buffer;
+}
+
+std::string Int64ToString(long long value) {
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    stream << value;
+    return stream.str();
+}
+
+std::uint32_t HexTextToNumber(const std::string& text) {
+    std::string_view digits = text;
+    if (digits.size() >= 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) {
+        digits.remove_prefix(2);
+    }
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::uint32_t value = 0;
+    for (const char character : AsciiToUpper(std::string(digits))) {
+        const std::size_t digit = kDigits.find(character);
+        if (digit == std::string_view::npos) {
+            break;
+        }
+        value = (value << 4) | static_cast<std::uint32_t>(digit);
+    }
+    return value;
+}
+
+int TextToInt(const std::string& text) {
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    int value = 0;
+    stream >> value;
+    return value;
+}
+
+bool IsWin9x() {
+    return (GetVersion() & 0x80000000u) != 0;
+}

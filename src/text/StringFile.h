@@ -1,0 +1,19 @@
+// String files: translations of numbered texts, a line each.
+//
+// A file is UTF-8 with a byte order mark, UTF-16 big-endian with one, or else UTF-16 little-endian
+// whose first two bytes are skipped unread. A line is a number in the first column, decimal or with
+// "0x" in front hexadecimal, white space, and the text up to the end of the line without the white
+// space there. A line that begins with ";" or "#" is a comment; one without a number, or with the
+// number 0, is passed over. Of two lines with one number the later wins.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "text/StringConversions.h"
+
+// The text of a file's bytes. A file of fewer than 2 bytes holds none.
+Utf8String DecodeStringFile(const std::string& bytes);
+
+// The translations by number; a number without a text has an empty one.
+std::map<long, Utf8String> ParseStringFile(const Utf8String& text);

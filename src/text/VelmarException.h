@@ -1,0 +1,58 @@
+// The failure of the library: a number that tells its kind, a message ready for a user, and a free
+// note for the programmer.
+//
+// Thrown by value and caught by reference. The number is the id of the numbered text that the
+// failure was made from, never a code of the operating system; the message is in the language that
+// was loaded at that moment. An object belongs to one thread at a time.
+#pragma once
+
+#include <exception>
+#include <string>
+
+#include "text/StringConversions.h"
+#include "text/VelmarText.h"
+
+class VelmarException : public std::exception {
+  public:
+    // Copies number, message and note.
+    VelmarException(const VelmarException& other);
+    VelmarException& operator=(const VelmarException& other);
+
+    // Number and wording of a text; give a VelmarTextArgs for one with arguments.
+    explicit VelmarException(const VelmarText& text);
+
+    // A broken rule of the library's own, at this place of its source.
+    VelmarException(const char* file, int line);
+
+    // Any other exception: of our own family its number, message and note; for a std::bad_alloc
+    // "memory allocation error"; else "runtime error" with its what(). Throws nothing.
+    explicit VelmarException(const std::exception& source);
+
+    // The failure with this number, its placeholders unfilled; for a number without a text
+    // "unknown error" with that number.
+    static VelmarException FromId(long id);
+
+    ~VelmarException() override;
+
+    // The message in narrow text; valid until the next call on the object or its end. Empty when
+    // memory is short.
+    const char* what() const noexcept override;
+
+    // A copy of the most derived class, which the caller deletes.
+    virtual VelmarException* Clone() const;
+    virtual const std::string& GetNote() const;
+    virtual long GetNumber() const;
+    virtual const Utf8String& GetMessage() const;
+
+    // Returns the exception itself.
+    virtual VelmarException& SetNote(const std::string& note);
+
+    // Throws a copy.
+    [[noreturn]] virtual void Raise() const;
+
+  private:
+    long number_ = 0;
+    Utf8String message_;
+    std::string note_;
+    mutable std::string whatText_;
+};

@@ -1,0 +1,128 @@
+#include "trace/TraceOutput.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "platform/clock.h"
+#include "platform/debugger.h"
+#include "trace/TraceRecord.h"
+#include "trace/TraceState.h"
+
+namespace UTrace {
+namespace {
+
+constexpr std::size_t kMessageCapacity = 1024;
+constexpr DWORD kLookupInterval = 3000;  // milliseconds
+
+// A viewer that is behind holds the host up for no longer than this, once in a lookup interval.
+constexpr UINT kSendTimeout = 50;  // milliseconds
+
+void InsertTime(std::string& line) {
+    const std::uint64_t microseconds = Clock();
+    const auto seconds = static_cast<unsigned>(microseconds / 1000000);
+    const auto milliseconds = static_cast<unsigned>(microseconds % 1000000 / 1000);
+    char prefix[32];
+    std::snprintf(prefix, sizeof prefix, "%u:%u:%u.%03u : ", seconds / 3600, seconds % 3600 / 60,
+                  seconds % 60, milliseconds);
+    line.insert(0, prefix);
+}
+
+void SendToViewer(TraceRecord& record) {
+    TraceState& state = State();
+    COPYDATASTRUCT data = {TraceRecord::kMagic, record.size, &record};
+    DWORD_PTR ignored = 0;
+    if (!SendMessageTimeoutW(state.viewerWindow, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data),
+                             SMTO_BLOCK | SMTO_ABORTIFHUNG, kSendTimeout, &ignored)) {
+        state.viewer = TraceState::Viewer::kNone;
+        state.viewerWindow = nullptr;
+        state.lastLookup = GetTickCount();
+    }
+}
+
+void SendRecord(const char* client, int level, unsigned channel, unsigned char tag,
+                const std::string& line) {
+    TraceRecord record;
+    const std::size_t length = std::min<std::size_t>(line.size(), TraceRecord::kTextCapacity - 1);
+    record.size = static_cast<std::uint32_t>(TraceRecord::kEmptySize + length);
+    record.magic = TraceRecord::kMagic;
+    record.level = level;
+    record.channel = channel;
+    record.tag = tag;
+    std::memset(record.client, 0, sizeof record.client);
+    if (client != nullptr) {
+        std::memcpy(record.client, client, strnlen(client, sizeof record.client - 1));
+    }
+    std::memcpy(record.text, line.data(), length);
+    record.text[length] = '\0';
+    SendToViewer(record);
+}
+
+bool IsViewerThere() {
+    TraceState& state = State();
+    state.viewer = FindViewer() ? TraceState::Viewer::kFound : TraceState::Viewer::kNone;
+    return state.viewer == TraceState::Viewer::kFound;
+}
+
+}  // namespace
+
+void Emit(const char* client, int level, unsigned channel, unsigned char tag, const char* format,
+          va_list arguments) {
+    TraceState& state = State();
+    if (!state.started || format == nullptr || format == silent) {
+        return;
+    }
+    const int flags = state.flags;
+    const Filter filter = state.filter;
+    const bool debugger = (flags & kFlagDebuggerOutput) != 0 && IsDebuggerOutputOpen();
+    const bool viewer = IsViewerThere();
+    if (!debugger && filter == nullptr && !viewer) {
+        return;  // a line that nobody gets is not made
+    }
+
+    char message[kMessageCapacity];
+    message[0] = '\0';
+    std::vsnprintf(message, sizeof message, format, arguments);
+
+    std::string line(std::size_t{2} * Depth(), ' ');
+    line += message;
+    if ((flags & kFlagTime) != 0) {
+        InsertTime(line);
+    }
+    if (debugger) {
+        OutputDebugStringA(client != nullptr ? (std::string(client) + ": ").c_str() : "");
+        OutputDebugStringA(line.c_str());
+        OutputDebugStringA("\r\n");
+    }
+    if (filter != nullptr && !filter(level, client, message)) {
+        return;
+    }
+    if (viewer) {
+        SendRecord(client, level, channel, tag, line);
+    }
+}
+
+bool FindViewer() {
+    TraceState& state = State();
+    const DWORD now = GetTickCount();
+    if (state.viewer == TraceState::Viewer::kUnknown || now - state.lastLookup > kLookupInterval) {
+        state.lastLookup = now;
+        state.viewerWindow = FindWindowW(kViewerClass, nullptr);
+    }
+    return state.viewerWindow != nullptr;
+}
+
+std::uint64_t Clock() {
+    LARGE_INTEGER frequency;
+    LARGE_INTEGER counter;
+    if (QueryPerformanceFrequency(&frequency) && QueryPerformanceCounter(&counter)) {
+        // Whole seconds apart, so that the product does not leave 64 bits on a system long up.
+        const auto count = static_cast<std::uint64_t>(counter.QuadPart);
+        const auto rate = static_cast<std::uint64_t>(frequency.QuadPart);
+        return count / rate * 1000000 + count % rate * 1000000 / rate;
+    }
+    return static_cast<std::uint64_t>(std::clock()) * 1000000 / CLOCKS_PER_SEC;
+}
+
+}  // namespace UTrace

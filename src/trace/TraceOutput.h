@@ -1,0 +1,22 @@
+// Where every trace line leaves the library.
+#pragma once
+
+#include <cstdarg>
+#include <cstdint>
+
+namespace UTrace {
+
+// Makes a line of a format and its arguments and hands it to whoever listens: the debugger output,
+// the filter, the viewer. Dropped while the trace is stopped, or when the format is null or
+// `silent`. For holders of the trace lock only. `client` may be null. Throws std::bad_alloc alone.
+void Emit(const char* client, int level, unsigned channel, unsigned char tag, const char* format,
+          va_list arguments);
+
+// Whether a viewer is there. A look costs a call to the platform, so its answer holds for 3000
+// milliseconds. For holders of the trace lock only.
+bool FindViewer();
+
+// Microseconds from an origin of the system's own.
+std::uint64_t Clock();
+
+}  // namespace UTrace

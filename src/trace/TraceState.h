@@ -1,0 +1,39 @@
+// The trace's process-wide settings, its lock and its per-thread depth.
+#pragma once
+
+#include <array>
+#include <atomic>
+
+#include "platform/viewer_window.h"
+#include "text/CriticalSection.h"
+#include "text/tls_data.h"
+#include "trace/UTrace.h"
+
+namespace UTrace {
+
+struct TraceState {
+    TraceState() = default;
+    ~TraceState();
+
+    // Words that any thread may read and write without the lock.
+    std::atomic<bool> started = false;
+    std::atomic<int> level = 0;
+    std::atomic<int> flags = kFlagDebuggerOutput | kFlagAllLevels;
+    std::atomic<Filter> filter = nullptr;
+
+    // Guarded by the lock.
+    std::array<char, 64> clientName = {};
+    enum class Viewer { kUnknown = -1, kNone = 0, kFound = 1 } viewer = Viewer::kUnknown;
+    HWND viewerWindow = nullptr;
+    DWORD lastLookup = 0;
+
+    VelmarCriticalSection lock;
+    tls_data<unsigned> depth{1, 0};
+};
+
+TraceState& State();
+
+// The calling thread's indentation in steps.
+unsigned& Depth();
+
+}  // namespace UTrace

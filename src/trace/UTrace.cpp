@@ -1,0 +1,204 @@
+#include "trace/UTrace.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "text/StringConversions.h"
+#include "text/VelmarException.h"
+#include "trace/TraceOutput.h"
+#include "trace/TraceState.h"
+
+namespace UTrace {
+
+const char* const silent = "silent";
+
+namespace {
+
+constexpr int kErrorLevel = 1;
+constexpr int kSecondLevel = 2;
+constexpr int kInfoLevel = 3;
+
+// One line under the lock, when its level passes.
+void EmitLine(const char* client, int level, unsigned channel, unsigned char tag,
+              const char* format, va_list arguments) {
+    const VelmarAutoCriticalSection hold(&State().lock);
+    if (IsLevelOn(level)) {
+        Emit(client, level, channel, tag, format, arguments);
+    }
+}
+
+// The same for the process-wide client.
+void EmitLine(int level, unsigned channel, unsigned char tag, const char* format,
+              va_list arguments) {
+    const VelmarAutoCriticalSection hold(&State().lock);
+    if (IsLevelOn(level)) {
+        Emit(State().clientName.data(), level, channel, tag, format, arguments);
+    }
+}
+
+void EmitFormatted(const char* client, int level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    Emit(client, level, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void EmitException(const char* client, const VelmarException& caught, const char* note) {
+    note = note != nullptr ? note : "";
+    std::string format = *note != '\0' ? "%s: " : "%s";
+    format += "error = %d, message = \"%s\"";
+    format += caught.GetNote().empty() ? "" : ", note = \"%s\"";
+    EmitFormatted(client, kErrorLevel, format.c_str(), note, static_cast<int>(caught.GetNumber()),
+                  Utf8ToNarrow(caught.GetMessage()).c_str(), caught.GetNote().c_str());
+}
+
+}  // namespace
+
+bool Initialize() {
+    TraceState& state = State();
+    const VelmarAutoCriticalSection hold(&state.lock);
+    if (state.started) {
+        return false;
+    }
+    state.clientName.fill('\0');
+    state.level = 0;
+    state.flags = kFlagDebuggerOutput | kFlagAllLevels;
+    state.filter = nullptr;
+    Depth() = 0;
+    state.viewer = TraceState::Viewer::kUnknown;
+    state.viewerWindow = nullptr;
+    state.viewer = FindViewer() ? TraceState::Viewer::kFound : TraceState::Viewer::kNone;
+    state.started = true;
+    return true;
+}
+
+void Terminate() {
+    State().filter = nullptr;
+    State().started = false;
+}
+
+void SetClientName(const char* name) {
+    TraceState& state = State();
+    const VelmarAutoCriticalSection hold(&state.lock);
+    state.clientName.fill('\0');
+    if (name != nullptr) {
+        std::copy_n(name, strnlen(name, state.clientName.size() - 1), state.clientName.begin());
+    }
+}
+
+void GetClientName(char* buffer, unsigned size) {
+    if (buffer == nullptr || size == 0) {
+        return;
+    }
+    TraceState& state = State();
+    const VelmarAutoCriticalSection hold(&state.lock);
+    const std::size_t length = strnlen(state.clientName.data(), size - 1);
+    *std::copy_n(state.clientName.data(), length, buffer) = '\0';
+}
+
+void SetLevel(int level) {
+    State().level = level;
+}
+int GetLevel() {
+    return State().level;
+}
+void SetFlags(int flags) {
+    State().flags = flags;
+}
+int GetFlags() {
+    return State().flags;
+}
+void SetFilter(Filter filter) {
+    State().filter = filter;
+}
+
+bool IsLevelOn(int level) {
+    const TraceState& state = State();
+    return level <= state.level || (state.flags & kFlagAllLevels) != 0;
+}
+
+void Trace(int level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(level, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void TraceAs(int level, const char* client, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(client, level, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void Error(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(kErrorLevel, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void ErrorAs(const char* client, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(client, kErrorLevel, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void Level2(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(kSecondLevel, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void Level2As(const char* client, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(client, kSecondLevel, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void Info(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(kInfoLevel, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void InfoAs(const char* client, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(client, kInfoLevel, 0, 0, format, arguments);
+    va_end(arguments);
+}
+
+void Tagged(unsigned channel, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(kInfoLevel, channel, 1, format, arguments);
+    va_end(arguments);
+}
+
+void TaggedAs(unsigned channel, const char* client, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    EmitLine(client, kInfoLevel, channel, 1, format, arguments);
+    va_end(arguments);
+}
+
+void Exception(const VelmarException& caught, const char* note) {
+    const VelmarAutoCriticalSection hold(&State().lock);
+    if (IsLevelOn(kErrorLevel)) {
+        EmitException(State().clientName.data(), caught, note);
+    }
+}
+
+void ExceptionAs(const char* client, const VelmarException& caught, const char* note) {
+    const VelmarAutoCriticalSection hold(&State().lock);
+    if (IsLevelOn(kErrorLevel)) {
+        EmitException(client, caught, note);
+    }
+}
+
+}  // namespace UTrace
