@@ -1,0 +1,77 @@
+#include "platform/clock.h"
+
+#include <time.h>
+
+#include <cerrno>
+
+namespace brevik::platform {
+namespace {
+
+constexpr LONGLONG kCountsPerSecond = 10'000'000;
+constexpr LONGLONG kNanosecondsPerCount = 1'000'000'000 / kCountsPerSecond;
+
+// The last second of the year 3000, where the run-time library's calendar ends. It begins with
+// 1970.
+constexpr __time64_t kLastTime = 32'535'215'999;
+
+constexpr bool IsInCalendar(__time64_t time) {
+    return time >= 0 && time <= kLastTime;
+}
+
+}  // namespace
+
+DWORD GetTickCount() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return static_cast<DWORD>(now.tv_sec * 1000 + now.tv_nsec / 1'000'000);
+}
+
+BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency) {
+    frequency->QuadPart = kCountsPerSecond;
+    return TRUE;
+}
+
+BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    counter->QuadPart = now.tv_sec * kCountsPerSecond + now.tv_nsec / kNanosecondsPerCount;
+    return TRUE;
+}
+
+__time64_t _time64(__time64_t* result) {
+    const __time64_t now = ::time(nullptr);
+    if (result != nullptr) {
+        *result = now;
+    }
+    return now;
+}
+
+int _localtime64_s(std::tm* result, const __time64_t* time) {
+    if (result == nullptr) {
+        return EINVAL;
+    }
+    if (time == nullptr || !IsInCalendar(*time)) {
+        *result = {};
+        for (int std::tm::*field : {&std::tm::tm_sec, &std::tm::tm_min, &std::tm::tm_hour,
+                                    &std::tm::tm_mday, &std::tm::tm_mon, &std::tm::tm_year,
+                                    &std::tm::tm_wday, &std::tm::tm_yday, &std::tm::tm_isdst}) {
+            result->*field = -1;
+        }
+        return EINVAL;
+    }
+    const time_t seconds = *time;
+    return localtime_r(&seconds, result) != nullptr ? 0 : EINVAL;
+}
+
+__time64_t _mktime64(std::tm* time) {
+    std::tm normalised = *time;
+    const time_t seconds = mktime(&normalised);
+    if (!IsInCalendar(seconds)) {
+        errno = EINVAL;
+        return -1;
+    }
+    *time = normalised;
+    return seconds;
+}
+
+}  // namespace brevik::platform
