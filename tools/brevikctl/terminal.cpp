@@ -1,0 +1,118 @@
+#include "terminal.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/text.h"
+
+namespace {
+
+constexpr std::array<const char*, 4> kColourMarks = {"", "\x1b[31m", "\x1b[33m", "\x1b[2m"};
+constexpr const char* kPlainMark = "\x1b[0m";
+
+// The characters that are never written as they are: controls, line and paragraph separators, and
+// the marks that reorder what stands around them.
+struct Range {
+    char16_t first;
+    char16_t last;
+};
+constexpr Range kUnsafe[] = {
+    {0x0000, 0x001F}, {0x007F, 0x009F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
+
+bool IsUnsafe(char16_t unit) {
+    for (const Range& range : kUnsafe) {
+        if (unit >= range.first && unit <= range.last) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Ill-formed parts become U+FFFD on the way.
+std::u16string Decode(std::string_view text) {
+    const int length = static_cast<int>(text.size());
+    if (length == 0) {
+        return {};
+    }
+    std::u16string units(text.size(), u'\0');
+    const int count = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, units.data(), length);
+    units.resize(static_cast<std::size_t>(count));
+    return units;
+}
+
+std::string Encode(const std::u16string& units) {
+    constexpr std::size_t kLongestPerUnit = 3;
+    if (units.empty()) {
+        return {};
+    }
+    std::string text(units.size() * kLongestPerUnit, '\0');
+    const int count =
+        WideCharToMultiByte(CP_UTF8, 0, units.data(), static_cast<int>(units.size()), text.data(),
+                            static_cast<int>(text.size()), nullptr, nullptr);
+    text.resize(static_cast<std::size_t>(count));
+    return text;
+}
+
+void Append(std::u16string* target, const char* format, unsigned value) {
+    char escape[16];
+    std::snprintf(escape, sizeof escape, format, value);
+    for (const char* at = escape; *at != '\0'; ++at) {
+        *target += static_cast<char16_t>(*at);
+    }
+}
+
+}  // namespace
+
+bool IsColourWelcome(int descriptor) {
+    const char* unwanted = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    return isatty(descriptor) == 1 && (unwanted == nullptr || *unwanted == '\0') &&
+           terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+std::string Coloured(Colour colour, const std::string& text) {
+    return colour == Colour::kNone
+               ? text
+               : kColourMarks[static_cast<std::size_t>(colour)] + text + kPlainMark;
+}
+
+std::string SafeText(std::string_view text) {
+    std::u16string safe;
+    for (const char16_t unit : Decode(text)) {
+        if (IsUnsafe(unit)) {
+            Append(&safe, unit < 0x80 ? "\\x%02X" : "\\u%04X", unit);
+        } else {
+            safe += unit;
+        }
+    }
+    return Encode(safe);
+}
+
+std::string JsonString(std::string_view text) {
+    std::u16string quoted = u"\"";
+    for (const char16_t unit : Decode(text)) {
+        if (IsUnsafe(unit)) {
+            Append(&quoted, "\\u%04x", unit);
+        } else {
+            if (unit == u'"' || unit == u'\\') {
+                quoted += u'\\';
+            }
+            quoted += unit;
+        }
+    }
+    return Encode(quoted + u"\"");
+}
+
+bool WriteText(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = write(descriptor, text.data(), text.size());
+        if (count < 0) {
+            return false;
+        }
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}

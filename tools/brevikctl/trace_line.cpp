@@ -1,0 +1,100 @@
+#include "trace_line.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "terminal.h"
+#include "trace/TraceRecord.h"
+
+namespace {
+
+using UTrace::TraceRecord;
+
+// By level, from 0; any other level is plain.
+constexpr Colour kLevelColours[] = {Colour::kNone, Colour::kRed, Colour::kYellow, Colour::kNone,
+                                    Colour::kFaint};
+
+Colour ColourOf(std::int32_t level) {
+    const auto index = static_cast<std::uint32_t>(level);
+    return index < std::size(kLevelColours) ? kLevelColours[index] : Colour::kNone;
+}
+
+int MillisecondsOf(std::chrono::system_clock::time_point time) {
+    const auto count =
+        std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
+    return static_cast<int>(count % 1000);
+}
+
+std::string LocalTime(std::chrono::system_clock::time_point time) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm parts = {};
+    localtime_r(&seconds, &parts);
+    char text[32];
+    std::snprintf(text, sizeof text, "%02d:%02d:%02d.%03d", parts.tm_hour, parts.tm_min,
+                  parts.tm_sec, MillisecondsOf(time));
+    return text;
+}
+
+std::string UniversalTime(std::chrono::system_clock::time_point time) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm parts = {};
+    gmtime_r(&seconds, &parts);
+    char date[32];
+    std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
+    char text[48];
+    std::snprintf(text, sizeof text, "%s.%03dZ", date, MillisecondsOf(time));
+    return text;
+}
+
+bool IsAllZero(std::string_view bytes) {
+    return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte == '\0'; });
+}
+
+}  // namespace
+
+const char* TraceLine::Read(std::string_view packet) {
+    if (packet.size() < TraceRecord::kEmptySize || packet.size() > sizeof(TraceRecord)) {
+        return "its length is that of no record";
+    }
+    TraceRecord record;
+    std::memcpy(&record, packet.data(), packet.size());
+    if (record.magic != TraceRecord::kMagic) {
+        return "its magic number is wrong";
+    }
+    if (record.size != packet.size()) {
+        return "its size field is not its length";
+    }
+    const std::string_view clientField(record.client, sizeof record.client);
+    const std::size_t clientLength = clientField.find('\0');
+    if (clientLength == std::string_view::npos || !IsAllZero(clientField.substr(clientLength))) {
+        return "its client name has no proper end";
+    }
+    const std::string_view textField(record.text, packet.size() - TraceRecord::kEmptySize + 1);
+    if (textField.find('\0') != textField.size() - 1) {
+        return "its text does not end where the record ends";
+    }
+    level = record.level;
+    channel = record.channel;
+    tag = record.tag;
+    client = clientField.substr(0, clientLength);
+    text = textField.substr(0, textField.size() - 1);
+    return nullptr;
+}
+
+std::string TraceLine::ToText(bool coloured) const {
+    const std::string channelMark = tag != 0 ? "#" + std::to_string(channel) : "";
+    char head[64];
+    std::snprintf(head, sizeof head, "%s %7d ", LocalTime(arrival).c_str(), sender);
+    std::string line = head + SafeText(client) + " " + std::to_string(level) + channelMark + "  ";
+    line += SafeText(text);
+    return Coloured(coloured ? ColourOf(level) : Colour::kNone, line) + "\n";
+}
+
+std::string TraceLine::ToJson() const {
+    return "{\"time\":\"" + UniversalTime(arrival) + "\",\"pid\":" + std::to_string(sender) +
+           ",\"level\":" + std::to_string(level) + ",\"channel\":" + std::to_string(channel) +
+           ",\"tag\":" + std::to_string(tag) + ",\"client\":" + JsonString(client) +
+           ",\"text\":" + JsonString(text) + "}\n";
+}
