@@ -1,3 +1,33 @@
 # Small libraries and hosts that tests load or start. They land beside the test programs.
 
-file(GLOB fixture_files CONFIGURE_DEPENDS fixtures/*.c fixtures/*.cpp)
+# A component library; tests copy it under the names that they want found.
+add_library(test_component MODULE fixtures/component.cpp)
+target_link_libraries(test_component PRIVATE brevikplatform)
+
+# Hosts in C.
+add_executable(export_host fixtures/export_host.c)
+target_link_libraries(export_host PRIVATE brevikconfig)
+add_executable(own_names_host fixtures/own_names_host.c)
+target_link_libraries(own_names_host PRIVATE brevikconfig)
+set_target_properties(own_names_host PROPERTIES ENABLE_EXPORTS ON)
+
+target_compile_definitions(test_modules PRIVATE
+    BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>")
+add_dependencies(test_modules test_component)
+target_compile_definitions(test_exports PRIVATE
+    BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>"
+    BREVIK_TEST_HOST="$<TARGET_FILE:export_host>"
+    BREVIK_TEST_OWN_NAMES_HOST="$<TARGET_FILE:own_names_host>"
+    BREVIK_TEST_LIBRARY="$<TARGET_FILE:brevikconfig>"
+    BREVIK_TEST_PLATFORM_LIBRARY="$<TARGET_FILE:brevikplatform>")
+add_dependencies(test_exports test_component export_host own_names_host)
+
+# Texts for error numbers.
+add_library(message_library MODULE fixtures/message_library.cpp)
+target_include_directories(message_library PRIVATE ${PROJECT_SOURCE_DIR}/src)
+set_target_properties(message_library PROPERTIES PREFIX "")
+foreach(test test_platform test_text)
+    if(TARGET ${test})
+        add_dependencies(${test} message_library)
+    endif()
+endforeach()

@@ -19,10 +19,12 @@ inline constexpr UINT CP_UTF8 = 65001;
 inline constexpr DWORD MB_ERR_INVALID_CHARS = 0x8;
 inline constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;
 
-// Both give the number of units written, or, with a size of 0, the number needed; a length of -1
+// Both give the number of units written, or, with a size of 0, the number needed; a negative length
 // takes the source up to and with its NUL. Ill-formed input comes out as U+FFFD, one for each
 // maximal ill-formed part, or, with the flag, fails with error 1113. 0 with error 122 when the
-// target is too small, with error 87 for arguments or a code page that are not known.
+// target is too small, with error 1004 for other flags, with error 87 for other arguments or a code
+// page that are not known; UTF-8 knows no default character, so the last two of WideCharToMultiByte
+// have to be null.
 PLATFORM_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int length,
                                      WCHAR* target, int size);
 PLATFORM_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* source, int length,

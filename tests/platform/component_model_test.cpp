@@ -1,0 +1,136 @@
+#include "platform/component_model.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string_view>
+#include <thread>
+
+extern "C" void brevik_CoTaskMemFree(void* block);
+
+namespace {
+
+using namespace std::string_view_literals;
+
+static_assert(sizeof(VARIANT) == (sizeof(void*) == 8 ? 24 : 16));
+
+TEST(Apartment, CountsEntriesOfOneKind) {
+    EXPECT_EQ(CoInitialize(nullptr), S_OK);
+    EXPECT_EQ(CoInitialize(nullptr), S_FALSE);
+    EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
+    // The refused entry does not count: two undo both, and then the kind is free again.
+    CoUninitialize();
+    EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
+    CoUninitialize();
+    EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+    EXPECT_EQ(CoInitialize(nullptr), RPC_E_CHANGED_MODE);
+    CoUninitialize();
+}
+
+TEST(Apartment, OneMoreExitThanEntriesDoesNothing) {
+    CoUninitialize();
+    EXPECT_EQ(CoInitialize(nullptr), S_OK);
+    EXPECT_EQ(CoInitialize(nullptr), S_FALSE);
+    CoUninitialize();
+    CoUninitialize();
+    CoUninitialize();
+    EXPECT_EQ(CoInitialize(nullptr), S_OK);
+    CoUninitialize();
+}
+
+TEST(Apartment, BelongsToOneThread) {
+    EXPECT_EQ(CoInitialize(nullptr), S_OK);
+    std::thread([] {
+        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+        CoUninitialize();
+    }).join();
+    EXPECT_EQ(CoInitialize(nullptr), S_FALSE);
+    CoUninitialize();
+    CoUninitialize();
+}
+
+TEST(Apartment, RefusesUnknownKinds) {
+    constexpr DWORD kSpeedOverMemory = 8;
+    int reserved = 0;
+    EXPECT_EQ(CoInitializeEx(nullptr, 0x10), E_INVALIDARG);
+    EXPECT_EQ(CoInitializeEx(&reserved, COINIT_MULTITHREADED), E_INVALIDARG);
+    EXPECT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | kSpeedOverMemory), S_OK);
+    EXPECT_EQ(CoInitialize(nullptr), S_FALSE);
+    CoUninitialize();
+    CoUninitialize();
+}
+
+TEST(TaskAllocator, GivesABlockOfAnySize) {
+    void* const empty = CoTaskMemAlloc(0);
+    EXPECT_NE(empty, nullptr);
+    CoTaskMemFree(empty);
+    void* const block = CoTaskMemAlloc(100);
+    std::memset(block, 1, 100);
+    brevik_CoTaskMemFree(block);
+    CoTaskMemFree(nullptr);
+}
+
+TEST(CountedText, KnowsItsLength) {
+    EXPECT_EQ(SysAllocString(nullptr), nullptr);
+    EXPECT_EQ(SysStringLen(nullptr), 0u);
+    EXPECT_EQ(SysStringByteLen(nullptr), 0u);
+    SysFreeString(nullptr);
+
+    BSTR text = SysAllocString(u"");
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(SysStringLen(text), 0u);
+    EXPECT_EQ(text[0], u'\0');
+    SysFreeString(text);
+
+    text = SysAllocStringLen(u"a\0b?", 3);
+    EXPECT_EQ(SysStringLen(text), 3u);
+    EXPECT_EQ(SysStringByteLen(text), 6u);
+    EXPECT_EQ(std::u16string_view(text, 4), u"a\0b\0"sv);
+    std::uint32_t prefix = 0;
+    std::memcpy(&prefix, reinterpret_cast<const char*>(text) - 4, 4);
+    EXPECT_EQ(prefix, 6u);
+    SysFreeString(text);
+
+    text = SysAllocStringLen(nullptr, 1000);
+    text[999] = u'x';
+    EXPECT_EQ(SysStringLen(text), 1000u);
+    EXPECT_EQ(text[1000], u'\0');
+    SysFreeString(text);
+    // Its length in bytes would not fit into the prefix.
+    EXPECT_EQ(SysAllocStringLen(nullptr, 0x80000000), nullptr);
+}
+
+class CountedObject final : public IUnknown {
+  public:
+    HRESULT QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG AddRef() override { return ++references; }
+    ULONG Release() override { return --references; }
+
+    ULONG references = 1;
+};
+
+TEST(Variant, ReleasesWhatItOwns) {
+    VARIANT variant;
+    VariantInit(&variant);
+    EXPECT_EQ(variant.vt, VT_EMPTY);
+
+    variant.vt = VT_BSTR;
+    variant.bstrVal = SysAllocString(u"freed, or the leak check tells");
+    EXPECT_EQ(VariantClear(&variant), S_OK);
+    EXPECT_EQ(variant.vt, VT_EMPTY);
+
+    CountedObject object;
+    variant.vt = VT_UNKNOWN;
+    variant.punkVal = &object;
+    EXPECT_EQ(VariantClear(&variant), S_OK);
+    EXPECT_EQ(object.references, 0u);
+    EXPECT_EQ(VariantClear(&variant), S_OK);
+    EXPECT_EQ(object.references, 0u);
+
+    variant.vt = VT_UNKNOWN;
+    variant.punkVal = nullptr;
+    EXPECT_EQ(VariantClear(&variant), S_OK);
+    EXPECT_EQ(variant.vt, VT_EMPTY);
+}
+
+}  // namespace

@@ -1,0 +1,269 @@
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/posix/host_text.h"
+
+namespace {
+
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+
+std::u16string ToWide(std::string_view text, DWORD flags = 0) {
+    const int length = static_cast<int>(text.size());
+    const int size = MultiByteToWideChar(CP_UTF8, flags, text.data(), length, nullptr, 0);
+    std::u16string result(static_cast<std::size_t>(size), u'?');
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, flags, text.data(), length, result.data(), size), size);
+    return result;
+}
+
+std::string ToUtf8(std::u16string_view text, DWORD flags = 0) {
+    const int length = static_cast<int>(text.size());
+    const int size =
+        WideCharToMultiByte(CP_UTF8, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(size), '?');
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, flags, text.data(), length, result.data(), size, nullptr,
+                                  nullptr),
+              size);
+    return result;
+}
+
+struct FromUtf8Row {
+    std::string_view bytes;
+    std::u16string_view units;
+    bool wellFormed;
+};
+
+constexpr FromUtf8Row kFromUtf8[] = {
+    {"abc", u"abc", true},
+    {"\xC3\xA9", u"\u00E9", true},
+    {"\xC3", u"\uFFFD", false},
+    {"\xE2\x82", u"\uFFFD", false},
+    {"\xE2\x82\x61", u"\uFFFDa", false},
+    {"\xFF\x61", u"\uFFFDa", false},
+    {"\xC0\x80", u"\uFFFD\uFFFD", false},
+    {"\xED\xA0\x80", u"\uFFFD\uFFFD", false},
+    {"\xF0\x9F\x98\x80", u"\xD83D\xDE00", true},
+    {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD", false},
+    {"\xF8\x88\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD", false},
+    {"\x61\x80\x80\x62", u"a\uFFFD\uFFFDb", false},
+    {"\xE0\x80\x80", u"\uFFFD\uFFFD", false},
+    {"\xF0\x9F\x98", u"\uFFFD", false},
+    // The outermost characters of each length, and the neighbours of the surrogates.
+    {"\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80", u"\u007F\u0080\u07FF\u0800", true},
+    {"\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF", u"\uD7FF\uE000\uFFFF", true},
+    {"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", u"\xD800\xDC00\xDBFF\xDFFF", true},
+};
+
+TEST(Text, Utf8BecomesWide) {
+    for (const FromUtf8Row& row : kFromUtf8) {
+        SetLastError(0);
+        EXPECT_EQ(ToWide(row.bytes), row.units) << testing::PrintToString(row.bytes);
+        EXPECT_EQ(WideFromUtf8(row.bytes), row.units) << testing::PrintToString(row.bytes);
+        EXPECT_EQ(ToWide(row.bytes, MB_ERR_INVALID_CHARS), row.wellFormed ? row.units : u""sv);
+        EXPECT_EQ(GetLastError(), row.wellFormed ? 0u : ERROR_NO_UNICODE_TRANSLATION);
+    }
+}
+
+struct FromWideRow {
+    std::u16string_view units;
+    std::string_view bytes;
+    bool wellFormed;
+};
+
+constexpr FromWideRow kFromWide[] = {
+    {u"\xD800", "\xEF\xBF\xBD", false},
+    {u"\xDC00\x61", "\xEF\xBF\xBD\x61", false},
+    {u"\xD83D\xDE00", "\xF0\x9F\x98\x80", true},
+    {u"\x61\xD800\x62", "\x61\xEF\xBF\xBD\x62", false},
+    {u"\xFFFF", "\xEF\xBF\xBF", true},
+    {u"\xE9", "\xC3\xA9", true},
+    {u"\xD800\xD83D\xDE00", "\xEF\xBF\xBD\xF0\x9F\x98\x80", false},
+};
+
+TEST(Text, WideBecomesUtf8) {
+    for (const FromWideRow& row : kFromWide) {
+        SetLastError(0);
+        EXPECT_EQ(ToUtf8(row.units), row.bytes);
+        EXPECT_EQ(Utf8FromWide(row.units), row.bytes);
+        EXPECT_EQ(ToUtf8(row.units, WC_ERR_INVALID_CHARS), row.wellFormed ? row.bytes : ""sv);
+        EXPECT_EQ(GetLastError(), row.wellFormed ? 0u : ERROR_NO_UNICODE_TRANSLATION);
+    }
+}
+
+// ASCII goes in blocks; a character outside it may stand at any place in one.
+TEST(Text, SurvivesTheTripAtEveryOffset) {
+    for (const std::string character : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", ""}) {
+        for (std::size_t before = 0; before < 36; ++before) {
+            const std::string text = std::string(before, 'a') + character +
+                                     "0123456789abcdefghijklmnopqrstuvwxyz" + character;
+            const std::u16string wide = ToWide(text);
+            EXPECT_EQ(ToUtf8(wide), text);
+            EXPECT_EQ(Utf8FromWide(WideFromUtf8(text)), text);
+        }
+    }
+    for (std::size_t at = 0; at < 40; ++at) {
+        std::string text(40, 'x');
+        text[at] = '\x80';
+        std::u16string wide(40, u'x');
+        wide[at] = 0xFFFD;
+        EXPECT_EQ(ToWide(text), wide);
+    }
+}
+
+TEST(Text, EveryCharacterSurvivesTheTrip) {
+    for (char32_t value = 1; value < 0x110000; ++value) {
+        if (value == 0xD800) {
+            value = 0xE000;
+        }
+        std::u16string wide;
+        if (value < 0x10000) {
+            wide = static_cast<char16_t>(value);
+        } else {
+            wide = {static_cast<char16_t>(0xD7C0 + (value >> 10)),
+                    static_cast<char16_t>(0xDC00 + (value & 0x3FF))};
+        }
+        ASSERT_EQ(WideFromUtf8(Utf8FromWide(wide)), wide) << static_cast<unsigned>(value);
+    }
+}
+
+TEST(Text, TakesTheSourceUpToItsNul) {
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc\xC3\xA9", -1, nullptr, 0), 5);
+    char16_t wide[5];
+    EXPECT_EQ(MultiByteToWideChar(CP_THREAD_ACP, 0, "abc\xC3\xA9", -1, wide, 5), 5);
+    EXPECT_EQ(std::u16string_view(wide, 5), u"abc\u00E9\0"sv);
+    char bytes[6];
+    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, wide, -1, bytes, 6, nullptr, nullptr), 6);
+    EXPECT_EQ(std::string_view(bytes, 6), "abc\xC3\xA9\0"sv);
+    EXPECT_EQ(ToWide("a\0b"sv), u"a\0b"sv);
+}
+
+TEST(Text, NeverWritesBehindTheTarget) {
+    char16_t wide[] = u"????????????????????????";
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "abcdefghijklmnopqrstu", -1, wide, 20), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(wide[20], u'?');
+    SetLastError(0);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "\xF0\x9F\x98\x80", 4, wide + 21, 1), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(wide[22], u'?');
+    char bytes[] = "????";
+    SetLastError(0);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a\u20AC", 2, bytes, 3, nullptr, nullptr), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(bytes[3], '?');
+}
+
+TEST(Text, RefusesArguments) {
+    char16_t wide[8] = {};
+    char bytes[8] = {};
+    BOOL used = FALSE;
+    const auto errorOf = [](int result) {
+        EXPECT_EQ(result, 0);
+        const DWORD error = GetLastError();
+        SetLastError(0);
+        return error;
+    };
+    EXPECT_EQ(errorOf(MultiByteToWideChar(1252, 0, "a", 1, wide, 8)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0, nullptr, 1, wide, 8)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0, "a", 0, wide, 8)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0, "a", 1, nullptr, 8)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0, "a", 1, wide, -1)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0x10, "a", 1, wide, 8)), ERROR_INVALID_FLAGS);
+    EXPECT_EQ(errorOf(WideCharToMultiByte(437, 0, u"a", 1, bytes, 8, nullptr, nullptr)),
+              ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, bytes, 8, "?", nullptr)),
+              ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, bytes, 8, nullptr, &used)),
+              ERROR_INVALID_PARAMETER);
+}
+
+char16_t Lower(char16_t unit) {
+    EXPECT_EQ(CharLowerBuffW(&unit, 1), 1u);
+    return unit;
+}
+
+char16_t Upper(char16_t unit) {
+    EXPECT_EQ(CharUpperBuffW(&unit, 1), 1u);
+    return unit;
+}
+
+struct CaseRow {
+    char16_t unit;
+    char16_t lower;
+    char16_t upper;
+};
+
+constexpr CaseRow kCase[] = {
+    {0x00C0, 0x00E0, 0x00C0}, {0x00C9, 0x00E9, 0x00C9}, {0x00DF, 0x00DF, 0x00DF},
+    {0x0130, 0x0130, 0x0130}, {0x0131, 0x0131, 0x0131}, {0x03A3, 0x03C3, 0x03A3},
+    {0x03C2, 0x03C2, 0x03C2}, {0x2167, 0x2177, 0x2167}, {0x24B6, 0x24D0, 0x24B6},
+    {0x01C4, 0x01C6, 0x01C4}, {0x01C5, 0x01C5, 0x01C5}, {0x1E9E, 0x1E9E, 0x1E9E},
+    {0x0410, 0x0430, 0x0410}, {0x10A0, 0x2D00, 0x10A0}, {0xFF21, 0xFF41, 0xFF21},
+    {0x0049, 0x0069, 0x0049}, {0x1F88, 0x1F80, 0x1F88}, {0x2126, 0x2126, 0x2126},
+    {0x212A, 0x212A, 0x212A}, {0x00E0, 0x00E0, 0x00C0}, {0x00FF, 0x00FF, 0x0178},
+    {0x00B5, 0x00B5, 0x00B5}, {0x017F, 0x017F, 0x017F}, {0x1FB3, 0x1FB3, 0x1FBC},
+    {0x01C6, 0x01C6, 0x01C4}, {0x0149, 0x0149, 0x0149}, {0x2170, 0x2170, 0x2160},
+    {0x24D0, 0x24D0, 0x24B6}, {0xFF41, 0xFF41, 0xFF21}, {0x0451, 0x0451, 0x0401},
+    {0xD801, 0xD801, 0xD801}, {0xDC28, 0xDC28, 0xDC28}, {0x0040, 0x0040, 0x0040},
+    {0x005B, 0x005B, 0x005B}, {0x0060, 0x0060, 0x0060}, {0x007B, 0x007B, 0x007B},
+};
+
+TEST(Case, ChangesOneUnit) {
+    for (const CaseRow& row : kCase) {
+        EXPECT_EQ(Lower(row.unit), row.lower) << std::hex << static_cast<unsigned>(row.unit);
+        EXPECT_EQ(Upper(row.unit), row.upper) << std::hex << static_cast<unsigned>(row.unit);
+        EXPECT_EQ(towlower(row.unit), row.lower);
+        EXPECT_EQ(towupper(row.unit), row.upper);
+    }
+}
+
+TEST(Case, IsMadeOfPairs) {
+    unsigned pairs = 0;
+    for (unsigned number = 0; number <= 0xFFFF; ++number) {
+        const auto unit = static_cast<char16_t>(number);
+        const char16_t lower = towlower(unit);
+        const char16_t upper = towupper(unit);
+        SCOPED_TRACE(number);
+        ASSERT_TRUE(lower == unit || upper == unit);
+        ASSERT_TRUE(lower == unit || towupper(lower) == unit);
+        ASSERT_TRUE(upper == unit || towlower(upper) == unit);
+        ASSERT_EQ(towlower(lower), lower);
+        ASSERT_EQ(towupper(upper), upper);
+        ASSERT_EQ(lower < 0x80, unit < 0x80);
+        ASSERT_EQ(upper < 0x80, unit < 0x80);
+        pairs += lower != unit ? 1 : 0;
+    }
+    // Version 14 of Unicode has 1,163 in its first plane, and later ones add to them.
+    EXPECT_GE(pairs, 1163u);
+}
+
+TEST(Case, ChangesWholeTexts) {
+    std::u16string wide = u"\u00C9T\u00C9 \xD801\xDC00 Stra\u00DFe\0I"s;
+    EXPECT_EQ(CharLowerBuffW(wide.data(), static_cast<DWORD>(wide.size())), wide.size());
+    EXPECT_EQ(wide, u"\u00E9t\u00E9 \xD801\xDC00 stra\u00DFe\0i"s);
+    EXPECT_EQ(CharUpperBuffW(wide.data(), 3), 3u);
+    EXPECT_EQ(wide, u"\u00C9T\u00C9 \xD801\xDC00 stra\u00DFe\0i"s);
+}
+
+// U+023A has two bytes and its lower case U+2C65 three, so neither changes; ill-formed bytes and
+// characters beyond the first plane stay as they are too.
+TEST(Case, ChangesNarrowTextInPlace) {
+    std::string text = "\xC3\x89T\xC3\x89 \xC8\xBA \xFF\xC3 \xF0\x90\x90\x80Z"s;
+    EXPECT_EQ(CharLowerBuffA(text.data(), static_cast<DWORD>(text.size())), text.size());
+    EXPECT_EQ(text, "\xC3\xA9t\xC3\xA9 \xC8\xBA \xFF\xC3 \xF0\x90\x90\x80z");
+    EXPECT_EQ(CharUpperBuffA(text.data(), static_cast<DWORD>(text.size())), text.size());
+    EXPECT_EQ(text, "\xC3\x89T\xC3\x89 \xC8\xBA \xFF\xC3 \xF0\x90\x90\x80Z");
+}
+
+TEST(Case, TheSystemIsOfTheNtFamily) {
+    EXPECT_EQ(GetVersion() >> 31, 0u);
+}
+
+}  // namespace
