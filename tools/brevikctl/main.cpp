@@ -18,7 +18,7 @@ constexpr int kMisused = 2;
 
 constexpr const char* kFooter =
     "Exit codes: 0 done, 1 the command failed, 2 the command line was not understood.\n"
-    "BREVIK_MACHINE names the machine folder to work on.";
+    "BREVIK_MACHINE names the machine folder to work on.\n";
 
 int Misused(const CLI::App& app, const CLI::ParseError& error) {
     std::string command = "brevikctl";
