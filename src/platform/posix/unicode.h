@@ -4,11 +4,13 @@
 // is nearly all of what comes through, goes in blocks.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 namespace brevik::platform {
 
@@ -157,9 +159,9 @@ class UnitWriter {
 
 enum class Conversion { kDone, kIllFormed, kNoRoom };
 
-// Takes the blocks of ASCII at the start of `text` to the sink. False when the sink has no room.
+// Moves the ASCII at the start of `text` to the sink. False when the sink has no room.
 template <typename Unit, typename Sink>
-bool AppendAsciiBlocks(std::basic_string_view<Unit>& text, Sink& sink) {
+bool AppendAscii(std::basic_string_view<Unit>& text, Sink& sink) {
     constexpr std::size_t kBlock = 16 / sizeof(Unit);
     constexpr std::uint64_t kOutside = sizeof(Unit) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
     while (text.size() >= kBlock) {
@@ -177,6 +179,13 @@ bool AppendAsciiBlocks(std::basic_string_view<Unit>& text, Sink& sink) {
         }
         text.remove_prefix(kBlock);
     }
+    const auto isOutside = [](Unit unit) { return std::make_unsigned_t<Unit>(unit) >= 0x80; };
+    const auto end = std::find_if(text.begin(), text.end(), isOutside);
+    const auto run = static_cast<std::size_t>(end - text.begin());
+    if (!sink.Append(text.data(), run)) {
+        return false;
+    }
+    text.remove_prefix(run);
     return true;
 }
 
@@ -185,7 +194,7 @@ bool AppendAsciiBlocks(std::basic_string_view<Unit>& text, Sink& sink) {
 template <typename Unit, typename Sink>
 Conversion ConvertText(std::basic_string_view<Unit> text, bool strict, Sink& sink) {
     for (;;) {
-        if (!AppendAsciiBlocks(text, sink)) {
+        if (!AppendAscii(text, sink)) {
             return Conversion::kNoRoom;
         }
         if (text.empty()) {
