@@ -1,8 +1,8 @@
 // The machine: the folder that holds what Windows keeps about a computer.
 //
 // It is the one that BREVIK_MACHINE names, else /var/lib/brevikconfig when that exists, else
-// brevikconfig in the user's data folder. It is settled once in a process, and its folders are made on
-// first use. Safe on any thread.
+// brevikconfig in the user's data folder. It is settled once in a process, and its folders are made
+// on first use. Safe on any thread.
 #pragma once
 
 #include <string>
@@ -18,14 +18,18 @@ class PLATFORM_API Machine {
     // Host path of the machine's folder, absolute, without a trailing slash.
     const std::string& Folder() const { return folder_; }
 
+    // Whether its folders are there; false where they could not be made.
+    bool Exists() const { return exists_; }
+
     // Host path of users/LOGIN for the effective user, made with mode 0700 where it was missing.
-    // Empty when it cannot be made.
+    // Empty when it cannot be made, or when it belongs to somebody who is not to be trusted.
     std::string UserFolder() const;
 
   private:
     Machine();
 
     std::string folder_;
+    bool exists_ = false;
 };
 
 }  // namespace brevik::platform

@@ -21,6 +21,9 @@ class ScopedDescriptor {
 
     explicit operator bool() const { return descriptor_ >= 0; }
     int Get() const { return descriptor_; }
+
+    // Gives the descriptor up to the caller.
+    int Release() { return std::exchange(descriptor_, -1); }
     void Close() {
         if (descriptor_ >= 0) {
             ::close(std::exchange(descriptor_, -1));

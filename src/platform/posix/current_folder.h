@@ -1,0 +1,13 @@
+// The process's current folder, as a path of the Windows grammar.
+#pragma once
+
+#include <string>
+
+namespace brevik::platform {
+
+// Without a trailing backslash but at the root of a drive. It is spelled as SetCurrentDirectoryW
+// was given it while the process is still in that folder. Empty when it cannot be had. Safe on any
+// thread.
+std::u16string CurrentFolder();
+
+}  // namespace brevik::platform

@@ -1,0 +1,135 @@
+#include "platform/posix/file_search.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include "platform/posix/environment.h"
+#include "platform/posix/executables.h"
+#include "platform/posix/folder_index.h"
+#include "platform/posix/host_text.h"
+#include "platform/posix/machine.h"
+#include "platform/posix/paths.h"
+
+namespace brevik::platform {
+namespace {
+
+// A folder of the machine that every search looks into.
+struct SystemFolder {
+    std::string_view hostPath;        // in the machine, as it was made
+    std::u16string_view windowsPath;  // should somebody have changed its case
+};
+
+constexpr SystemFolder kSystemFolders[] = {
+    {"/drives/c/Windows/System32", u"C:\\Windows\\System32"},
+    {"/drives/c/Windows", u"C:\\Windows"},
+};
+
+bool IsRegularFile(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// Path of the regular file of this name in a folder that stat has just told of; else empty.
+std::string FindIn(const std::string& folder, const struct stat& status, const FoldedName& name) {
+    const std::optional<std::string> found = FindName(folder, status, name);
+    if (!found) {
+        return {};
+    }
+    std::string path = folder + '/' + *found;
+    return IsRegularFile(path) ? path : std::string();
+}
+
+std::string FindIn(const std::string& folder, const FoldedName& name) {
+    struct stat status;
+    return stat(folder.c_str(), &status) == 0 ? FindIn(folder, status, name) : std::string();
+}
+
+std::string FindInSystemFolders(const FoldedName& name) {
+    std::string path = Machine::Current().Folder();
+    const std::size_t machine = path.size();
+    for (const SystemFolder& folder : kSystemFolders) {
+        path.resize(machine);
+        path += folder.hostPath;
+        struct stat status;
+        std::string found;
+        if (stat(path.c_str(), &status) == 0) {
+            found = FindIn(path, status, name);
+        } else if (const HostFile file = FindFile(PlaceOf(folder.windowsPath)); file.error == 0) {
+            found = FindIn(file.path, file.status, name);
+        }
+        if (!found.empty()) {
+            return found;
+        }
+    }
+    return {};
+}
+
+std::string FindInCurrentFolder(const FoldedName& name) {
+    const std::string found = FindIn(".", name);
+    if (found.empty()) {
+        return {};
+    }
+    const std::unique_ptr<char, decltype(&free)> folder(getcwd(nullptr, 0), &free);
+    return folder && *folder == '/' ? folder.get() + found.substr(1) : std::string();
+}
+
+std::string FindInPath(const FoldedName& name) {
+    const char* variable = EnvironmentVariable("PATH");
+    std::string_view rest = variable != nullptr ? variable : "";
+    std::string folder;
+    while (!rest.empty()) {
+        const std::size_t colon = rest.find(':');
+        folder = rest.substr(0, colon);
+        rest.remove_prefix(colon == std::string_view::npos ? rest.size() : colon + 1);
+        if (!folder.starts_with('/')) {
+            continue;
+        }
+        std::string found = FindIn(folder, name);
+        if (!found.empty()) {
+            return found;
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+bool IsBareName(std::u16string_view name) {
+    return name.find_first_of(u"\\/:") == std::u16string_view::npos;
+}
+
+std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_view extension) {
+    std::u16string result(name);
+    if (name.ends_with(u'.')) {
+        result.pop_back();
+        return result;
+    }
+    const std::size_t start = name.find_last_of(u"\\/") + 1;
+    if (name.find(u'.', start) == std::u16string_view::npos) {
+        result += extension;
+    }
+    return result;
+}
+
+std::string FindInSystemOrder(std::u16string_view bareName) {
+    if (!IsValidName(bareName)) {
+        return {};
+    }
+    static const std::string hostFolder =
+        HostExecutable().substr(0, HostExecutable().find_last_of('/') + 1);
+    const FoldedName name(Utf8FromWide(bareName));
+    std::string found = hostFolder.empty() ? std::string() : FindIn(hostFolder, name);
+    if (found.empty()) {
+        found = FindInSystemFolders(name);
+    }
+    if (found.empty()) {
+        found = FindInCurrentFolder(name);
+    }
+    return found.empty() ? FindInPath(name) : found;
+}
+
+}  // namespace brevik::platform

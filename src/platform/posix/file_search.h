@@ -1,0 +1,23 @@
+// The order in which the system looks for a file by its bare name.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/types.h"
+
+namespace brevik::platform {
+
+// Whether a name is completed with a folder before it is looked for.
+bool IsBareName(std::u16string_view name);
+
+// The name with `extension` behind it where its last part has none. A dot at the end stands for no
+// extension, and is taken off.
+std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_view extension);
+
+// Host path of the first regular file of this name in the host's folder, C:\Windows\System32,
+// C:\Windows, the current folder and the folders of PATH, which are the host's own; entries that
+// are relative are passed over. Empty when there is none.
+std::string FindInSystemOrder(std::u16string_view bareName);
+
+}  // namespace brevik::platform

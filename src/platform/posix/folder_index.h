@@ -1,0 +1,56 @@
+// The names of host folders, found without regard to case.
+//
+// Two names are the same when their UTF-16 forms are the same after `towupper` of each unit. A name
+// that is not well-formed UTF-8 has no such form and is never found.
+//
+// Listings of folders are kept, in bounds, and are good as long as the folder has not changed; a
+// miss in a kept listing costs no system call. Safe on any thread.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/types.h"
+
+namespace brevik::platform {
+
+// What changes whenever a name enters a folder or leaves it.
+struct FolderStamp {
+    dev_t device;
+    ino_t number;
+    timespec modified;
+    timespec changed;
+
+    explicit FolderStamp(const struct stat& status);
+    bool operator==(const FolderStamp& other) const;
+
+    // Whether the folder's last change lies so long before `moment`, in real time, that no change
+    // from then on can leave the same stamp: the host's time stamps advance in steps.
+    bool IsSettledAt(const timespec& moment) const;
+};
+
+// A name to look for, folded once for any number of folders.
+class PLATFORM_API FoldedName {
+  public:
+    // `name` is well-formed UTF-8 without a slash.
+    explicit FoldedName(std::string_view name);
+
+    const std::string& Name() const { return name_; }
+    const std::u16string& Folded() const { return folded_; }
+    std::size_t Hash() const { return hash_; }
+
+  private:
+    std::string name_;
+    std::u16string folded_;
+    std::size_t hash_;
+};
+
+// The name in `folder` that is `name`, or else the first in byte order that is the same but for
+// case. `status` is what stat has just told of the folder.
+PLATFORM_API std::optional<std::string> FindName(const std::string& folder,
+                                                 const struct stat& status, const FoldedName& name);
+
+}  // namespace brevik::platform

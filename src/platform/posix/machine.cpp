@@ -1,0 +1,192 @@
+#include "platform/posix/machine.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/posix/environment.h"
+
+namespace brevik::platform {
+namespace {
+
+constexpr char kSystemMachine[] = "/var/lib/brevikconfig";
+
+// A path at which nothing can ever stand, for a machine whose place cannot be told.
+constexpr char kNowhere[] = "/dev/null/brevikconfig";
+
+struct MachineFolder {
+    std::string_view name;
+    bool forEveryUser;  // every user may put things there, and nobody may take away another's
+};
+
+// In the order of their making. The last one tells that a machine is complete.
+constexpr MachineFolder kFolders[] = {
+    {"/drives", false},
+    {"/drives/c", false},
+    {"/drives/c/ProgramData", true},
+    {"/drives/c/Program Files", false},
+    {"/drives/c/Program Files/Common Files", false},
+    {"/drives/c/Windows", false},
+    {"/drives/c/Windows/System32", false},
+    {"/drives/c/Windows/Temp", true},
+    {"/shares", false},
+    {"/users", true},
+};
+
+bool IsFolder(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// Makes a folder and those above it that are missing. Others may be making them at the same time.
+bool MakeFolders(const std::string& path, mode_t mode) {
+    if (mkdir(path.c_str(), mode) == 0 || errno == EEXIST) {
+        return true;
+    }
+    const std::size_t slash = path.rfind('/');
+    if (errno != ENOENT || slash == std::string::npos || slash == 0) {
+        return false;
+    }
+    return MakeFolders(path.substr(0, slash), mode) &&
+           (mkdir(path.c_str(), mode) == 0 || errno == EEXIST);
+}
+
+std::string WithoutTrailingSlashes(std::string path) {
+    while (path.size() > 1 && path.back() == '/') {
+        path.pop_back();
+    }
+    return path;
+}
+
+struct UserEntry {
+    std::string name;
+    std::string home;
+};
+
+// The effective user's row of the password database.
+std::optional<UserEntry> FindUser() {
+    std::vector<char> buffer(1024);
+    for (;;) {
+        passwd row;
+        passwd* found = nullptr;
+        const int error = getpwuid_r(geteuid(), &row, buffer.data(), buffer.size(), &found);
+        if (error == ERANGE && buffer.size() < (1u << 20)) {
+            buffer.resize(buffer.size() * 2);
+        } else if (error == 0 && found != nullptr) {
+            return UserEntry{row.pw_name, row.pw_dir};
+        } else {
+            return std::nullopt;
+        }
+    }
+}
+
+std::string MakeAbsolute(const char* path) {
+    if (*path == '/') {
+        return WithoutTrailingSlashes(path);
+    }
+    const std::unique_ptr<char, decltype(&free)> current(getcwd(nullptr, 0), &free);
+    if (!current || *current != '/') {
+        return kNowhere;
+    }
+    return WithoutTrailingSlashes(std::string(current.get()) + "/" + path);
+}
+
+std::string OwnDataFolder() {
+    // A relative folder here is none: it would be another one in each folder that becomes current.
+    const char* data = EnvironmentVariable("XDG_DATA_HOME");
+    if (data != nullptr && *data == '/') {
+        return WithoutTrailingSlashes(data);
+    }
+    const char* home = EnvironmentVariable("HOME");
+    if (home != nullptr && *home == '/') {
+        return WithoutTrailingSlashes(home) + "/.local/share";
+    }
+    const std::optional<UserEntry> user = FindUser();
+    if (user && user->home.starts_with('/')) {
+        return WithoutTrailingSlashes(user->home) + "/.local/share";
+    }
+    return {};
+}
+
+// Makes what is missing of a machine. Whether all of it is there then.
+bool MakeMachine(const std::string& root, bool ofSystem, mode_t mode) {
+    if (!MakeFolders(root, mode)) {
+        return false;
+    }
+    for (const MachineFolder& folder : kFolders) {
+        if (folder.name == "/shares" && symlink("/", (root + "/drives/z").c_str()) != 0 &&
+            errno != EEXIST) {
+            return false;
+        }
+        const std::string path = root + std::string(folder.name);
+        if (mkdir(path.c_str(), 0777) != 0) {
+            if (errno != EEXIST) {
+                return false;
+            }
+        } else if (ofSystem) {
+            // The machine of all users is theirs whatever mask its first user works under.
+            chmod(path.c_str(), folder.forEveryUser ? 01777 : 0755);
+        }
+    }
+    return true;
+}
+
+std::string LoginName() {
+    const std::optional<UserEntry> user = FindUser();
+    if (!user || user->name.empty() || user->name.front() == '.' ||
+        user->name.find('/') != std::string::npos) {
+        return std::to_string(geteuid());
+    }
+    return user->name;
+}
+
+}  // namespace
+
+const Machine& Machine::Current() {
+    static const Machine machine;
+    return machine;
+}
+
+Machine::Machine() {
+    mode_t mode = 0777;
+    bool ofSystem = false;
+    if (const char* named = EnvironmentVariable("BREVIK_MACHINE")) {
+        folder_ = MakeAbsolute(named);
+    } else if (IsFolder(kSystemMachine)) {
+        folder_ = kSystemMachine;
+        ofSystem = true;
+    } else {
+        const std::string data = OwnDataFolder();
+        folder_ = data.empty() ? kNowhere : data + "/brevikconfig";
+        mode = 0700;
+    }
+    exists_ = IsFolder(folder_ + std::string(std::end(kFolders)[-1].name)) ||
+              MakeMachine(folder_, ofSystem, mode);
+}
+
+std::string Machine::UserFolder() const {
+    static const std::string login = LoginName();
+    std::string path = folder_ + "/users/" + login;
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0) {
+        if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
+            return {};
+        }
+        if (lstat(path.c_str(), &status) != 0) {
+            return {};
+        }
+    }
+    // Where every user may make folders, another one may have been first with this name.
+    const bool trusted = status.st_uid == geteuid() || status.st_uid == 0;
+    return trusted && S_ISDIR(status.st_mode) ? path : std::string();
+}
+
+}  // namespace brevik::platform
