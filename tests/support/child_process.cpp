@@ -8,12 +8,14 @@
 #include <unistd.h>
 
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
-// Starts the command with its output, and its errors where wanted, in the write ends given.
+// Starts the command on these descriptors; -1 leaves the test's own.
 pid_t Start(const std::vector<std::string>& command,
-            const std::map<std::string, std::string>& environment, int output, int errors) {
+            const std::map<std::string, std::string>& environment, int input, int output,
+            int errors) {
     std::vector<char*> arguments;
     for (const std::string& word : command) {
         arguments.push_back(const_cast<char*>(word.c_str()));
@@ -28,9 +30,11 @@ pid_t Start(const std::vector<std::string>& command,
                 setenv(name.c_str(), value.c_str(), 1);
             }
         }
-        dup2(output, STDOUT_FILENO);
-        if (errors >= 0) {
-            dup2(errors, STDERR_FILENO);
+        const int streams[] = {input, output, errors};
+        for (int stream = 0; stream < 3; ++stream) {
+            if (streams[stream] >= 0) {
+                dup2(streams[stream], stream);
+            }
         }
         execvp(arguments[0], arguments.data());
         _exit(127);
@@ -56,7 +60,7 @@ ChildResult RunChild(const std::vector<std::string>& command,
     if (pipe2(output, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe");
     }
-    const pid_t id = Start(command, environment, output[1], errors[1]);
+    const pid_t id = Start(command, environment, -1, output[1], errors[1]);
     close(output[1]);
     close(errors[1]);
     ChildResult result;
@@ -86,12 +90,15 @@ ChildResult RunChild(const std::vector<std::string>& command,
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command,
                            const std::map<std::string, std::string>& environment) {
+    int input[2];
     int output[2];
-    if (pipe2(output, O_CLOEXEC) != 0) {
+    if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe");
     }
-    id_ = Start(command, environment, output[1], -1);
+    id_ = Start(command, environment, input[0], output[1], -1);
+    close(input[0]);
     close(output[1]);
+    input_ = input[1];
     output_ = output[0];
 }
 
@@ -100,7 +107,15 @@ ChildProcess::~ChildProcess() {
         kill(id_, SIGKILL);
         ExitCode(id_);
     }
+    close(input_);
     close(output_);
+}
+
+void ChildProcess::WriteLine(const std::string& line) const {
+    const std::string text = line + "\n";
+    if (write(input_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        throw std::runtime_error("the child does not read");
+    }
 }
 
 std::string ChildProcess::ReadLine() {
@@ -120,7 +135,9 @@ std::string ChildProcess::ReadLine() {
     }
 }
 
-void ChildProcess::Signal(int number) const { kill(id_, number); }
+void ChildProcess::Signal(int number) const {
+    kill(id_, number);
+}
 
 int ChildProcess::Wait() {
     const int code = ExitCode(id_);

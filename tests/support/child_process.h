@@ -13,8 +13,8 @@ struct ChildResult {
     std::string errors;
 };
 
-// Runs a program to its end, looked for in PATH when its name has no slash, with these variables added
-// to the environment (an empty value removes one).
+// Runs a program to its end, looked for in PATH when its name has no slash, with these variables
+// added to the environment (an empty value removes one).
 ChildResult RunChild(const std::vector<std::string>& command,
                      const std::map<std::string, std::string>& environment = {});
 
@@ -29,6 +29,9 @@ class ChildProcess {
 
     pid_t Id() const { return id_; }
 
+    // Gives a line to its standard input, which stays open as long as the object.
+    void WriteLine(const std::string& line) const;
+
     // The next line of its standard output without its end; empty at the end of the output.
     std::string ReadLine();
     void Signal(int number) const;
@@ -38,6 +41,7 @@ class ChildProcess {
 
   private:
     pid_t id_ = -1;
+    int input_ = -1;
     int output_ = -1;
     std::string buffer_;
 };

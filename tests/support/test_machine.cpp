@@ -36,8 +36,14 @@ void Remove() {
     }
 }
 
-std::filesystem::path ScratchFolder() { return root / "scratch"; }
-std::filesystem::path Folder() { return root / "machine"; }
-std::filesystem::path RuntimeFolder() { return root / "run"; }
+std::filesystem::path ScratchFolder() {
+    return root / "scratch";
+}
+std::filesystem::path Folder() {
+    return root / "machine";
+}
+std::filesystem::path RuntimeFolder() {
+    return root / "run";
+}
 
 }  // namespace TestMachine

@@ -5,8 +5,8 @@
 
 namespace TestMachine {
 
-// Makes a new empty machine in a temporary folder and points the environment at it: BREVIK_MACHINE at
-// Folder(), XDG_RUNTIME_DIR at RuntimeFolder(), and BREVIK_DEBUG_OUTPUT away.
+// Makes a new empty machine in a temporary folder and points the environment at it: BREVIK_MACHINE
+// at Folder(), XDG_RUNTIME_DIR at RuntimeFolder(), and BREVIK_DEBUG_OUTPUT away.
 void Create();
 void Remove();
 

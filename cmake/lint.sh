@@ -1,0 +1,64 @@
+#!/bin/sh
+# Static checks that need no build. Prints each finding and exits 1 when there is one.
+set -eu
+cd "$(dirname "$0")/.."
+failed=0
+
+finding() {
+    printf '%s\n' "$*"
+    failed=1
+}
+
+sources=$(git ls-files --cached --others --exclude-standard | grep -E '\.(c|cpp|h)$')
+
+# Layout.
+for file in $sources; do
+    clang-format --dry-run --Werror "$file" >/dev/null 2>&1 ||
+        finding "$file: layout differs (clang-format -i $file)"
+done
+
+# Each source folder includes only folders of its own floor's folder or of lower floors.
+floor() {
+    case $1 in
+    platform) echo 0 ;;
+    text | registry) echo 1 ;;
+    trace | modules) echo 2 ;;
+    filesystem) echo 3 ;;
+    catalogue) echo 4 ;;
+    language | cookies) echo 5 ;;
+    services) echo 6 ;;
+    frame) echo 7 ;;
+    *) echo none ;;
+    esac
+}
+for file in $(printf '%s\n' $sources | grep '^src/'); do
+    from=$(printf '%s' "$file" | cut -d/ -f2)
+    [ "$(floor "$from")" != none ] || finding "$file: the folder stands on no floor"
+    for to in $(sed -n 's|^#include "\([A-Za-z]*\)/.*"|\1|p' "$file" | sort -u); do
+        [ "$to" = "$from" ] && continue
+        if [ "$(floor "$to")" = none ] || [ "$(floor "$to")" -ge "$(floor "$from")" ]; then
+            finding "$file: includes $to, which is not below $from"
+        fi
+        if [ "$from" = platform ] && [ "$to" != platform ]; then
+            finding "$file: the platform includes nothing of ours"
+        fi
+    done
+done
+
+# No core file asks which host it is on, or looks behind the platform's headers.
+for file in $(printf '%s\n' $sources | grep '^src/' | grep -v '^src/platform/'); do
+    if grep -nE '_WIN32|__linux__|__unix__|platform/posix|<(unistd|windows|dlfcn|sys/[a-z]*)\.h>' \
+        "$file"; then
+        finding "$file: asks which host it is on"
+    fi
+done
+
+# No circle among the headers of a folder.
+for folder in src/*/; do
+    edges=$(grep -HoE '^#include "[^"]+\.h"' $(find "$folder" -name '*.h') /dev/null 2>/dev/null |
+        sed -E 's|^src/([^:]+):#include "([^"]+)"$|\2 \1|')
+    [ -z "$edges" ] || printf '%s\n' "$edges" | tsort >/dev/null 2>&1 ||
+        finding "$folder: headers include each other in a circle"
+done
+
+exit $failed

@@ -1,0 +1,36 @@
+// The frame that every exported function runs in.
+//
+// It makes the component model usable on the calling thread, starts the trace on the first call in
+// the process, sees to the sibling library, and runs the call. It is also the barrier that no
+// exception passes: one that reaches it is written to the trace and becomes the call's failure
+// result.
+#pragma once
+
+#include "frame/BrevikConfigModule.h"
+#include "modules/SmartComInitializer.h"
+
+namespace BrevikConfig {
+
+// Runs the one-time start. When it returns, on whatever thread, the start has ended.
+void StartFrame();
+
+// Writes the exception being handled to the trace.
+void ReportException(const char* exportName) noexcept;
+
+// `writeLine` writes the export's own trace line; `forward` does the work and gives the result.
+template <typename Result, typename WriteLine, typename Forward>
+Result RunCall(const char* exportName, Result failure, WriteLine writeLine,
+               Forward forward) noexcept {
+    const CLibraryUtils::SmartComInitializer componentModel;
+    try {
+        StartFrame();
+        writeLine();
+        GetModule().LoadSiblingLibrary();
+        return forward();
+    } catch (...) {
+        ReportException(exportName);
+        return failure;
+    }
+}
+
+}  // namespace BrevikConfig

@@ -1,0 +1,7 @@
+// The language in which the suite was installed.
+#pragma once
+
+#include "platform/types.h"
+
+// 0 when none is found.
+LANGID FindInstalledLanguage();

@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "language/LangManager.h"
+#include "language/LanguageLadder.h"
+#include "support/debug_output.h"
+#include "trace/UTrace.h"
+
+namespace {
+
+LANGID Select(LANGID installed, const std::vector<LANGID>& offered) {
+    LanguageLadder ladder(installed);
+    for (const LANGID entry : offered) {
+        ladder.Look(entry);
+    }
+    return ladder.Climb(offered.front());
+}
+
+TEST(LanguageLadder, InstalledThenZeroThenEnglishThenTheFirst) {
+    EXPECT_EQ(Select(1036, {1031, 1033, 1036}), 1036);
+    EXPECT_EQ(Select(1040, {1031, 1036}), 1031);
+    EXPECT_EQ(Select(1040, {1031, 1033}), 1033);
+    EXPECT_EQ(Select(1040, {1031, 0, 1033}), 0);
+    EXPECT_EQ(Select(0, {1031, 1033}), 1033);
+    EXPECT_EQ(Select(0, {1033, 0}), 0);
+    EXPECT_EQ(Select(1046, {1031, 2070}), 1031);  // another Portuguese is not taken
+    EXPECT_EQ(Select(1040, {1031, 1031, 1040, 1040}), 1040);
+}
+
+TEST(LangManager, TableGoesBothWays) {
+    const struct {
+        LANGID id;
+        const char* longCode;
+        const char* shortCode;
+    } rows[] = {
+        {1025, "ARA", "ar"}, {1028, "CHT", "cht"},  {1029, "CSY", "cz"}, {1030, "DAN", "da"},
+        {1031, "DEU", "de"}, {1032, "ELL", "el"},   {1033, "ENU", "en"}, {1035, "FIN", "fi"},
+        {1036, "FRA", "fr"}, {1037, "HEB", "he"},   {1038, "HUN", "hu"}, {1040, "ITA", "it"},
+        {1041, "JPN", "ja"}, {1042, "KOR", "ko"},   {1043, "NLD", "nl"}, {1044, "NOR", "no"},
+        {1045, "PLK", "pl"}, {1046, "PTB", "ptbr"}, {1049, "RUS", "ru"}, {1053, "SVE", "sv"},
+        {1055, "TRK", "tr"}, {2052, "CHS", "chs"},  {2070, "PTG", "pt"}, {3082, "ESN", "es"},
+        {1034, "", ""},      {0, "", ""},
+    };
+    const LangManager languages;
+    for (const auto& row : rows) {
+        EXPECT_EQ(languages.GetCodeFromLangId(row.id), row.longCode) << row.id;
+        EXPECT_EQ(languages.GetShortCodeFromLangId(row.id), row.shortCode) << row.id;
+        if (*row.longCode != '\0') {
+            EXPECT_EQ(languages.GetLangIdFromCode(row.longCode), row.id);
+        }
+    }
+    EXPECT_EQ(languages.GetLangIdFromCode("enu"), 1033);
+    for (const char* unknown : {"ENU ", "", "ptbr", "de", "XXX"}) {
+        EXPECT_EQ(languages.GetLangIdFromCode(unknown), 0) << unknown;
+    }
+}
+
+TEST(LangManager, CodesBecomeIdentifiersAtTheirPlaces) {
+    const LangManager languages;
+    LANGID selected = 7;
+    const char* const unknownFirst[] = {"xyz", "deu"};
+    EXPECT_EQ(languages.GetLang(unknownFirst, 2, &selected), 0u);
+    EXPECT_EQ(selected, 0);  // the unknown one stands for 0, and 0 is offered
+    const char* const known[] = {"fra", "deu"};
+    EXPECT_EQ(languages.GetLang(known, 2, &selected), 0u);
+    EXPECT_EQ(selected, 1036);
+    EXPECT_EQ(languages.GetLang(&selected), 0u);
+    EXPECT_EQ(selected, 1033);
+    selected = 7;
+    EXPECT_EQ(languages.GetLang(known, 0, &selected), 1u);
+    EXPECT_EQ(selected, 7);
+}
+
+class LanguageTrace : public testing::Test {
+  protected:
+    LanguageTrace() { UTrace::Initialize(); }
+
+    std::string Said(std::vector<LANGID> offered) {
+        LANGID selected = 0;
+        output_.Take();
+        result_ = LangManager::GetLang(offered.data(), static_cast<std::uint32_t>(offered.size()),
+                                       &selected);
+        return output_.Take();
+    }
+
+    DebugOutput output_;
+    std::uint32_t result_ = 0;
+};
+
+TEST_F(LanguageTrace, TellsEachStepOfASelection) {
+    const std::string head =
+        ": englishLang = MAKELANGID(LANG_ENGLISH, SUBLANG_DEFAULT) returned (1033).\r\n"
+        ": MUI is disabled. But the installed lang can't be found!\r\n";
+    EXPECT_EQ(Said({1031, 1033}),
+              head +
+                  ": LangIdList [0]: 1031\r\n"
+                  ": LangIdList [1]: 1033\r\n"
+                  ": Found English installed (1033).\r\n"
+                  ": Unable to find a suitable language installed. Defaulting to ENU (1033).\r\n"
+                  ": Selected Lang = 1033\r\n");
+    EXPECT_EQ(Said({0}), head +
+                             ": LangIdList [0]: 0\r\n"
+                             ": Found userDefaultLang installed (0).\r\n"
+                             ": Found userNeutralLang installed (0).\r\n"
+                             ": Found systemDefaultLang installed (0).\r\n"
+                             ": Found systemNeutralLang installed (0).\r\n"
+                             ": Selected Lang = 0\r\n");
+    EXPECT_EQ(Said({1031}), head +
+                                ": LangIdList [0]: 1031\r\n"
+                                ": Unable to find a suitable language or English installed. "
+                                "Defaulting to first language found (1031).\r\n"
+                                ": Selected Lang = 1031\r\n");
+    EXPECT_EQ(Said({}), ": No languages passed to LangManager::GetLang. Returning false.\r\n");
+    EXPECT_EQ(result_, 1u);
+}
+
+}  // namespace

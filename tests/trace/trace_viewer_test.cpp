@@ -1,0 +1,121 @@
+// What a viewer gets.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <optional>
+
+#include "platform/clock.h"
+#include "platform/posix/trace_socket.h"
+#include "trace/TraceRecord.h"
+#include "trace/TraceState.h"
+#include "trace/UTrace.h"
+
+namespace {
+
+class TraceViewer : public testing::Test {
+  protected:
+    void OpenViewer() { socket_ = std::make_unique<TraceSocket>(UTrace::kViewerClass); }
+
+    // The bytes of the next record; nothing when none is there.
+    std::optional<std::string> Next(int milliseconds = 1000) {
+        TraceSocket::Packet packet;
+        return socket_->Receive(&packet, milliseconds) ? std::optional(packet.bytes) : std::nullopt;
+    }
+
+    std::unique_ptr<TraceSocket> socket_;
+};
+
+std::string Bytes(std::uint32_t value) {
+    const char bytes[] = {static_cast<char>(value), static_cast<char>(value >> 8),
+                          static_cast<char>(value >> 16), static_cast<char>(value >> 24)};
+    return std::string(bytes, 4);
+}
+
+// The record as it is told byte for byte, written without the library's structure.
+std::string Record(std::uint32_t level, std::uint32_t channel, char tag, const std::string& client,
+                   const std::string& text) {
+    std::string record = Bytes(static_cast<std::uint32_t>(82 + text.size())) + Bytes(0x55543132) +
+                         Bytes(level) + Bytes(channel) + tag;
+    record += client + std::string(64 - client.size(), '\0') + text + '\0';
+    return record;
+}
+
+TEST_F(TraceViewer, GetsEachLineByteForByte) {
+    OpenViewer();
+    UTrace::Initialize();
+    UTrace::SetClientName("BREVIK KIT");
+    UTrace::Info("Selected Lang = %d", 1033);
+    UTrace::TaggedAs(0x12345678, nullptr, "tagged");
+    UTrace::Trace(-2, "%s", "");
+    {
+        const UTrace::Function scope("F", nullptr);
+        UTrace::ErrorAs(std::string(70, 'c').c_str(), "in");
+    }
+    EXPECT_EQ(Next(), Record(3, 0, 0, "BREVIK KIT", "Selected Lang = 1033"));
+    EXPECT_EQ(Next(), Record(3, 0x12345678, 1, "", "tagged"));
+    EXPECT_EQ(Next(), Record(0xFFFFFFFE, 0, 0, "BREVIK KIT", ""));
+    EXPECT_EQ(Next(), Record(4, 0, 0, "BREVIK KIT", "F - enter"));
+    EXPECT_EQ(Next(), Record(1, 0, 0, std::string(63, 'c'), "  in"));
+    EXPECT_EQ(Next(), Record(4, 0, 0, "BREVIK KIT", "F - return"));
+}
+
+TEST_F(TraceViewer, IndentedTextIsCutAt1023Bytes) {
+    OpenViewer();
+    UTrace::Initialize();
+    const std::string text(2000, 'm');
+    const UTrace::Function a("a", UTrace::silent);
+    const UTrace::Function b("b", UTrace::silent);
+    const UTrace::Function c("c", UTrace::silent);
+    UTrace::Info("%s", text.c_str());
+    EXPECT_EQ(Next(), Record(3, 0, 0, "", "      " + text.substr(0, 1017)));
+}
+
+TEST_F(TraceViewer, FilterKeepsLinesFromIt) {
+    OpenViewer();
+    UTrace::Initialize();
+    UTrace::SetFilter([](int level, const char*, const char*) { return level == 1; });
+    UTrace::SetFlags(2);  // no debugger output
+    UTrace::Info("dropped");
+    UTrace::Error("kept");
+    EXPECT_EQ(Next(), Record(1, 0, 0, "", "kept"));
+}
+
+TEST_F(TraceViewer, OneThatStartsLaterIsNoticedAfterThreeSeconds) {
+    UTrace::Initialize();
+    UTrace::Info("nobody");
+    OpenViewer();
+    UTrace::Info("too early to look again");
+    EXPECT_EQ(Next(0), std::nullopt);
+    UTrace::State().lastLookup -= 3001;
+    UTrace::Info("seen");
+    EXPECT_EQ(Next(), Record(3, 0, 0, "", "seen"));
+}
+
+TEST_F(TraceViewer, OneThatGoesAwayIsForgottenAndFoundAgain) {
+    OpenViewer();
+    UTrace::Initialize();
+    UTrace::Info("one");
+    EXPECT_EQ(Next(), Record(3, 0, 0, "", "one"));
+    socket_.reset();
+    UTrace::Info("lost");
+    EXPECT_EQ(UTrace::State().viewerWindow, nullptr);
+    OpenViewer();
+    UTrace::State().lastLookup -= 3001;
+    UTrace::Info("two");
+    EXPECT_EQ(Next(), Record(3, 0, 0, "", "two"));
+}
+
+TEST_F(TraceViewer, OneThatIsBehindHoldsTheHostUpOnceAndBriefly) {
+    OpenViewer();
+    UTrace::Initialize();
+    const std::string text(1000, 'm');
+    const DWORD start = GetTickCount();
+    for (int i = 0; i < 5000; ++i) {  // far more than the socket holds; nobody reads
+        UTrace::Info("%s", text.c_str());
+    }
+    EXPECT_LT(GetTickCount() - start, 1500u);
+}
+
+}  // namespace
