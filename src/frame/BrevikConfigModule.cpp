@@ -12,7 +12,7 @@ namespace {
 constexpr const WCHAR* kSiblingLibrary = WIDE("VelmarHTTPClient13.dll");
 
 // Two threads that changed the current folder at once would each put back what the other had set.
-constinit std::mutex load_lock;
+std::mutex load_lock;
 
 }  // namespace
 
