@@ -1,0 +1,21 @@
+// The temporary folder of a run: two machines, with and without the sibling library, and a runtime
+// folder in which no viewer runs.
+#pragma once
+
+#include <filesystem>
+
+class BenchMachine {
+  public:
+    // Makes the folders, and points the environment of this process and its children at the machine
+    // with the sibling. Throws on failure.
+    BenchMachine();
+    BenchMachine(const BenchMachine&) = delete;
+    BenchMachine& operator=(const BenchMachine&) = delete;
+    ~BenchMachine();
+
+    // For the children that are started from now on.
+    void UseSibling(bool present) const;
+
+  private:
+    std::filesystem::path root_;
+};

@@ -1,0 +1,82 @@
+#include "subject_runner.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <stdexcept>
+#include <string_view>
+
+#include "subjects.h"
+
+namespace {
+
+struct Subject {
+    std::string_view name;
+    void (*registration)();
+};
+constexpr Subject kSubjects[] = {
+    {"language-with-sibling", RegisterLanguageWithSibling},
+    {"language-without-sibling", RegisterLanguageWithoutSibling},
+    {"trace", RegisterTrace},
+    {"trace-filter", RegisterTraceFilter},
+    {"cookie-read", RegisterCookieRead},
+    {"cookie-write", RegisterCookieWrite},
+};
+
+// Collects the time of one iteration from every repetition, under the benchmark's name.
+class Collector : public benchmark::BenchmarkReporter {
+  public:
+    bool ReportContext(const Context&) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            failed = failed || run.error_occurred;
+            if (run.run_type == Run::RT_Iteration) {
+                figures[run.run_name.function_name].push_back(
+                    Nanoseconds(run.GetAdjustedRealTime()));
+            }
+        }
+    }
+
+    bool failed = false;
+    std::map<std::string, std::vector<Nanoseconds>> figures;
+};
+
+}  // namespace
+
+int RunSubject(const std::string& name) {
+    for (const Subject& subject : kSubjects) {
+        if (subject.name != name) {
+            continue;
+        }
+        subject.registration();
+        // The repetitions of the two take turns, so that a slow moment of the host hits both.
+        const char* arguments[] = {"brevik_bench", "--benchmark_repetitions=21",
+                                   "--benchmark_min_time=0.02",
+                                   "--benchmark_enable_random_interleaving=true"};
+        int count = static_cast<int>(std::size(arguments));
+        benchmark::Initialize(&count, const_cast<char**>(arguments));
+        Collector collector;
+        benchmark::RunSpecifiedBenchmarks(&collector);
+        if (collector.failed || collector.figures.size() != 2) {
+            return 1;
+        }
+        std::printf("%.3f %.3f\n", Median(collector.figures["ours"]).count(),
+                    Median(collector.figures["peer"]).count());
+        return 0;
+    }
+    return 1;
+}
+
+Figures MeasureSubject(const std::string& name) {
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+    const std::string output = OutputOf({self, "--subject", name});
+    double ours = 0;
+    double peer = 0;
+    if (std::sscanf(output.c_str(), "%lf %lf", &ours, &peer) != 2) {
+        throw std::runtime_error("the subject " + name + " gave no figures");
+    }
+    return {Nanoseconds(ours), Nanoseconds(peer)};
+}
