@@ -32,6 +32,15 @@ PLATFORM_API HRESULT CoInitialize(void* reserved);
 // Undoes one entry of the calling thread; without one, nothing.
 PLATFORM_API void CoUninitialize();
 
+inline constexpr DWORD CLSCTX_INPROC_SERVER = 0x1;
+
+class IUnknown;
+
+// Makes an object of a class that the system knows. CO_E_NOTINITIALIZED on a thread in no
+// apartment, REGDB_E_CLASSNOTREG for a class that is not known; the out argument is then null.
+PLATFORM_API HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID iid,
+                                      void** object);
+
 // Memory that passes between caller and callee. A size of 0 gives a block too; null on exhaustion.
 PLATFORM_API void* CoTaskMemAlloc(std::size_t size);
 

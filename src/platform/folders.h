@@ -26,6 +26,14 @@ PLATFORM_API DWORD GetCurrentDirectoryW(DWORD size, WCHAR* path);
 // Errors: 2 for a missing folder, 267 for a file, 3 for a missing drive, 123 for an empty path.
 PLATFORM_API BOOL SetCurrentDirectoryW(const WCHAR* path);
 
+// The full path of a path, see posix/paths.h; no disk is asked. Result: its length without the NUL,
+// or the size needed with it where it does not fit; 0 for an empty path, the last error as it was.
+// `filePart` may be null.
+PLATFORM_API DWORD GetFullPathNameW(const WCHAR* path, DWORD size, WCHAR* buffer, WCHAR** filePart);
+
+// The folder for temporary files, with its trailing backslash. Results as above.
+PLATFORM_API DWORD GetTempPathW(DWORD size, WCHAR* path);
+
 // Looks for a file in the folders of `path` (separated by semicolons), or, with null, in the order
 // in which LoadLibraryExW looks for a bare name. Result: the length of the full path without the
 // NUL, the size needed with it where it does not fit, or 0 with error 2. `filePart` receives the

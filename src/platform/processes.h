@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/errors.h"
+#include "platform/handles.h"
 #include "platform/modules.h"
 #include "platform/types.h"
 
@@ -15,7 +16,6 @@
 namespace brevik::platform {
 
 inline constexpr DWORD TH32CS_SNAPPROCESS = 0x2;
-inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
 
 struct PROCESSENTRY32W {
     DWORD dwSize;
@@ -46,9 +46,6 @@ PLATFORM_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD process);
 // The path of a process's executable (module null). Result: its length without the NUL, cut to
 // `size` like GetModuleFileNameW; 0 when it cannot be had.
 PLATFORM_API DWORD GetModuleFileNameExW(HANDLE process, HMODULE module, WCHAR* path, DWORD size);
-
-// Closes a handle of this header or of any other; 0 with error 6 for what is none.
-PLATFORM_API BOOL CloseHandle(HANDLE handle);
 
 }  // namespace brevik::platform
 

@@ -1,0 +1,63 @@
+// Times of files, the system's calendar time, and the zone of the machine.
+#pragma once
+
+#include <ctime>
+
+#include "platform/clock.h"
+#include "platform/errors.h"
+#include "platform/types.h"
+
+#ifndef _WIN32
+
+namespace brevik::platform {
+
+// 100-nanosecond steps since 1601 in Coordinated Universal Time, in two halves.
+struct FILETIME {
+    DWORD dwLowDateTime;
+    DWORD dwHighDateTime;
+};
+
+// A date and time by its fields; wDayOfWeek is 0 for Sunday.
+struct SYSTEMTIME {
+    WORD wYear;
+    WORD wMonth;
+    WORD wDayOfWeek;
+    WORD wDay;
+    WORD wHour;
+    WORD wMinute;
+    WORD wSecond;
+    WORD wMilliseconds;
+};
+
+inline constexpr DWORD TIME_ZONE_ID_UNKNOWN = 0;
+inline constexpr DWORD TIME_ZONE_ID_STANDARD = 1;
+inline constexpr DWORD TIME_ZONE_ID_DAYLIGHT = 2;
+inline constexpr DWORD TIME_ZONE_ID_INVALID = 0xFFFFFFFF;
+
+// Biases are minutes to add to local time for Coordinated Universal Time.
+struct TIME_ZONE_INFORMATION {
+    LONG Bias;
+    WCHAR StandardName[32];
+    SYSTEMTIME StandardDate;
+    LONG StandardBias;
+    WCHAR DaylightName[32];
+    SYSTEMTIME DaylightDate;
+    LONG DaylightBias;
+};
+
+// The zone in force now: which of its two times is in force, or that it has but one.
+PLATFORM_API DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* information);
+PLATFORM_API void GetLocalTime(SYSTEMTIME* time);
+
+// These two shift by the zone's offset that is in force now, whatever the time shifted.
+PLATFORM_API BOOL FileTimeToLocalFileTime(const FILETIME* time, FILETIME* local);
+PLATFORM_API BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* time);
+
+// Years from 1601 to 30827. False with error 87 for a time or fields beyond; wDayOfWeek is not
+// looked at on the way in.
+PLATFORM_API BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* fields);
+PLATFORM_API BOOL SystemTimeToFileTime(const SYSTEMTIME* fields, FILETIME* time);
+
+}  // namespace brevik::platform
+
+#endif

@@ -1,0 +1,18 @@
+// Handles of the system's objects: files, listings, processes and snapshots of them.
+#pragma once
+
+#include "platform/errors.h"
+#include "platform/types.h"
+
+#ifndef _WIN32
+
+namespace brevik::platform {
+
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
+
+// False with error 6 for what is no handle.
+PLATFORM_API BOOL CloseHandle(HANDLE handle);
+
+}  // namespace brevik::platform
+
+#endif

@@ -1,0 +1,65 @@
+// The registry: a tree of keys with values, which all programs of the machine share.
+//
+// Off Windows it is the file registry.reg of the machine, in the standard text export form; see
+// docs/machine-folder.md. Results are error numbers; GetLastError is left as it was. Any thread; a
+// handle may be used by several.
+#pragma once
+
+#include "platform/errors.h"
+#include "platform/file_times.h"
+#include "platform/types.h"
+
+#ifdef _WIN32
+
+#include <winreg.h>
+
+#else
+
+namespace brevik::platform {
+
+using HKEY = struct RegistryKeyHandle*;
+using REGSAM = DWORD;
+
+inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::uintptr_t{0x80000000});
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::uintptr_t{0x80000001});
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::uintptr_t{0x80000002});
+
+inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
+inline constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 0x0008;
+inline constexpr REGSAM KEY_READ = 0x20019;
+inline constexpr REGSAM KEY_WOW64_64KEY = 0x0100;
+inline constexpr REGSAM KEY_WOW64_32KEY = 0x0200;
+
+inline constexpr DWORD REG_NONE = 0;
+inline constexpr DWORD REG_SZ = 1;
+inline constexpr DWORD REG_EXPAND_SZ = 2;
+inline constexpr DWORD REG_BINARY = 3;
+inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_MULTI_SZ = 7;
+inline constexpr DWORD REG_QWORD = 11;
+
+// Opens a key below another, its path without regard to case. 2 when it is missing, 161 for a path
+// that begins with a backslash, 6 for a parent that is none. A path under SOFTWARE is looked for
+// below SOFTWARE\Wow6432Node first and then as it stands, with KEY_WOW64_64KEY as it stands alone.
+PLATFORM_API LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD options, REGSAM access,
+                                HKEY* key);
+PLATFORM_API LONG RegCloseKey(HKEY key);
+
+// The name of a sub key by its place in the order of upper-cased code units. `length` is the
+// buffer's size in units, and receives the length without the NUL. 259 behind the last, 234 when
+// the buffer is too small.
+PLATFORM_API LONG RegEnumKeyExW(HKEY key, DWORD index, WCHAR* name, DWORD* length, DWORD* reserved,
+                                WCHAR* className, DWORD* classLength, FILETIME* lastWrite);
+
+// A value's type and bytes; `size` is the buffer's size in bytes and receives that of the value. 2
+// for a missing value, 234 with the size needed when the buffer is too small. A text that was
+// stored without its NUL gets one where there is room. The narrow form gives texts in the narrow
+// code page.
+PLATFORM_API LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,
+                                   BYTE* data, DWORD* size);
+PLATFORM_API LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type,
+                                   BYTE* data, DWORD* size);
+
+}  // namespace brevik::platform
+
+#endif

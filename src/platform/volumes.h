@@ -1,0 +1,36 @@
+// Volumes: the media behind drives and shares.
+//
+// Off Windows a drive is a folder of the machine; size and free space are those of the host's file
+// system there. What the host cannot know stands in the machine's registry, see
+// docs/machine-folder.md.
+#pragma once
+
+#include "platform/errors.h"
+#include "platform/types.h"
+
+#ifndef _WIN32
+
+namespace brevik::platform {
+
+inline constexpr UINT DRIVE_UNKNOWN = 0;
+inline constexpr UINT DRIVE_NO_ROOT_DIR = 1;
+inline constexpr UINT DRIVE_REMOVABLE = 2;
+inline constexpr UINT DRIVE_FIXED = 3;
+inline constexpr UINT DRIVE_REMOTE = 4;
+inline constexpr UINT DRIVE_CDROM = 5;
+
+union ULARGE_INTEGER {
+    ULONGLONG QuadPart;
+};
+
+// Asks about the volume with this root, which ends in a backslash. Each out pointer may be null.
+PLATFORM_API BOOL GetVolumeInformationW(const WCHAR* root, WCHAR* label, DWORD labelSize,
+                                        DWORD* serial, DWORD* maximumNameLength, DWORD* flags,
+                                        WCHAR* fileSystem, DWORD fileSystemSize);
+PLATFORM_API UINT GetDriveTypeW(const WCHAR* root);
+PLATFORM_API BOOL GetDiskFreeSpaceExW(const WCHAR* folder, ULARGE_INTEGER* freeForCaller,
+                                      ULARGE_INTEGER* total, ULARGE_INTEGER* free);
+
+}  // namespace brevik::platform
+
+#endif
