@@ -1,0 +1,52 @@
+// Named values inside the cookies of a domain.
+//
+// An object reads the cookies of its URL from the store anew for each operation, and writes them
+// back whole; it keeps nothing of its own. It belongs to one thread at a time, and each has its own
+// domain, so that threads with different domains never see each other's cookies.
+//
+// Two writers of one cookie do not exclude each other: the later store wins for the whole cookie.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "cookies/StorageParser.h"
+#include "text/StringConversions.h"
+
+class StorageManager {
+  public:
+    // The domain is the one that was set last in the process.
+    StorageManager();
+
+    // With a parser of the caller's.
+    explicit StorageManager(std::shared_ptr<StorageParser> parser);
+
+    virtual ~StorageManager();
+
+    // Makes `domain`, a host name without a scheme, the domain of this object and of those made
+    // from now on. Always 0.
+    std::int32_t SetDomain(const Utf8String& domain);
+
+    // Fills the parser with all cookies of the URL; `name` is not looked at. Always 0: a store
+    // without them is no failure.
+    std::int32_t ReadCookie(const std::string& url, const std::string& name);
+
+    // The value of a key in the cookie `name`, "-1" where it is empty or missing. 0, or the HRESULT
+    // of a component-model failure.
+    std::int32_t GetValue(const Utf8String& name, const Utf8String& key, Utf8String& value);
+
+    // Stores a value in the first cookie, in byte order, whose name contains `name`, or in a new
+    // one. 0; the HRESULT of a component-model failure; or 1, with the reason on the trace and the
+    // store as it was, when the store failed or the value would not read back as it was given.
+    std::int32_t SetValue(const Utf8String& name, const Utf8String& key, const Utf8String& value);
+
+  private:
+    void TakeDomain(const std::string& domain);
+    const char* ReasonToRefuse(const Utf8String& name, const Utf8String& key,
+                               const Utf8String& value) const;
+
+    std::shared_ptr<StorageParser> parser_;
+    Utf8String domain_;
+    Utf8String url_;
+};

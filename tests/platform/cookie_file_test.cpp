@@ -1,0 +1,129 @@
+// The cookie file on the disk: what stays in it, and how it is replaced.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "support/cookie_machine.h"
+#include "support/test_machine.h"
+
+namespace {
+
+constexpr const char* kUrl = "http://www.example.test";
+constexpr const char* kRow = ".www.example.test\tTRUE\t/\tFALSE\t0\ta\t1\n";
+
+class CookieFileOnDisk : public CookieMachine {};
+
+bool Set(const char* text) {
+    return InternetSetCookieA(kUrl, nullptr, text) != FALSE;
+}
+
+unsigned Mode(const std::string& path) {
+    struct stat status = {};
+    EXPECT_EQ(lstat(path.c_str(), &status), 0);
+    return status.st_mode & 07777;
+}
+
+TEST_F(CookieFileOnDisk, ANewFileIsTheOwnersAloneAndBearsTheHead) {
+    ASSERT_TRUE(Set("a=1"));
+    EXPECT_EQ(ReadCookieFile(), std::string("# Netscape HTTP Cookie File\n") + kRow);
+    EXPECT_EQ(Mode(CookieFilePath()), 0600u);
+    EXPECT_FALSE(std::filesystem::exists(CookieFilePath() + ".new"));
+}
+
+TEST_F(CookieFileOnDisk, LinesThatAreNotUnderstoodStayInTheirPlaces) {
+    const std::string strange[] = {
+        std::string("\xEF\xBB\xBF# Netscape HTTP Cookie File\r\n"),
+        "\r\n",
+        "#HttpOnly_ broken line\n",
+        "example.test\tTRUE\t/\tFALSE\t0\r\n",
+        "example.test\tmaybe\t/\tFALSE\t0\tn\tv\n",
+        std::string("example.test\tTRUE\t/\tFALSE\t0\tn\tnul\0here\n", 42),
+        "example.test\tTRUE\t/\tFALSE\t0\tn\tseven\ttabs\n",
+        "\tTRUE\t/\tFALSE\t0\tno domain\tv\n",
+        "# the last line has no end",
+    };
+    std::string before;
+    for (const std::string& line : strange) {
+        before += line;
+    }
+    WriteCookieFile(before);
+    ASSERT_TRUE(Set("a=0"));
+    ASSERT_TRUE(Set("a=1"));
+    EXPECT_EQ(ReadCookieFile(), before + "\n" + kRow);
+    ASSERT_TRUE(Set("a=1;max-age=0"));
+    EXPECT_EQ(ReadCookieFile(), before + "\n");
+}
+
+TEST_F(CookieFileOnDisk, OtherCookiesStayByteForByte) {
+    const std::string other = "Www.Example.Test\tTRUE\t/\tFALSE\t1700000000.5\tb\t2\r\n";
+    WriteCookieFile(other + ".www.example.test\tTRUE\t/\tFALSE\t0\ta\told\r\n" + other);
+    ASSERT_TRUE(Set("a=1"));
+    EXPECT_EQ(ReadCookieFile(), other + other + kRow);
+}
+
+TEST_F(CookieFileOnDisk, ALinkStaysAndItsTargetIsReplaced) {
+    const std::filesystem::path folder = TestMachine::ScratchFolder() / "elsewhere";
+    std::filesystem::create_directories(folder);
+    std::filesystem::create_symlink("real.txt", folder / "second");
+    std::filesystem::create_symlink(folder / "second", CookieFilePath());
+    ASSERT_TRUE(Set("a=0")) << "the target is missing at first";
+    ASSERT_TRUE(Set("a=1"));
+    EXPECT_TRUE(std::filesystem::is_symlink(CookieFilePath()));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "second"));
+    EXPECT_EQ(Mode((folder / "real.txt").string()), 0600u);
+    EXPECT_THAT(ReadCookieFile(), testing::EndsWith(kRow));
+    EXPECT_EQ(VisibleCookies(kUrl), "a=1");
+}
+
+TEST_F(CookieFileOnDisk, WhatCannotBeReadIsNotReplaced) {
+    const std::string path = CookieFilePath();
+    DWORD size = 0;
+    std::filesystem::create_directory(path);
+    EXPECT_FALSE(Set("a=1"));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(InternetGetCookieA(kUrl, nullptr, nullptr, &size));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    std::filesystem::remove(path);
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    EXPECT_FALSE(Set("a=1"));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(std::filesystem::is_fifo(path));
+}
+
+TEST_F(CookieFileOnDisk, AWriteThatFailsLeavesTheFileAndNoOther) {
+    WriteCookieFile(kRow);
+    // The limit is below the file's size: the new file cannot be written to its end.
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {20, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_FALSE(Set("b=2"));
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    setrlimit(RLIMIT_FSIZE, &before);
+    signal(SIGXFSZ, handler);
+    EXPECT_EQ(ReadCookieFile(), kRow);
+    EXPECT_FALSE(std::filesystem::exists(CookieFilePath() + ".new"));
+}
+
+TEST_F(CookieFileOnDisk, AStoreThatChangesNothingWritesNothing) {
+    ASSERT_TRUE(Set("a=1"));
+    struct stat before;
+    struct stat after;
+    ASSERT_EQ(stat(CookieFilePath().c_str(), &before), 0);
+    ASSERT_TRUE(Set("a=1"));
+    ASSERT_TRUE(Set("unknown=1;max-age=0"));
+    ASSERT_EQ(stat(CookieFilePath().c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+}
+
+}  // namespace

@@ -1,0 +1,208 @@
+#include "cookie.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "brevikconfig.h"
+#include "cookies/CookieValues.h"
+#include "platform/posix/cookie_file.h"
+#include "platform/posix/host_text.h"
+#include "platform/posix/shared_text_file.h"
+#include "terminal.h"
+
+namespace {
+
+struct Options {
+    std::string domain;
+    std::string cookie = CookieValues::kSuiteCookie;
+    std::string key;
+    std::string value;
+    bool json = false;
+};
+
+// The library answers this where there is no value.
+constexpr const char* kMissing = "-1";
+
+std::u16string Wide(const std::string& text) {
+    std::u16string wide = WideFromUtf8(text);
+    if (Utf8FromWide(wide) != text) {
+        throw std::runtime_error("'" + SafeText(text) + "' is no UTF-8 text");
+    }
+    return wide;
+}
+
+std::string Quoted(const std::string& text) {
+    return "'" + SafeText(text) + "'";
+}
+
+std::string Place(const Options& options) {
+    return "in the cookie " + Quoted(options.cookie) + " of " + Quoted(options.domain);
+}
+
+// A value that goes to a file or another program is given as it is.
+void Print(const std::string& value) {
+    std::printf("%s\n", isatty(STDOUT_FILENO) == 1 ? SafeText(value).c_str() : value.c_str());
+}
+
+void Get(const Options& options) {
+    bvkc_wchar* block = nullptr;
+    const std::int32_t result =
+        bvkc_VCM_ReadCookieValue(Wide(options.domain).c_str(), Wide(options.cookie).c_str(),
+                                 Wide(options.key).c_str(), &block);
+    const std::string value = block == nullptr ? "" : Utf8FromWide(block);
+    CoTaskMemFree(block);
+    if (result != 0) {
+        throw std::runtime_error("reading " + Place(options) + " failed with result " +
+                                 std::to_string(result) + "; brevikctl trace shows why");
+    }
+    if (value == kMissing) {
+        throw std::runtime_error("no value " + Quoted(options.key) + " " + Place(options) +
+                                 "\nTry: brevikctl cookie list --domain " +
+                                 SafeText(options.domain));
+    }
+    Print(value);
+}
+
+void Set(const Options& options) {
+    const std::int32_t result =
+        bvkc_VCM_WriteCookieValue(Wide(options.domain).c_str(), Wide(options.cookie).c_str(),
+                                  Wide(options.key).c_str(), Wide(options.value).c_str());
+    if (result != 0) {
+        throw std::runtime_error(
+            "the value " + Quoted(options.key) + " was not stored " + Place(options) +
+            "\nIt may not be empty nor hold '&', ';' or a control character; a key may not hold "
+            "'='.\nbrevikctl trace in another window shows the reason.");
+    }
+}
+
+std::string Time(std::int64_t seconds) {
+    const std::time_t time = seconds;
+    std::tm date;
+    char text[64];
+    if (gmtime_r(&time, &date) == nullptr ||
+        std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &date) == 0) {
+        return "never";
+    }
+    return text;
+}
+
+std::string Flags(const CookieRow& row) {
+    std::string flags = row.includesSubdomains ? "" : "host-only ";
+    flags += row.isSecure ? "secure " : "";
+    flags += row.isHttpOnly ? "httponly " : "";
+    flags += row.IsExpired(std::time(nullptr)) ? "expired " : "";
+    return flags.empty() ? "-" : flags.substr(0, flags.size() - 1);
+}
+
+using Columns = std::array<std::string, 6>;
+
+// A terminal counts characters, and a byte that continues one takes no place of its own.
+std::size_t Width(const std::string& text) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(text, [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
+void PrintTable(const std::vector<CookieRow>& rows) {
+    std::vector<Columns> table = {{"DOMAIN", "PATH", "FLAGS", "EXPIRES", "NAME", "VALUE"}};
+    for (const CookieRow& row : rows) {
+        table.push_back({SafeText(row.domain), SafeText(row.path), Flags(row),
+                         row.expires == 0 ? "session" : Time(row.expires), SafeText(row.name),
+                         row.isHttpOnly ? "(hidden)" : SafeText(row.value)});
+    }
+    std::array<std::size_t, 6> widths = {};
+    for (const Columns& line : table) {
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            widths[i] = std::max(widths[i], Width(line[i]));
+        }
+    }
+    for (const Columns& line : table) {
+        std::string text;
+        for (std::size_t i = 0; i + 1 < line.size(); ++i) {
+            text += line[i] + std::string(widths[i] - Width(line[i]) + 2, ' ');
+        }
+        std::printf("%s%s\n", text.c_str(), line.back().c_str());
+    }
+}
+
+std::string ToJson(const CookieRow& row) {
+    const auto flag = [](bool value) { return value ? "true" : "false"; };
+    std::string json = "{\"domain\":" + JsonString(row.domain);
+    json += std::string(",\"includesSubdomains\":") + flag(row.includesSubdomains);
+    json += ",\"path\":" + JsonString(row.path);
+    json += std::string(",\"secure\":") + flag(row.isSecure);
+    json += std::string(",\"httpOnly\":") + flag(row.isHttpOnly);
+    json += ",\"expires\":" + (row.expires == 0 ? "null" : std::to_string(row.expires));
+    json += ",\"name\":" + JsonString(row.name);
+    json += ",\"value\":" + (row.isHttpOnly ? "null" : JsonString(row.value));
+    return json + "}";
+}
+
+void List(const Options& options) {
+    const std::string path = CookieFilePath();
+    std::string text;
+    const DWORD error = path.empty() ? ERROR_PATH_NOT_FOUND : SharedTextFile(path).Read(&text);
+    if (error != NO_ERROR) {
+        throw std::runtime_error("the cookie store " + Quoted(path) + " cannot be read, error " +
+                                 std::to_string(error));
+    }
+    std::vector<CookieRow> rows = CookieFile(text).Rows();
+    const std::string host = LowerAscii(options.domain);
+    std::erase_if(rows, [&host](const CookieRow& row) {
+        return !host.empty() &&
+               !(row.includesSubdomains ? IsHostWithin(host, row.domain) : host == row.domain);
+    });
+    if (options.json) {
+        for (const CookieRow& row : rows) {
+            std::printf("%s\n", ToJson(row).c_str());
+        }
+    } else if (!rows.empty()) {
+        PrintTable(rows);
+    } else {
+        std::fprintf(stderr, "brevikctl: no cookies in %s\n", SafeText(path).c_str());
+    }
+}
+
+// Adds a command with options of its own.
+CLI::App* AddCommand(CLI::App* parent, const char* name, const char* description,
+                     void (*run)(const Options&), const std::shared_ptr<Options>& options) {
+    CLI::App* command = parent->add_subcommand(name, description);
+    command->callback([run, options] { run(*options); });
+    return command;
+}
+
+void AddValueOptions(CLI::App* command, const std::shared_ptr<Options>& options) {
+    options->domain = CookieValues::kSuiteDomain;
+    command->add_option("--domain", options->domain, "Host name of the cookie")
+        ->capture_default_str();
+    command->add_option("--cookie", options->cookie, "Name of the cookie")->capture_default_str();
+    command->add_option("KEY", options->key, "Name of the value in the cookie")->required();
+}
+
+}  // namespace
+
+void AddCookieCommands(CLI::App& app) {
+    CLI::App* cookie = app.add_subcommand("cookie", "Values in the user's web cookies");
+    cookie->require_subcommand(1);
+
+    const auto get = std::make_shared<Options>();
+    AddValueOptions(AddCommand(cookie, "get", "Print a value", Get, get), get);
+
+    const auto set = std::make_shared<Options>();
+    CLI::App* setCommand = AddCommand(cookie, "set", "Store a value for half a year", Set, set);
+    AddValueOptions(setCommand, set);
+    setCommand->add_option("VALUE", set->value, "The value; behind -- where it begins with a dash")
+        ->required();
+
+    const auto list = std::make_shared<Options>();
+    CLI::App* listCommand = AddCommand(cookie, "list", "Show the cookies of the store", List, list);
+    listCommand->add_option("--domain", list->domain, "Only those that are sent to this host");
+    listCommand->add_flag("--json", list->json, "One JSON object a line");
+}
