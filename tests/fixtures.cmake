@@ -31,3 +31,15 @@ foreach(test test_platform test_text)
         add_dependencies(${test} message_library)
     endif()
 endforeach()
+
+# Libraries to load, and a host that tells what the platform finds.
+add_library(plain_library SHARED fixtures/plain_library.c)
+add_library(dependent_library MODULE fixtures/dependent_library.c)
+target_link_libraries(dependent_library PRIVATE plain_library)
+set_target_properties(plain_library dependent_library PROPERTIES
+    PREFIX "" BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN")
+add_executable(platform_probe fixtures/platform_probe.cpp)
+target_link_libraries(platform_probe PRIVATE brevikplatform)
+if(TARGET test_platform)
+    add_dependencies(test_platform plain_library dependent_library platform_probe)
+endif()

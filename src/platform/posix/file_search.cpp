@@ -35,7 +35,7 @@ bool IsRegularFile(const std::string& path) {
 
 // Path of the regular file of this name in a folder that stat has just told of; else empty.
 std::string FindIn(const std::string& folder, const struct stat& status, const FoldedName& name) {
-    const std::optional<std::string> found = FindName(folder, status, name);
+    const std::optional<std::string> found = FindName(folder, status, name).name;
     if (!found) {
         return {};
     }
@@ -77,17 +77,29 @@ std::string FindInCurrentFolder(const FoldedName& name) {
     return folder && *folder == '/' ? folder.get() + found.substr(1) : std::string();
 }
 
+// Whether an entry of PATH stands there more than once, and this is not the first.
+bool IsRepeated(std::string_view path, std::string_view entry) {
+    for (std::size_t start = 0; path.data() + start != entry.data();) {
+        const std::size_t colon = path.find(':', start);
+        if (path.substr(start, colon - start) == entry) {
+            return true;
+        }
+        start = colon + 1;
+    }
+    return false;
+}
+
 std::string FindInPath(const FoldedName& name) {
     const char* variable = EnvironmentVariable("PATH");
-    std::string_view rest = variable != nullptr ? variable : "";
+    const std::string_view path = variable != nullptr ? variable : "";
     std::string folder;
-    while (!rest.empty()) {
-        const std::size_t colon = rest.find(':');
-        folder = rest.substr(0, colon);
-        rest.remove_prefix(colon == std::string_view::npos ? rest.size() : colon + 1);
-        if (!folder.starts_with('/')) {
+    for (std::size_t start = 0; start < path.size();) {
+        const std::string_view entry = path.substr(start, path.find(':', start) - start);
+        start += entry.size() + 1;
+        if (!entry.starts_with('/') || IsRepeated(path, entry)) {
             continue;
         }
+        folder = entry;
         std::string found = FindIn(folder, name);
         if (!found.empty()) {
             return found;

@@ -150,25 +150,25 @@ bool StampsItsFolders(int folder) {
 }
 
 // Reads the folder for the name, and keeps what it read where that stays true.
-std::optional<std::string> Scan(const std::string& path, const FoldedName& name) {
+NameInFolder Scan(const std::string& path, const FoldedName& name) {
     timespec start;
     clock_gettime(CLOCK_REALTIME, &start);
     const ScopedFolder folder(opendir(path.c_str()));
     struct stat status;
     if (!folder || fstat(dirfd(folder.get()), &status) != 0) {
-        return std::nullopt;
+        return {};
     }
     const FolderStamp stamp(status);
     std::shared_ptr<Listing> listing;
     if (stamp.IsSettledAt(start)) {
         listing = std::make_shared<Listing>(stamp, StampsItsFolders(dirfd(folder.get())));
     }
-    std::optional<std::string> best;
+    NameInFolder best;
     while (const dirent* entry = readdir(folder.get())) {
         const std::string_view candidate = entry->d_name;
         const std::u16string folded = FoldHostName(candidate);
-        if (folded == name.Folded() && IsBetter(candidate, best, name.Name())) {
-            best = candidate;
+        if (folded == name.Folded() && IsBetter(candidate, best.name, name.Name())) {
+            best.name = candidate;
         }
         if (listing && listing->Size() == kMostNamesOfFolder) {
             listing = nullptr;
@@ -177,6 +177,7 @@ std::optional<std::string> Scan(const std::string& path, const FoldedName& name)
         }
     }
     if (listing) {
+        best.lasting = listing->IsComplete();
         ListingCache::Current().Keep(std::move(listing));
     }
     return best;
@@ -211,22 +212,22 @@ bool FolderStamp::IsSettledAt(const timespec& moment) const {
 FoldedName::FoldedName(std::string_view name)
     : name_(name), folded_(Fold(WideFromUtf8(name))), hash_(HashOf(folded_)) {}
 
-std::optional<std::string> FindName(const std::string& folder, const struct stat& status,
-                                    const FoldedName& name) {
+NameInFolder FindName(const std::string& folder, const struct stat& status,
+                      const FoldedName& name) {
     if (!S_ISDIR(status.st_mode)) {
-        return std::nullopt;
+        return {};
     }
     const std::shared_ptr<const Listing> listing =
         ListingCache::Current().Find(FolderStamp(status));
     if (listing && listing->IsComplete()) {
-        return listing->Find(name);
+        return {listing->Find(name), true};
     }
     // A symbolic link that leads nowhere is a name of the folder too.
     struct stat exact;
     if (lstat((folder + '/' + name.Name()).c_str(), &exact) == 0) {
-        return name.Name();
+        return {name.Name()};
     }
-    return listing ? listing->Find(name) : Scan(folder, name);
+    return listing ? NameInFolder{listing->Find(name)} : Scan(folder, name);
 }
 
 }  // namespace brevik::platform

@@ -48,9 +48,17 @@ class PLATFORM_API FoldedName {
     std::size_t hash_;
 };
 
+// What FindName found.
+struct NameInFolder {
+    std::optional<std::string> name;
+
+    // Whether the answer holds for as long as the folder has the stamp of `status`.
+    bool lasting = false;
+};
+
 // The name in `folder` that is `name`, or else the first in byte order that is the same but for
 // case. `status` is what stat has just told of the folder.
-PLATFORM_API std::optional<std::string> FindName(const std::string& folder,
-                                                 const struct stat& status, const FoldedName& name);
+PLATFORM_API NameInFolder FindName(const std::string& folder, const struct stat& status,
+                                   const FoldedName& name);
 
 }  // namespace brevik::platform

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -215,41 +216,113 @@ bool IsMissing(int hostError) {
     return hostError == ENOENT || hostError == ENOTDIR;
 }
 
-// Looks up a place that is not there as it is spelled.
-HostFile FindWithoutCase(const HostPlace& place) {
-    // The longest part that is there as spelled.
+// A folder in the state in which it was looked into.
+struct SeenFolder {
+    std::string path;
+    FolderStamp stamp;
+
+    bool IsUnchanged() const {
+        struct stat status;
+        return stat(path.c_str(), &status) == 0 && FolderStamp(status) == stamp;
+    }
+};
+
+bool AreUnchanged(const std::vector<SeenFolder>& folders) {
+    return std::all_of(folders.begin(), folders.end(),
+                       [](const SeenFolder& folder) { return folder.IsUnchanged(); });
+}
+
+// A lookup that found nothing, and the folders on whose state that rests.
+struct Miss {
     HostFile file;
+    std::vector<SeenFolder> folders;
+};
+
+// Paths that are looked for again and again while they are missing.
+class MissCache {
+  public:
+    static MissCache& Current() {
+        static MissCache& cache = *new MissCache;
+        return cache;
+    }
+
+    // Null where the path may be there by now.
+    std::shared_ptr<const Miss> Find(const std::string& path) {
+        std::shared_ptr<const Miss> miss;
+        {
+            const std::lock_guard lock(mutex_);
+            const auto found = misses_.find(path);
+            if (found != misses_.end()) {
+                miss = found->second;
+            }
+        }
+        return miss && AreUnchanged(miss->folders) ? miss : nullptr;
+    }
+
+    void Keep(const std::string& path, Miss miss) {
+        constexpr std::size_t kMostMisses = 256;
+        auto kept = std::make_shared<const Miss>(std::move(miss));
+        const std::lock_guard lock(mutex_);
+        if (misses_.size() >= kMostMisses) {
+            misses_.clear();
+        }
+        misses_[path] = std::move(kept);
+    }
+
+  private:
+    std::mutex mutex_;
+    std::unordered_map<std::string, std::shared_ptr<const Miss>> misses_;
+};
+
+// Finds the longest part of the place that is there as spelled. Result: its length, or 0 with the
+// error in `file`.
+std::size_t FindSpelledPart(const HostPlace& place, HostFile& file) {
     std::size_t end = place.path.rfind('/');
     for (;; end = place.path.rfind('/', end - 1)) {
         file.path = place.path.substr(0, end);
         if (stat(file.path.c_str(), &file.status) == 0) {
-            break;
+            return end;
         }
         if (!IsMissing(errno) || end <= place.top) {
             file.error = IsMissing(errno) ? MissingError(place, place.root) : ErrorFromHost(errno);
             file.path.clear();
-            return file;
+            return 0;
         }
     }
-    while (end < place.path.size()) {
+}
+
+// Looks up a place that is not there as it is spelled.
+HostFile FindWithoutCase(const HostPlace& place) {
+    Miss miss;
+    HostFile& file = miss.file;
+    std::size_t end = FindSpelledPart(place, file);
+    bool lasting = true;
+    while (end != 0 && end < place.path.size()) {
         const std::size_t start = end + 1;
         end = std::min(place.path.find('/', start), place.path.size());
         const FoldedName name(std::string_view(place.path).substr(start, end - start));
         const bool inFolder = S_ISDIR(file.status.st_mode);
-        const std::optional<std::string> found = FindName(file.path, file.status, name);
+        const NameInFolder found = FindName(file.path, file.status, name);
+        lasting = lasting && found.lasting;
+        miss.folders.push_back({file.path, FolderStamp(file.status)});
         file.path += '/';
-        file.path += found ? *found : name.Name();
-        if (!found || stat(file.path.c_str(), &file.status) != 0) {
-            const bool missing = !found || IsMissing(errno);
-            file.error = missing ? MissingError(place, end) : ErrorFromHost(errno);
-            if (!inFolder && file.error == ERROR_FILE_NOT_FOUND) {
-                file.error = ERROR_PATH_NOT_FOUND;
-            }
-            if (file.error != ERROR_FILE_NOT_FOUND) {
-                file.path.clear();
-            }
-            return file;
+        file.path += found.name ? *found.name : name.Name();
+        if (found.name && stat(file.path.c_str(), &file.status) == 0) {
+            continue;
         }
+        const bool missing = !found.name || IsMissing(errno);
+        file.error = missing ? MissingError(place, end) : ErrorFromHost(errno);
+        if (!inFolder && file.error == ERROR_FILE_NOT_FOUND) {
+            file.error = ERROR_PATH_NOT_FOUND;
+        }
+        if (file.error != ERROR_FILE_NOT_FOUND) {
+            file.path.clear();
+        }
+        HostFile result = file;
+        if (lasting && !found.name) {
+            MissCache::Current().Keep(place.path, std::move(miss));
+        }
+        return result;
     }
     return file;
 }
@@ -267,7 +340,7 @@ class Roots {
         std::unique_lock lock(mutex);
         std::shared_ptr<const Roots> roots = kept;
         lock.unlock();
-        if (!roots || !roots->IsCurrent()) {
+        if (!roots || !AreUnchanged(roots->folders_)) {
             roots = std::make_shared<const Roots>();
             lock.lock();
             kept = roots->lasting_ ? roots : nullptr;
@@ -312,13 +385,6 @@ class Roots {
         std::u16string windowsPath;
     };
 
-    bool IsCurrent() const {
-        return std::all_of(folders_.begin(), folders_.end(), [](const auto& folder) {
-            struct stat status;
-            return stat(folder.first.c_str(), &status) == 0 && FolderStamp(status) == folder.second;
-        });
-    }
-
     // The names in a folder that make part of a path, in byte order; remembers its state.
     std::vector<std::string> NamesIn(const std::string& path) {
         const std::unique_ptr<DIR, CloseFolder> folder(opendir(path.c_str()));
@@ -328,8 +394,8 @@ class Roots {
             lasting_ = false;
             return names;
         }
-        folders_.emplace_back(path, FolderStamp(status));
-        lasting_ = lasting_ && folders_.back().second.IsSettledAt(start_);
+        folders_.push_back({path, FolderStamp(status)});
+        lasting_ = lasting_ && folders_.back().stamp.IsSettledAt(start_);
         while (const dirent* entry = readdir(folder.get())) {
             if (IsValidName(WideFromUtf8(entry->d_name))) {
                 names.push_back(entry->d_name);
@@ -374,7 +440,7 @@ class Roots {
 
     timespec start_;
     std::vector<Root> roots_;
-    std::vector<std::pair<std::string, FolderStamp>> folders_;
+    std::vector<SeenFolder> folders_;
     bool lasting_ = true;
 };
 
@@ -484,6 +550,9 @@ HostFile FindFile(const HostPlace& place) {
     file.error = place.error;
     if (file.error != 0) {
         return file;
+    }
+    if (const std::shared_ptr<const Miss> miss = MissCache::Current().Find(place.path)) {
+        return miss->file;
     }
     if (stat(place.path.c_str(), &file.status) == 0) {
         file.path = place.path;

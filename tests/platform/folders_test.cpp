@@ -1,0 +1,215 @@
+// The current folder, the system's folders, the search for a file, and streams.
+
+#include "platform/folders.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "platform/component_model.h"
+#include "platform/posix/host_text.h"
+#include "platform/posix/machine.h"
+#include "support/test_machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path DriveC() {
+    return fs::path(Machine::Current().Folder()) / "drives/c";
+}
+
+std::string CurrentFolder() {
+    WCHAR path[1024];
+    return Utf8FromWide({path, GetCurrentDirectoryW(1024, path)});
+}
+
+TEST(CurrentFolder, IsTheOneSetAsItWasSpelled) {
+    fs::create_directories(fs::path(Machine::Current().Folder()) / "shares/Srv/Music");
+    fs::create_directories(DriveC() / "Windows/Sub");
+    const struct {
+        const WCHAR* set;
+        const char* current;
+    } cases[] = {
+        {u"C:\\", "C:\\"},
+        {u"c:\\WINDOWS\\", "c:\\WINDOWS"},
+        {u"SUB", "c:\\WINDOWS\\SUB"},
+        {u"..", "c:\\WINDOWS"},
+        {u"\\\\?\\C:\\windows", "C:\\windows"},
+        {u"C:/Windows/sub/. ", "C:\\Windows\\sub"},
+        {u"\\", "C:\\"},
+        {u"\\\\?\\UNC\\srv\\MUSIC\\", "\\\\srv\\MUSIC"},
+        {u"z:\\", "z:\\"},
+    };
+    for (const auto& row : cases) {
+        ASSERT_TRUE(SetCurrentDirectoryW(row.set)) << Utf8FromWide(row.set);
+        EXPECT_EQ(CurrentFolder(), row.current) << Utf8FromWide(row.set);
+    }
+
+    // The host's own changes count, and are told as the disk spells them.
+    ASSERT_TRUE(SetCurrentDirectoryW(u"c:\\WINDOWS"));
+    EXPECT_TRUE(fs::equivalent(fs::current_path(), DriveC() / "Windows"));
+    fs::current_path(DriveC() / "Windows/Sub");
+    EXPECT_EQ(CurrentFolder(), "C:\\Windows\\Sub");
+    fs::current_path(fs::path(Machine::Current().Folder()) / "shares/Srv/Music");
+    EXPECT_EQ(CurrentFolder(), "\\\\Srv\\Music");
+    fs::current_path(DriveC());
+    EXPECT_EQ(CurrentFolder(), "C:\\");
+}
+
+TEST(CurrentFolder, StaysWhereItCannotBeChanged) {
+    std::ofstream(DriveC() / "Windows/win.ini") << "text";
+    ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\Windows"));
+    const struct {
+        const WCHAR* path;
+        DWORD error;
+    } cases[] = {
+        {u"C:\\nofolder", 2},
+        {u"C:\\nofolder\\x", 3},
+        {u"C:\\windows\\win.ini", 267},
+        {u"Q:\\", 3},
+        {u"", 123},
+        {nullptr, 123},
+        {u"C:\\a*", 123},
+        {u"\\\\nosrv\\share", 53},
+    };
+    for (const auto& row : cases) {
+        SetLastError(0);
+        EXPECT_FALSE(SetCurrentDirectoryW(row.path));
+        EXPECT_EQ(GetLastError(), row.error) << Utf8FromWide(row.path ? row.path : u"null");
+    }
+    EXPECT_EQ(CurrentFolder(), "C:\\Windows");
+    WCHAR path[11] = u"?";
+    EXPECT_EQ(GetCurrentDirectoryW(10, path), 11u);
+    EXPECT_EQ(path[0], u'?');
+    EXPECT_EQ(GetCurrentDirectoryW(11, path), 10u);
+    EXPECT_EQ(GetCurrentDirectoryW(0, nullptr), 11u);
+
+    // A folder that is gone is none, and nothing is completed with it.
+    fs::create_directory(DriveC() / "Gone");
+    ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\Gone"));
+    fs::remove(DriveC() / "Gone");
+    EXPECT_EQ(GetCurrentDirectoryW(11, path), 0u);
+    EXPECT_EQ(_wfopen(u"file", u"w"), nullptr);
+    fs::current_path(DriveC());
+}
+
+TEST(SearchPath, LooksWhereItIsTold) {
+    fs::create_directories(DriveC() / "One/Folder.txt");
+    fs::create_directories(DriveC() / "Two");
+    std::ofstream(DriveC() / "Two/File.txt") << "text";
+    std::ofstream(DriveC() / "Two/Plain") << "text";
+    WCHAR path[64];
+    WCHAR* file = nullptr;
+    const WCHAR* folders = u"C:\\missing;;C:\\One;c:\\two\\;C:\\Three";
+    EXPECT_EQ(SearchPathW(folders, u"file.TXT", nullptr, 64, path, &file), 15u);
+    EXPECT_EQ(Utf8FromWide(path), "c:\\two\\file.TXT");
+    EXPECT_EQ(Utf8FromWide(file), "file.TXT");
+    EXPECT_EQ(SearchPathW(folders, u"file", u".txt", 64, path, nullptr), 15u);
+    EXPECT_EQ(SearchPathW(folders, u"file.txt", u".bak", 64, path, nullptr), 15u);
+    EXPECT_EQ(SearchPathW(nullptr, u"C:\\two\\..\\TWO\\plain", nullptr, 64, path, nullptr), 12u);
+    EXPECT_EQ(Utf8FromWide(path), "C:\\TWO\\plain");
+    for (const WCHAR* missing : {u"folder.txt", u"missing.txt", u"two\\missing"}) {
+        SetLastError(0);
+        EXPECT_EQ(SearchPathW(folders, missing, nullptr, 64, path, &file), 0u);
+        EXPECT_EQ(GetLastError(), 2u) << Utf8FromWide(missing);
+    }
+
+    EXPECT_EQ(SearchPathW(nullptr, u"kernel32.dll", nullptr, 32, path, &file), 33u);
+    EXPECT_EQ(file, nullptr);
+    EXPECT_EQ(SearchPathW(nullptr, u"kernel32.dll", nullptr, 33, path, &file), 32u);
+    EXPECT_EQ(Utf8FromWide(path), "C:\\Windows\\System32\\kernel32.dll");
+}
+
+TEST(SpecialFolders, AreTheSystems) {
+    const struct {
+        int number;
+        const char* path;
+    } cases[] = {{35, "C:\\ProgramData"}, {43, "C:\\Program Files\\Common Files"}};
+    for (const auto& row : cases) {
+        WCHAR path[MAX_PATH];
+        EXPECT_TRUE(SHGetSpecialFolderPathW(nullptr, path, row.number, FALSE));
+        EXPECT_EQ(Utf8FromWide(path), row.path);
+        ITEMIDLIST* list = nullptr;
+        EXPECT_EQ(SHGetSpecialFolderLocation(nullptr, row.number, &list), S_OK);
+        WCHAR place[MAX_PATH];
+        EXPECT_TRUE(SHGetPathFromIDListW(list, place));
+        EXPECT_EQ(Utf8FromWide(place), row.path);
+        CoTaskMemFree(list);
+    }
+    WCHAR path[MAX_PATH];
+    ITEMIDLIST* list = nullptr;
+    EXPECT_FALSE(SHGetSpecialFolderPathW(nullptr, path, 1, FALSE));
+    EXPECT_EQ(SHGetSpecialFolderLocation(nullptr, 1, &list), E_INVALIDARG);
+    EXPECT_EQ(list, nullptr);
+    EXPECT_FALSE(SHGetPathFromIDListW(nullptr, path));
+
+    fs::remove(DriveC() / "ProgramData");
+    EXPECT_FALSE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, FALSE));
+    EXPECT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE));
+    EXPECT_TRUE(fs::is_directory(DriveC() / "ProgramData"));
+}
+
+TEST(Streams, OpenFilesInAnyCase) {
+    const fs::path folder = DriveC() / "Streams";
+    fs::create_directories(folder);
+    const auto put = [](const WCHAR* path, const WCHAR* mode, const char* text) {
+        std::FILE* stream = _wfopen(path, mode);
+        ASSERT_NE(stream, nullptr) << Utf8FromWide(mode) << errno;
+        std::fputs(text, stream);
+        EXPECT_NE(fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC, 0);
+        std::fclose(stream);
+    };
+    put(u"c:\\streams\\Note.txt", u"wb", "one");
+    put(u"C:\\STREAMS\\NOTE.TXT", u"a+t", "two");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
+    std::FILE* stream = _wfopen(u"C:\\streams\\note.txt", u"rb");
+    ASSERT_NE(stream, nullptr);
+    char text[16] = "";
+    EXPECT_EQ(std::string(std::fgets(text, sizeof text, stream)), "onetwo");
+    std::fclose(stream);
+    put(u"C:\\streams\\note.txt", u"w", "3");
+    EXPECT_EQ(fs::file_size(folder / "Note.txt"), 1u);
+}
+
+TEST(Streams, RefuseWhatIsNoFileToOpen) {
+    const fs::path folder = DriveC() / "Refused";
+    fs::create_directories(folder);
+    std::ofstream(folder / "File") << "text";
+    ASSERT_EQ(mkfifo((folder / "Pipe").c_str(), 0600), 0);
+    const struct {
+        const WCHAR* path;
+        const WCHAR* mode;
+        int error;
+    } cases[] = {
+        {u"C:\\refused", u"r", EACCES},
+        {u"C:\\refused\\", u"w", EACCES},
+        {u"C:\\refused\\missing", u"r", ENOENT},
+        {u"C:\\refused\\missing\\file", u"w", ENOENT},
+        {u"C:\\refused\\file\\file", u"r", ENOENT},
+        {u"Q:\\file", u"w", ENOENT},
+        {u"C:\\refused\\a*", u"w", EINVAL},
+        {u"C:\\refused\\file", u"", EINVAL},
+        {u"C:\\refused\\file", u"rw", EINVAL},
+        {u"C:\\refused\\file", u"wx", EEXIST},
+        {nullptr, u"r", EINVAL},
+        {u"C:\\refused\\pipe", u"w", ENXIO},
+    };
+    for (const auto& row : cases) {
+        errno = 0;
+        EXPECT_EQ(_wfopen(row.path, row.mode), nullptr);
+        EXPECT_EQ(errno, row.error) << Utf8FromWide(row.path ? row.path : u"null");
+    }
+    // Reading a pipe that nobody writes to ends at once.
+    if (std::FILE* pipe = _wfopen(u"C:\\refused\\pipe", u"r")) {
+        EXPECT_EQ(std::fgetc(pipe), EOF);
+        std::fclose(pipe);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,130 @@
+// The processes of the machine and their files.
+
+#include "platform/processes.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+
+#include "platform/posix/host_text.h"
+#include "support/child_process.h"
+#include "support/test_machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kProbe = BREVIK_TEST_BINARY_FOLDER "/platform_probe";
+
+// The name, of a file of the host, as drive Z: shows it.
+std::string OnDriveZ(const fs::path& path) {
+    std::string text = "Z:" + path.string();
+    for (char& unit : text) {
+        unit = unit == '/' ? '\\' : unit;
+    }
+    return text;
+}
+
+TEST(Processes, ListThisOneFirstAndEveryOtherOnce) {
+    ChildProcess child({"sleep", "60"});
+    PROCESSENTRY32W entry;
+    entry.dwSize = 556;
+    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    ASSERT_NE(snapshot, INVALID_HANDLE_VALUE);
+    ASSERT_TRUE(Process32FirstW(snapshot, &entry));
+    EXPECT_EQ(entry.th32ProcessID, GetCurrentProcessId());
+    EXPECT_EQ(entry.th32ParentProcessID, static_cast<DWORD>(getppid()));
+    EXPECT_EQ(Utf8FromWide(entry.szExeFile), fs::read_symlink("/proc/self/exe").filename());
+    std::map<DWORD, DWORD> parents;
+    std::size_t count = 0;
+    while (Process32NextW(snapshot, &entry)) {
+        parents[entry.th32ProcessID] = entry.th32ParentProcessID;
+        ++count;
+    }
+    EXPECT_EQ(GetLastError(), 18u);
+    EXPECT_EQ(parents.size(), count);
+    EXPECT_EQ(parents.count(GetCurrentProcessId()), 0u);
+    EXPECT_EQ(parents[static_cast<DWORD>(child.Id())], GetCurrentProcessId());
+    EXPECT_FALSE(Process32NextW(snapshot, &entry)) << "the end is the end";
+
+    ASSERT_TRUE(Process32FirstW(snapshot, &entry));
+    EXPECT_EQ(entry.th32ProcessID, GetCurrentProcessId());
+    EXPECT_TRUE(Process32NextW(snapshot, &entry));
+    entry.dwSize = 0;
+    EXPECT_FALSE(Process32FirstW(snapshot, &entry));
+    EXPECT_TRUE(CloseHandle(snapshot));
+    entry.dwSize = sizeof entry;
+    EXPECT_FALSE(Process32FirstW(snapshot, &entry));
+    EXPECT_EQ(GetLastError(), 6u);
+    EXPECT_EQ(CreateToolhelp32Snapshot(1, 0), INVALID_HANDLE_VALUE);
+}
+
+TEST(Processes, TellTheFilesThatTheyRun) {
+    const fs::path launcher = TestMachine::ScratchFolder() / "Launcher";
+    fs::copy_file("/bin/sh", launcher);
+    // The trailing command keeps the launcher from becoming the probe itself.
+    const ChildResult result = RunChild({launcher, "-c", kProbe.string() + "; true"});
+    EXPECT_NE(result.output.find(OnDriveZ(fs::canonical(kProbe)) + "\n" +
+                                 OnDriveZ(fs::canonical(launcher)) + "\n"),
+              std::string::npos)
+        << result.output;
+
+    // A parent whose file was replaced since its start is known by its path.
+    const ChildResult replaced =
+        RunChild({launcher, "-c", "rm '" + launcher.string() + "'; " + kProbe.string() + "; true"});
+    EXPECT_TRUE(replaced.output.ends_with("\\Launcher\n")) << replaced.output;
+}
+
+TEST(Processes, ThatAreNoneCannotBeOpened) {
+    ChildProcess child({"true"});
+    const auto gone = static_cast<DWORD>(child.Id());
+    child.Wait();
+    for (const DWORD process : {DWORD{0}, gone, DWORD{0x80000000}, DWORD{0xFFFFFFFF}}) {
+        SetLastError(0);
+        EXPECT_EQ(OpenProcess(0x1F0FFF, FALSE, process), nullptr) << process;
+        EXPECT_EQ(GetLastError(), 87u) << process;
+    }
+}
+
+TEST(Processes, TellTheirPathInTheRoomThereIs) {
+    HANDLE process = OpenProcess(0x1F0FFF, FALSE, GetCurrentProcessId());
+    ASSERT_NE(process, nullptr);
+    WCHAR own[1024];
+    WCHAR path[1024];
+    const DWORD length = GetModuleFileNameW(nullptr, own, 1024);
+    EXPECT_EQ(GetModuleFileNameExW(process, nullptr, path, 1024), length);
+    EXPECT_EQ(Utf8FromWide(path), Utf8FromWide(own));
+    EXPECT_EQ(GetModuleFileNameExW(process, nullptr, path, 5), 5u);
+    EXPECT_EQ(GetLastError(), 122u);
+    EXPECT_TRUE(CloseHandle(process));
+    EXPECT_EQ(GetModuleFileNameExW(process, nullptr, path, 1024), 0u);
+    EXPECT_EQ(GetLastError(), 6u);
+}
+
+TEST(Handles, AreKnownUntilTheyAreClosed) {
+    HANDLE process = OpenProcess(0, FALSE, GetCurrentProcessId());
+    PROCESSENTRY32W entry;
+    entry.dwSize = sizeof entry;
+    EXPECT_FALSE(Process32FirstW(process, &entry)) << "a handle of another kind";
+    EXPECT_EQ(GetLastError(), 6u);
+    EXPECT_TRUE(CloseHandle(process));
+    std::set<HANDLE> used;
+    for (int time = 0; time < 100; ++time) {
+        HANDLE handle = OpenProcess(0, FALSE, GetCurrentProcessId());
+        EXPECT_TRUE(used.insert(handle).second) << "a closed handle came back at once";
+        EXPECT_TRUE(CloseHandle(handle));
+    }
+    int local = 0;
+    for (HANDLE none : {HANDLE{nullptr}, INVALID_HANDLE_VALUE, process, HANDLE{&local}}) {
+        SetLastError(0);
+        EXPECT_FALSE(CloseHandle(none));
+        EXPECT_EQ(GetLastError(), 6u);
+    }
+}
+
+}  // namespace
