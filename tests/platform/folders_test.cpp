@@ -194,6 +194,8 @@ TEST(Streams, RefuseWhatIsNoFileToOpen) {
         {u"C:\\refused\\file\\file", u"r", ENOENT},
         {u"Q:\\file", u"w", ENOENT},
         {u"C:\\refused\\a*", u"w", EINVAL},
+        {u"C:\\refused\\file\\", u"r", EINVAL},
+        {u"C:\\refused\\new\\", u"w", EINVAL},
         {u"C:\\refused\\file", u"", EINVAL},
         {u"C:\\refused\\file", u"rw", EINVAL},
         {u"C:\\refused\\file", u"wx", EEXIST},

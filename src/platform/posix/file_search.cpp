@@ -127,6 +127,13 @@ std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_vie
     return result;
 }
 
+std::string FindRegularFile(std::u16string_view path) {
+    const HostPlace place = PlaceOf(path);
+    const HostFile file = FindFile(place);
+    const bool regular = file.error == 0 && S_ISREG(file.status.st_mode);
+    return regular && !place.trailingSeparator ? file.path : std::string();
+}
+
 std::string FindInSystemOrder(std::u16string_view bareName) {
     if (!IsValidName(bareName)) {
         return {};

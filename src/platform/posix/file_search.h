@@ -15,6 +15,10 @@ bool IsBareName(std::u16string_view name);
 // extension, and is taken off.
 std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_view extension);
 
+// Host path of the regular file that the path names; empty when there is none, and for a path that
+// ends in a separator.
+std::string FindRegularFile(std::u16string_view path);
+
 // Host path of the first regular file of this name in the host's folder, C:\Windows\System32,
 // C:\Windows, the current folder and the folders of PATH, which are the host's own; entries that
 // are relative are passed over. Empty when there is none.

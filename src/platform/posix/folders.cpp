@@ -123,8 +123,7 @@ std::u16string FileInFolder(std::u16string_view folder, std::u16string_view name
         path += u'\\';
     }
     path += name;
-    const HostFile file = FindFile(PlaceOf(path));
-    return file.error == 0 && S_ISREG(file.status.st_mode) ? FullPath(path) : std::u16string();
+    return FindRegularFile(path).empty() ? std::u16string() : FullPath(path);
 }
 
 std::u16string SearchFolders(std::u16string_view folders, std::u16string_view name) {
@@ -297,7 +296,8 @@ std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode) {
         errno = EINVAL;
         return nullptr;
     }
-    const HostFile file = FindFile(PlaceOf(path));
+    const HostPlace place = PlaceOf(path);
+    const HostFile file = FindFile(place);
     const bool toBeMade = file.error == ERROR_FILE_NOT_FOUND && (stream.flags & O_CREAT) != 0;
     if (file.error != 0 && !toBeMade) {
         errno = RunTimeError(file.error);
@@ -305,6 +305,10 @@ std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode) {
     }
     if (file.error == 0 && S_ISDIR(file.status.st_mode)) {
         errno = EACCES;
+        return nullptr;
+    }
+    if (place.trailingSeparator) {
+        errno = EINVAL;
         return nullptr;
     }
     // A pipe without a partner is opened at once, or not at all, but never waited for.

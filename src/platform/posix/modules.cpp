@@ -171,12 +171,6 @@ HMODULE LoadFile(const std::string& path) {
     return ModuleRegistry::Current().Count(library, path);
 }
 
-// Host path of the regular file that a name with a folder names.
-std::string FindWithFolder(std::u16string_view name) {
-    const HostFile file = FindFile(PlaceOf(name));
-    return file.error == 0 && S_ISREG(file.status.st_mode) ? file.path : std::string();
-}
-
 // The name of a module completed with its folder, where it has one.
 std::u16string ModuleName(const WCHAR* name) {
     std::u16string complete = WithDefaultExtension(name, kLibraryExtension);
@@ -234,7 +228,7 @@ HMODULE LoadLibraryExW(const WCHAR* name, HANDLE, DWORD) {
             return loaded;
         }
     }
-    const std::string path = bare ? FindInSystemOrder(complete) : FindWithFolder(complete);
+    const std::string path = bare ? FindInSystemOrder(complete) : FindRegularFile(complete);
     return path.empty() ? Fail(ERROR_MOD_NOT_FOUND) : LoadFile(path);
 }
 
