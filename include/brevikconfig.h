@@ -1,12 +1,12 @@
 /*
  * brevikconfig: what the applications of the suite share.
  *
- * Twelve functions that an application calls from C, C++ or any language with a C interface: items of
- * the installed products' certificates, the language to run in, small values in the web cookie store,
- * and update and profile requests.
+ * Twelve functions that an application calls from C, C++ or any language with a C interface: items
+ * of the installed products' certificates, the language to run in, small values in the web cookie
+ * store, and update and profile requests.
  *
- * Text. "Narrow" text is NUL-terminated and in the system's code page (UTF-8 off Windows); "wide" text
- * is NUL-terminated UTF-16 in bvkc_wchar units. A null text argument counts as the empty text.
+ * Text. "Narrow" text is NUL-terminated and in the system's code page (UTF-8 off Windows); "wide"
+ * text is NUL-terminated UTF-16 in bvkc_wchar units. A null text argument counts as the empty text.
  *
  * Memory. A block that a function hands out belongs to the caller, who frees it with CoTaskMemFree.
  * When a function fails, its out arguments are as they were, unless it says otherwise. A null out
@@ -38,15 +38,15 @@ typedef wchar_t bvkc_wchar;
 typedef char16_t bvkc_wchar;
 #endif
 
-/* A Windows language identifier: the primary language in the low 10 bits, the sublanguage in the high
- * 6 bits; 1033 is American English. */
+/* A Windows language identifier: the primary language in the low 10 bits, the sublanguage in the
+ * high 6 bits; 1033 is American English. */
 typedef uint16_t bvkc_langid;
 
 /* A window of the caller: an HWND on Windows, null where there is none. Only the low 32 bits of a
  * window handle are significant, so one that travelled through a 32-bit integer is still good. */
 typedef void* bvkc_window;
 
-/* ---- Catalogue of the installed products ------------------------------------------------------ */
+/* ---- Catalogue of the installed products ---- */
 
 /*
  * Reads one item of the certificate with a given installer GUID.
@@ -76,16 +76,17 @@ uint8_t bvkc_CertificateItemValueByProdName(const char* sProdName, const char* s
  *   guids          receives a block with the GUIDs as narrow texts, one behind the other, each with
  *                  its NUL, and one further NUL behind the last.
  *
- * Returns the number of GUIDs. With none the result is 0, and the block, where one was handed out, is
- * the one NUL: set *guids to null before the call, and free it when it is not null afterwards.
+ * Returns the number of GUIDs. With none the result is 0, and the block, where one was handed out,
+ * is the one NUL: set *guids to null before the call, and free it when it is not null afterwards.
  */
 int32_t bvkc_GetLocalGUIDs(char** guids);
 
-/* ---- Language --------------------------------------------------------------------------------- */
+/* ---- Language ---- */
 
 /*
- * Chooses the language to run in from those that the caller can offer: the language in which the suite
- * was installed, else the identifier 0 if it is offered, else American English, else the first one.
+ * Chooses the language to run in from those that the caller can offer: the language in which the
+ * suite was installed, else the identifier 0 if it is offered, else American English, else the
+ * first one.
  *
  *   langIds        `count` language identifiers.
  *   count          their number.
@@ -96,8 +97,8 @@ int32_t bvkc_GetLocalGUIDs(char** guids);
 int32_t bvkc_GetUserLanguage_Ids(const bvkc_langid* langIds, uint32_t count, bvkc_langid* selected);
 
 /*
- * The same from three-letter codes such as "ENU" and "DEU", in either case. A code that is not known
- * stands for the identifier 0.
+ * The same from three-letter codes such as "ENU" and "DEU", in either case. A code that is not
+ * known stands for the identifier 0.
  *
  *   codes          `count` narrow texts.
  *   count          their number.
@@ -105,7 +106,7 @@ int32_t bvkc_GetUserLanguage_Ids(const bvkc_langid* langIds, uint32_t count, bvk
  */
 int32_t bvkc_GetUserLanguage_Code(const char* const* codes, uint32_t count, bvkc_langid* selected);
 
-/* ---- Values in the web cookie store ----------------------------------------------------------- */
+/* ---- Values in the web cookie store ---- */
 
 /*
  * Reads a value from the suite's own cookie, "qdr_cookie" of the suite's web domain.
@@ -122,8 +123,8 @@ int32_t bvkc_VCM_ReadOndrelCookieValue(const bvkc_wchar* key, bvkc_wchar** value
  * Writes a value into the suite's own cookie and moves the cookie's expiry 183 days ahead.
  *
  *   key            wide; not empty.
- *   value          wide; not empty. A name, key or value that would not read back as it was written,
- *                  one with '&', ';' or a control character among them, is refused.
+ *   value          wide; not empty. A name, key or value that would not read back as it was
+ * written, one with '&', ';' or a control character among them, is refused.
  *
  * Returns 0 when the value is in the store. 1, or the HRESULT of a failure: nothing was stored.
  */
@@ -134,29 +135,27 @@ int32_t bvkc_VCM_WriteOndrelCookieValue(const bvkc_wchar* key, const bvkc_wchar*
  *
  *   domain         wide; a host name without a scheme.
  *   cookie         wide; the name of the cookie.
- *   key            wide; the name of the value in it. The value of a plain cookie has the cookie's own
- *                  name as its key.
- *   value          as above.
+ *   key            wide; the name of the value in it. The value of a plain cookie has the cookie's
+ * own name as its key. value          as above.
  */
 int32_t bvkc_VCM_ReadCookieValue(const bvkc_wchar* domain, const bvkc_wchar* cookie,
                                  const bvkc_wchar* key, bvkc_wchar** value);
 
 /*
- * Writes a value into any cookie. It goes to the first cookie of the domain, in byte order, whose name
- * contains `cookie`, or to a new one of that name where there is none.
+ * Writes a value into any cookie. It goes to the first cookie of the domain, in byte order, whose
+ * name contains `cookie`, or to a new one of that name where there is none.
  */
 int32_t bvkc_VCM_WriteCookieValue(const bvkc_wchar* domain, const bvkc_wchar* cookie,
                                   const bvkc_wchar* key, const bvkc_wchar* value);
 
-/* ---- Requests to the online services ---------------------------------------------------------- */
+/* ---- Requests to the online services ---- */
 
 /*
  * Starts an update of a product.
  *
  *   productIdentifier  narrow; the product.
- *   locale             narrow; a language code such as "ENU", or empty for the language in which the
- *                      suite runs.
- *   bRunInBackground   not 0: without a window of its own.
+ *   locale             narrow; a language code such as "ENU", or empty for the language in which
+ * the suite runs. bRunInBackground   not 0: without a window of its own.
  *
  * Returns 0 without a failure, 2 when there is no update information for the product, 3 without
  * uninstall data, 4 when the service call failed.
@@ -180,27 +179,30 @@ uint8_t bvkc_Dispatch_IsUpdateOrMessageAvailable(const char* productIdentifier, 
  *   strKindletUID  narrow; the user.
  *   locale         narrow; as above.
  *   hWnd           the window that owns the dialog, or null.
- *   strProfileID   receives a block with the narrow text. It is set to null first and stays null when
- *                  there is no text.
+ *   strProfileID   receives a block with the narrow text. It is set to null first and stays null
+ * when there is no text.
  *
- * Returns 0 when `strProfileID` holds a profile, 1 when the service answered so, 2 in every other case.
+ * Returns 0 when `strProfileID` holds a profile, 1 when the service answered so, 2 in every other
+ * case.
  */
 int32_t bvkc_Dispatch_GetKindletProfileID(const char* strKindletUID, const char* locale,
                                           bvkc_window hWnd, char** strProfileID);
 
-/* ---- Memory ----------------------------------------------------------------------------------- */
+/* ---- Memory ---- */
 
 /*
- * Frees a block that a function handed out; null is legal. On Windows it is the system's own. Elsewhere
- * libbrevikplatform exports it as brevik_CoTaskMemFree; a host that has a CoTaskMemFree of its own
- * defines BREVIKCONFIG_NO_COTASKMEMFREE ahead of this header and calls it by that name.
+ * Frees a block that a function handed out; null is legal. On Windows it is the system's own.
+ * Elsewhere libbrevikplatform exports it as brevik_CoTaskMemFree; a host that has a CoTaskMemFree
+ * of its own defines BREVIKCONFIG_NO_COTASKMEMFREE ahead of this header and calls it by that name.
  */
 #ifdef _WIN32
 __declspec(dllimport) void __stdcall CoTaskMemFree(void* block);
 #else
 void brevik_CoTaskMemFree(void* block);
 #ifndef BREVIKCONFIG_NO_COTASKMEMFREE
-static inline void CoTaskMemFree(void* block) { brevik_CoTaskMemFree(block); }
+static inline void CoTaskMemFree(void* block) {
+    brevik_CoTaskMemFree(block);
+}
 #endif
 #endif
 

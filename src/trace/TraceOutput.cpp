@@ -19,6 +19,19 @@ constexpr DWORD kLookupInterval = 3000;  // milliseconds
 // A viewer that is behind holds the host up for no longer than this, once in a lookup interval.
 constexpr UINT kSendTimeout = 50;  // milliseconds
 
+// Puts the thread's last error back: a line between a failing call and the look at its error must
+// not change what is seen.
+class KeepLastError {
+  public:
+    KeepLastError() : code_(GetLastError()) {}
+    KeepLastError(const KeepLastError&) = delete;
+    KeepLastError& operator=(const KeepLastError&) = delete;
+    ~KeepLastError() { SetLastError(code_); }
+
+  private:
+    DWORD code_;
+};
+
 void InsertTime(std::string& line) {
     const std::uint64_t microseconds = Clock();
     const auto seconds = static_cast<unsigned>(microseconds / 1000000);
@@ -73,6 +86,7 @@ void Emit(const char* client, int level, unsigned channel, unsigned char tag, co
     if (!state.started || format == nullptr || format == silent) {
         return;
     }
+    const KeepLastError keep;
     const int flags = state.flags;
     const Filter filter = state.filter;
     const bool debugger = (flags & kFlagDebuggerOutput) != 0 && IsDebuggerOutputOpen();

@@ -107,6 +107,20 @@ TEST_F(TraceViewer, OneThatGoesAwayIsForgottenAndFoundAgain) {
     EXPECT_EQ(Next(), Record(3, 0, 0, "", "two"));
 }
 
+TEST_F(TraceViewer, LooksAndSendsLeaveTheLastErrorAlone) {
+    UTrace::Initialize();
+    UTrace::State().lastLookup -= 3001;
+    SetLastError(5);
+    UTrace::Info("looks for a viewer");
+    EXPECT_EQ(GetLastError(), 5u);
+    OpenViewer();
+    UTrace::State().lastLookup -= 3001;
+    UTrace::Info("finds one");
+    socket_.reset();
+    UTrace::Info("finds it gone");
+    EXPECT_EQ(GetLastError(), 5u);
+}
+
 TEST_F(TraceViewer, OneThatIsBehindHoldsTheHostUpOnceAndBriefly) {
     OpenViewer();
     UTrace::Initialize();
