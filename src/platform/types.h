@@ -28,6 +28,7 @@
 #undef DeleteFile
 #undef FindFirstFile
 #undef FindNextFile
+#undef GetFreeSpace
 #undef GetMessage
 #undef MoveFile
 #undef RemoveDirectory

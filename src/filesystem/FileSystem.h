@@ -1,0 +1,37 @@
+// Start and stop of the file system library, and the state that it keeps for the process.
+//
+// Everything else in the library requires that FileSystem_Start has run. Any thread.
+#pragma once
+
+#include "filesystem/FolderSpec.h"
+#include "platform/modules.h"
+#include "text/CriticalSection.h"
+
+// Makes the platform table and the class factory where there is none yet, and visits the file of
+// `module` (null: the host program), whose volume has to be within reach. A failure raises a
+// FileException and leaves the library not started: the next caller starts again. Threads that call
+// it at once run one after the other.
+void FileSystem_Start(HMODULE module);
+
+// Deletes the temporary folder with all that it holds, and forgets the volumes and the platform
+// table. The class factory stays. Until the next start, operations that reach the platform must not
+// be called. No other thread may be in the library meanwhile.
+void FileSystem_Stop();
+
+namespace FileSystem {
+
+// Whether a start has come to its end since the last stop.
+bool IsStarted();
+
+// FileSystem_Start for the host program, unless the library is started.
+void EnsureStarted();
+
+// The module given to the last start; null for the host program's file.
+HMODULE GetModule();
+
+// The process's temporary folder, null until there is one. Hold GetTempFolderLock() while using
+// the reference.
+FolderSpec& GetTempFolderState();
+BaseCriticalSection& GetTempFolderLock();
+
+}  // namespace FileSystem

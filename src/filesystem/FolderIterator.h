@@ -1,0 +1,25 @@
+// A place in the listing of a folder: loop until GetCurrent() is null.
+//
+// Copies advance one and the same listing. An iterator and its copies belong to one thread at a
+// time.
+#pragma once
+
+#include "filesystem/FileSpec.h"
+#include "filesystem/FolderSpec_Iterator.h"
+#include "text/SharedHandle.h"
+
+class FolderIterator {
+  public:
+    // Stands on the listing's next entry.
+    explicit FolderIterator(const SharedHandle<FolderSpec_Iterator>& listing);
+
+    // The entry; null at the end.
+    const FileSpec& GetCurrent() const { return current; }
+
+    // Goes to the next entry; at the end it does nothing.
+    void Advance();
+
+  private:
+    SharedHandle<FolderSpec_Iterator> impl;
+    FileSpec current;
+};

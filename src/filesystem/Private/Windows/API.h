@@ -1,0 +1,65 @@
+// The table through which the library reaches most file services of the platform: the one seam
+// between its logic and the operating system. Each operation is the platform's of the same name.
+//
+// A table holds nothing and may be used on any thread. Services on open handles and plain values
+// (ReadFile, FindClose, GetLastError) are called directly.
+#pragma once
+
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "platform/types.h"
+#include "platform/volumes.h"
+
+namespace FileSystem_Win32 {
+
+class API {
+  public:
+    virtual BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress,
+                             void* data, BOOL* cancel, DWORD flags);
+    virtual BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES* security);
+    virtual HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share,
+                               SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
+                               HANDLE model);
+    virtual BOOL DeleteFileW(const WCHAR* path);
+    virtual HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* data);
+    virtual BOOL FindNextFileW(HANDLE listing, WIN32_FIND_DATAW* data);
+    virtual DWORD GetCurrentDirectoryW(DWORD size, WCHAR* path);
+    virtual BOOL GetDiskFreeSpaceExW(const WCHAR* folder, ULARGE_INTEGER* freeForCaller,
+                                     ULARGE_INTEGER* total, ULARGE_INTEGER* free);
+    virtual UINT GetDriveTypeW(const WCHAR* root);
+    virtual BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS level,
+                                      void* information);
+
+    // This one and SetFilePointerEx are made from the calls with 32-bit halves, since the Windows
+    // 9x family lacks the others.
+    virtual BOOL GetFileSizeEx(HANDLE file, LARGE_INTEGER* size);
+    virtual DWORD GetFullPathNameW(const WCHAR* path, DWORD size, WCHAR* buffer, WCHAR** filePart);
+    virtual DWORD GetTempPathW(DWORD size, WCHAR* path);
+    virtual BOOL GetVolumeInformationW(const WCHAR* root, WCHAR* label, DWORD labelSize,
+                                       DWORD* serial, DWORD* maximumNameLength, DWORD* flags,
+                                       WCHAR* fileSystem, DWORD fileSystemSize);
+    virtual BOOL MoveFileW(const WCHAR* from, const WCHAR* to);
+    virtual BOOL RemoveDirectoryW(const WCHAR* path);
+    virtual BOOL SetCurrentDirectoryW(const WCHAR* path);
+    virtual BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes);
+
+    // `position`, which may be null, receives the new position.
+    virtual BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER* position,
+                                  DWORD method);
+};
+
+// The process's table; null before the first FileSystem_Start and after FileSystem_Stop.
+API* GetApi();
+
+// Puts a table in the place of the library's own, which must outlive its use; null puts the
+// library's own back, made where there is none. FileSystem_Start keeps a table that is set. No
+// other thread may be in the library meanwhile.
+void SetApi(API* table);
+
+// Makes the library's own table where none is set.
+void EnsureApi();
+
+// Forgets the table, and deletes the library's own.
+void ClearApi();
+
+}  // namespace FileSystem_Win32

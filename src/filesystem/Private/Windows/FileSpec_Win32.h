@@ -1,0 +1,87 @@
+// A file object whose path is of the Windows grammar.
+//
+// The stored path is absolute, in the letter case in which it was given. It holds no prefix for
+// long paths, and no trailing backslash unless it is a root: "C:\" or "\\server\share\".
+#pragma once
+
+#include <memory>
+
+#include "filesystem/AliasSpec_IF.h"
+#include "filesystem/FileSpec_IF.h"
+#include "filesystem/FolderSpec_IF.h"
+#include "filesystem/Volume_IF.h"
+#include "platform/files.h"
+#include "platform/types.h"
+
+class FileSpec_Win32 : public FileSpec_IF,
+                       public AliasSpec_IF,
+                       public FolderSpec_IF,
+                       public std::enable_shared_from_this<FileSpec_Win32> {
+  public:
+    class Iterator;
+
+    // Parses a path that is not empty. With a volume given, the path has to lie on that one. Made
+    // through std::make_shared alone.
+    FileSpec_Win32(const FilePath& filePath, const SharedHandle<Volume_IF>& onVolume);
+
+    void Create() override;
+    void CreateFolder() override;
+    void Delete() override;
+    DateTime GetAccessTime() const override;
+    std::uint32_t GetAttributes() const override;
+    FilePath GetBaseName() const override;
+    FilePath GetCanonicalPath() const override;
+    DateTime GetCreationTime() const override;
+    FilePath GetExtension() const override;
+    std::uint64_t GetFileSize() const override;
+    DateTime GetModificationTime() const override;
+    FilePath GetName() const override;
+    WideString GetNativePath() const override;
+    FilePath GetPath() const override;
+    SharedHandle<Volume_IF> GetVolume() const override;
+    bool IsAlias() const override;
+    bool IsEqual(const FileSpec& other) const override;
+    bool IsFile() const override;
+    bool IsFolder() const override;
+    bool IsPresent() const override;
+    bool IsRoot() const override;
+    FileSpec MakeChild(const FilePath& name) const override;
+    FileChannel MakeFileChannel(std::uint32_t mode) override;
+    FileSpec MakeParent() const override;
+    void Rename(const FileSpec& target) override;
+    FileSpec RootFolder() const override;
+    void SetAccessTime(const DateTime& time) override;
+    void SetAttributes(std::uint32_t attributes) override;
+    void SetCreationTime(const DateTime& time) override;
+    void SetFileSize(std::uint64_t size) override;
+    void SetModificationTime(const DateTime& time) override;
+
+    // The platform form: the stored path behind the prefix that lifts the limit on its length.
+    virtual WideString GetLongPath() const;
+
+    SharedHandle<FileSpec_IF> ResolveAlias() override;
+
+    void DeleteTree(const SharedHandle<FolderSpec_IF>& self) override;
+    void DeleteContents(bool recursive, const SharedHandle<FolderSpec_IF>& self) override;
+    SharedHandle<FolderSpec_Iterator> MakeIterator(
+        const SharedHandle<FolderSpec_IF>& self) override;
+
+    // Raises the failure that a code of the platform stands for, with this object's path.
+    [[noreturn]] void Fail(DWORD code) const;
+
+  protected:
+    const WideString& GetStoredPath() const { return path; }
+
+  private:
+    struct Times;
+
+    SharedHandle<FileSpec_IF> MakeVariant(const FilePath& filePath) const;
+    WIN32_FILE_ATTRIBUTE_DATA GetPlatformAttributes() const;
+    HANDLE Open(DWORD access, DWORD flags) const;
+    void SetTime(const DateTime& time, const FILETIME* Times::*which) const;
+
+    WideString path;
+    WideString root;
+    bool unc = false;
+    SharedHandle<Volume_IF> volume;
+};
