@@ -38,6 +38,7 @@ constexpr MachineFolder kFolders[] = {
     {"/drives/c/Windows/System32", false},
     {"/drives/c/Windows/Temp", true},
     {"/shares", false},
+    {"/locks", true},
     {"/users", true},
 };
 

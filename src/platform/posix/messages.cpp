@@ -34,7 +34,7 @@ constexpr MessageTableRow kSystemTable[] = {
     {ERROR_SHARING_VIOLATION, "The file is in use and not shared for this."},
     {ERROR_HANDLE_EOF, "The end of the file has been reached."},
     {ERROR_HANDLE_DISK_FULL, "The disk has no room left for the file."},
-    {50, "This request is not supported."},
+    {ERROR_NOT_SUPPORTED, "This request is not supported."},
     {ERROR_BAD_NETPATH, "No server of this name answers."},
     {ERROR_FILE_EXISTS, "A file of this name is there already."},
     {ERROR_INVALID_PARAMETER, "An argument has a value that is not allowed."},

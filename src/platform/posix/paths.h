@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "platform/errors.h"
+#include "platform/posix/host_errors.h"
 #include "platform/types.h"
 
 namespace brevik::platform {
@@ -74,8 +75,5 @@ PLATFORM_API std::u16string WindowsPath(std::string_view hostPath);
 // Whether a name on the host can be one of a path: not empty, "." or "..", well-formed, free of the
 // characters that no name may hold, and not longer than the host can hold.
 PLATFORM_API bool IsValidName(std::u16string_view name);
-
-// The error number for an errno of the host.
-PLATFORM_API DWORD ErrorFromHost(int hostError);
 
 }  // namespace brevik::platform

@@ -1,0 +1,81 @@
+// Share modes: what the handles on one file let each other do, between all processes.
+//
+// An opening conflicts with a handle that is open on the same file when both have some access of
+// read, write or delete, and the access of one is not covered by the share mode of the other. An
+// opening without any of these never conflicts and costs nothing here. Deleting and renaming enter
+// for as long as they take, with delete access and all sharing.
+//
+// How: each handle has an open description of a lock file of its own, and on it the kernel's byte
+// range locks that belong to an open description (F_OFD_SETLK).
+//  - The locks vanish with the process, however it ends. Nothing is stored, so nothing can be left
+//    behind, and the lock files are always empty.
+//  - They lie on files of ours in the folder "locks" of the machine, not on the files that they
+//    are about: those may be read-only, on a read-only medium, or on a file system without locks,
+//    and a program outside of this layer that locks such a file must find it free.
+//  - There is a lock file for each device, and in it the eight bytes from eight times the file's
+//    number are the file's own, so that two files never meet. Numbers too large for this have
+//    further lock files, by their highest bits.
+//  - One byte stands for each access that some handle has, one for each that some handle denies.
+//    A handle read-locks its bytes, any number may; it conflicts when it finds a lock on the byte
+//    of an access that it denies, or on that of the denial of an access that it wants. Looking and
+//    locking happen under a write lock on a further byte, which nobody keeps longer than that, so
+//    that of two openings at one time one is first.
+//  - A forked child inherits the descriptions; leaving therefore unlocks in so many words, which
+//    holds for all copies, and only the process that entered does it.
+// Users of one machine can lock against each other if they may write in its folder "locks". Where
+// there is no lock file to be had, because the machine's folder is missing or read-only, or its
+// file system knows no locks, share modes are not enforced, and files open all the same.
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <string>
+#include <unordered_set>
+
+#include "platform/errors.h"
+#include "platform/posix/scoped_descriptor.h"
+#include "platform/types.h"
+
+namespace brevik::platform {
+
+// The part that one handle takes. Any one thread at a time.
+//
+// REQUIRES: the file exists as long as the part is taken, so that no other one gets its number.
+class PLATFORM_API ShareMode {
+  public:
+    ShareMode() = default;
+    ShareMode(ShareMode&&) noexcept = default;
+    ~ShareMode() { Leave(); }
+
+    // Takes a part for a handle with this access and share mode. 0; 32 for a conflict; 4, 8 and
+    // others where the host has no further descriptors or memory. REQUIRES: none is taken.
+    DWORD Enter(const struct stat& file, DWORD access, DWORD share);
+
+    // As for deleting or renaming.
+    DWORD EnterToDelete(const struct stat& file);
+
+    // Takes the one lock of the volume with this root folder. 0, or 5 when another one has it.
+    DWORD LockVolume(const struct stat& root);
+
+    void Leave();
+
+  private:
+    DWORD OpenLockFile(const struct stat& file);
+
+    ScopedDescriptor lockFile_;
+    off_t slot_ = 0;
+    pid_t owner_ = 0;
+};
+
+// Which open files are asked for.
+enum class OpenFiles {
+    kAll,             // with some access of read, write or delete
+    kDenyingDeletion  // those that do not share deletion
+};
+
+// Whether some handle of any process is open on a file or folder below `folder`, on its device,
+// the folder itself left out. Reads the tree only when some file of the device is open.
+PLATFORM_API bool AnyOpenBelow(const std::string& folder, OpenFiles which);
+
+}  // namespace brevik::platform
