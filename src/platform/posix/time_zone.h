@@ -1,0 +1,18 @@
+// The zone of the machine, by the host's rules: those of the variable TZ, which may change while
+// the process runs, else those of /etc/localtime. Safe on any thread.
+#pragma once
+
+#include <time.h>
+
+#include "platform/file_times.h"
+
+namespace brevik::platform {
+
+// Minutes by which local time is ahead of Coordinated Universal Time at this moment.
+PLATFORM_API int ZoneOffsetAt(time_t moment);
+
+// What GetTimeZoneInformation answers at this moment. Its two times are those that the zone has in
+// the year of the moment; the dates are absolute ones of that year.
+PLATFORM_API DWORD ZoneInformationAt(time_t moment, TIME_ZONE_INFORMATION* information);
+
+}  // namespace brevik::platform
