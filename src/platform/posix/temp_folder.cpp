@@ -1,0 +1,58 @@
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <memory>
+#include <string>
+
+#include "platform/folders.h"
+#include "platform/posix/environment.h"
+#include "platform/posix/paths.h"
+#include "platform/posix/text_buffer.h"
+
+namespace brevik::platform {
+namespace {
+
+constexpr char16_t kMachineFolder[] = u"C:\\Windows\\Temp";
+
+bool TakesFiles(const std::string& hostFolder) {
+    return faccessat(AT_FDCWD, (hostFolder + "/.").c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+bool MachineFolderTakesFiles() {
+    const HostFile folder = FindFile(PlaceOf(kMachineFolder));
+    return folder.error == 0 && TakesFiles(folder.path);
+}
+
+// The path under which a folder of the host is known; empty when it has none, or takes no files.
+std::u16string HostFolder(const char* path) {
+    if (path == nullptr || *path != '/' || !TakesFiles(path)) {
+        return {};
+    }
+    const std::unique_ptr<char, decltype(&free)> real(realpath(path, nullptr), &free);
+    return real ? WindowsPath(real.get()) : std::u16string();
+}
+
+std::u16string TempFolder() {
+    if (!MachineFolderTakesFiles()) {
+        for (const char* path : {EnvironmentVariable("TMPDIR"), "/tmp"}) {
+            std::u16string folder = HostFolder(path);
+            if (!folder.empty()) {
+                return folder;
+            }
+        }
+    }
+    return kMachineFolder;
+}
+
+}  // namespace
+
+DWORD GetTempPathW(DWORD size, WCHAR* path) {
+    std::u16string folder = TempFolder();
+    if (!folder.ends_with(u'\\')) {
+        folder += u'\\';
+    }
+    return CopyOrAskForRoom(folder, path, size);
+}
+
+}  // namespace brevik::platform
