@@ -1,0 +1,27 @@
+// The registry as the machine's file has it now.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/file_times.h"
+#include "platform/posix/registry_tree.h"
+
+namespace brevik::platform {
+
+struct RegistrySnapshot {
+    RegistryTree tree;  // its children are numbered
+    FILETIME lastWrite{};
+};
+
+// The newest state of the registry, which never changes. Never null.
+//
+// While the file stays as it is, a call costs one system call. A file that is missing is an empty
+// registry. One that is malformed or cannot be read is refused whole, with one line on the debugger
+// output for each change of it, and what was read before stays in force. Safe on any thread.
+std::shared_ptr<const RegistrySnapshot> NewestRegistry();
+
+// Host path of the machine's registry file.
+PLATFORM_API const std::string& RegistryFilePath();
+
+}  // namespace brevik::platform
