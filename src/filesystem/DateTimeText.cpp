@@ -118,7 +118,8 @@ bool Read(Reader& reader, Date* date) {
         }
         year = -year;
     }
-    if (day == 0 || static_cast<int>(day) > Date::GetDaysInMonth(static_cast<int>(month), year)) {
+    if (year == 0 || day == 0 ||
+        static_cast<int>(day) > Date::GetDaysInMonth(static_cast<int>(month), year)) {
         return false;
     }
     *date = Date(static_cast<std::uint8_t>(day), static_cast<std::uint8_t>(month),
