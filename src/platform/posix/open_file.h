@@ -37,15 +37,17 @@ class OpenFile : public HandleObject {
     // Writes all of it at the position; after a failure `done` tells how much was written.
     DWORD Write(const void* buffer, DWORD count, DWORD* done);
 
-    // Moves the position, from the method's base, and tells where it is then.
-    DWORD Seek(std::int64_t distance, DWORD method, std::int64_t* position);
+    // Moves the position, from the method's base, and tells where it is then. With `low` set, a
+    // position of more than 32 bits is refused.
+    DWORD Seek(std::int64_t distance, DWORD method, bool low, std::int64_t* position);
 
     DWORD Size(std::int64_t* size) const;
 
     // Cuts the file at the position, or grows it to there. 112 where the disk has no such room.
     DWORD SetEnd();
 
-    // A further descriptor, with its own position at the handle's; empty with errno on failure.
+    // A further descriptor on the open file, its own position moved to the handle's; empty with
+    // errno on failure.
     ScopedDescriptor Duplicate();
 
   private:

@@ -1,0 +1,23 @@
+// Holds the places of operations that are being written until they are there.
+
+#include "platform/files.h"
+#include "platform/volumes.h"
+
+namespace brevik::platform {
+
+__attribute__((weak)) BOOL CopyFileExW(const WCHAR*, const WCHAR*, LPPROGRESS_ROUTINE, void*, BOOL*,
+                                       DWORD) {
+    SetLastError(ERROR_NOT_SUPPORTED);
+    return FALSE;
+}
+
+__attribute__((weak)) UINT GetDriveTypeW(const WCHAR*) {
+    return DRIVE_FIXED;
+}
+
+__attribute__((weak)) BOOL GetVolumeInformationW(const WCHAR*, WCHAR*, DWORD, DWORD*, DWORD*,
+                                                 DWORD*, WCHAR*, DWORD) {
+    return TRUE;
+}
+
+}  // namespace brevik::platform
