@@ -1,0 +1,74 @@
+#include "platform/posix/volume_settings.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <string_view>
+
+#include "platform/posix/host_text.h"
+#include "platform/registry.h"
+
+namespace brevik::platform {
+namespace {
+
+constexpr std::u16string_view kVolumesKey = u"SOFTWARE\\Brevik\\Volumes\\";
+
+struct KindName {
+    std::u16string_view folded;
+    UINT kind;
+};
+
+constexpr KindName kKinds[] = {
+    {u"FIXED", DRIVE_FIXED},
+    {u"REMOVABLE", DRIVE_REMOVABLE},
+    {u"CDROM", DRIVE_CDROM},
+    {u"REMOTE", DRIVE_REMOTE},
+};
+
+std::optional<std::u16string> ReadText(const RegistryKey& key, std::u16string_view foldedName) {
+    const RegistryValue* value = key.FindValue(foldedName);
+    if (value == nullptr || value->type != REG_SZ) {
+        return std::nullopt;
+    }
+    std::u16string text(value->data.size() / sizeof(char16_t), u'\0');
+    std::memcpy(text.data(), value->data.data(), text.size() * sizeof(char16_t));
+    text.resize(std::min(text.find(u'\0'), text.size()));
+    return text;
+}
+
+std::optional<DWORD> ReadNumber(const RegistryKey& key, std::u16string_view foldedName) {
+    const RegistryValue* value = key.FindValue(foldedName);
+    DWORD number = 0;
+    if (value == nullptr || value->type != REG_DWORD || value->data.size() != sizeof number) {
+        return std::nullopt;
+    }
+    std::memcpy(&number, value->data.data(), sizeof number);
+    return number;
+}
+
+std::optional<UINT> ReadKind(const RegistryKey& key) {
+    const std::u16string name = FoldRegistryName(ReadText(key, u"KIND").value_or(u""));
+    const auto kind = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                   [&](const KindName& entry) { return entry.folded == name; });
+    return kind == std::end(kKinds) ? std::nullopt : std::optional(kind->kind);
+}
+
+}  // namespace
+
+VolumeSettings ReadVolumeSettings(const RegistrySnapshot& registry, const HostPlace& place) {
+    std::u16string names = WideFromUtf8(
+        std::string_view(place.path).substr(place.top + 1, place.root - place.top - 1));
+    std::replace(names.begin(), names.end(), u'/', u'\\');
+    const RegistryKey* key =
+        registry.tree.Find({RegistryRoot::kLocalMachine, std::u16string(kVolumesKey) + names});
+    VolumeSettings settings;
+    if (key != nullptr) {
+        settings.label = ReadText(*key, u"LABEL").value_or(u"");
+        settings.kind = ReadKind(*key);
+        settings.serial = ReadNumber(*key, u"SERIAL");
+        settings.empty = ReadNumber(*key, u"EMPTY").value_or(0) != 0;
+    }
+    return settings;
+}
+
+}  // namespace brevik::platform

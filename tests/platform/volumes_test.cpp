@@ -1,0 +1,277 @@
+// Volumes: what the host tells about them, and what the machine's registry tells in its place.
+
+#include "platform/volumes.h"
+
+#include <gtest/gtest.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/folders.h"
+#include "platform/posix/host_text.h"
+#include "platform/posix/machine.h"
+#include "support/test_machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path MachineFolder() {
+    return Machine::Current().Folder();
+}
+
+// The values of the volume's key, in the registry's text form; each replaces all before it.
+void Tell(const std::string& key, const std::string& values) {
+    const fs::path file = MachineFolder() / "registry.reg";
+    std::ofstream(file.string() + ".new")
+        << "Windows Registry Editor Version 5.00\n\n"
+        << "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Brevik\\Volumes\\" << key << "]\n"
+        << values << "\n";
+    fs::rename(file.string() + ".new", file);
+}
+
+struct Answer {
+    DWORD error = 0;
+    std::string label;
+    DWORD serial = 0;
+    DWORD longestName = 0;
+    DWORD flags = 0;
+    std::string fileSystem;
+};
+
+Answer Ask(const WCHAR* root) {
+    Answer answer;
+    WCHAR label[256] = u"";
+    WCHAR fileSystem[16] = u"";
+    SetLastError(0);
+    if (!GetVolumeInformationW(root, label, 256, &answer.serial, &answer.longestName, &answer.flags,
+                               fileSystem, 16)) {
+        answer.error = GetLastError();
+    }
+    answer.label = Utf8FromWide(label);
+    answer.fileSystem = Utf8FromWide(fileSystem);
+    return answer;
+}
+
+class Volumes : public testing::Test {
+  protected:
+    void SetUp() override {
+        fs::create_directories(MachineFolder() / "shares/Srv/Music");
+        fs::create_directories(MachineFolder() / "drives/m");
+        std::ofstream(MachineFolder() / "drives/c/file") << "text";
+        fs::remove(MachineFolder() / "registry.reg");
+        ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\Windows"));
+    }
+};
+
+TEST_F(Volumes, AnswerForRootsAlone) {
+    const struct {
+        const WCHAR* root;
+        DWORD error;
+    } cases[] = {
+        {u"C:\\", 0},
+        {u"c:\\", 0},
+        {u"\\\\?\\C:\\", 0},
+        {u"C:\\windows\\..\\", 0},
+        {u"\\", 0},
+        {nullptr, 0},
+        {u"C:", 123},
+        {u"C:\\windows", 123},
+        {u"C:\\windows\\", 144},
+        {u"C:\\missing\\", 2},
+        {u"C:\\missing\\more\\", 3},
+        {u"C:\\file\\", 267},
+        {u"Q:\\", 3},
+        {u"1:\\", 3},
+        {u"\\\\nosrv\\share\\", 53},
+        {u"\\\\nosrv\\share", 53},
+        {u"\\\\srv\\noshare\\", 53},
+        {u"\\\\srv\\music\\", 0},
+        {u"\\\\?\\UNC\\SRV\\Music\\", 0},
+        {u"\\\\srv\\music", 123},
+        {u"", 3},
+        {u"x", 123},
+        {u"x\\", 2},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(Ask(row.root).error, row.error) << Utf8FromWide(row.root ? row.root : u"null");
+    }
+}
+
+TEST_F(Volumes, HaveTheHostsFacts) {
+    const Answer answer = Ask(u"C:\\");
+    struct statvfs host;
+    ASSERT_EQ(statvfs(MachineFolder().c_str(), &host), 0);
+    EXPECT_EQ(answer.label, "");
+    EXPECT_EQ(answer.longestName, host.f_namemax);
+    EXPECT_FALSE(answer.fileSystem.empty());
+    EXPECT_EQ(answer.flags & 0x0008'0006, 6u);
+    EXPECT_NE(answer.serial, 0u);
+
+    // A drive that leads to another file system has that one's.
+    fs::create_directory_symlink("/proc", MachineFolder() / "drives/p");
+    EXPECT_NE(Ask(u"P:\\").fileSystem, answer.fileSystem);
+    fs::remove(MachineFolder() / "drives/p");
+    fs::create_directory_symlink(MachineFolder() / "drives/c", MachineFolder() / "drives/p");
+    EXPECT_EQ(Ask(u"P:\\").serial, answer.serial);
+    fs::remove(MachineFolder() / "drives/p");
+    EXPECT_EQ(Ask(u"P:\\").error, 3u);
+}
+
+TEST_F(Volumes, FillWhatFits) {
+    Tell("C", "\"Label\"=\"Work\"");
+    WCHAR label[5] = u"?";
+    DWORD serial = 0;
+    EXPECT_TRUE(GetVolumeInformationW(u"C:\\", nullptr, 9, nullptr, nullptr, nullptr, nullptr, 9));
+    EXPECT_TRUE(GetVolumeInformationW(u"C:\\", label, 0, nullptr, nullptr, nullptr, nullptr, 0));
+    EXPECT_EQ(label[0], u'?');
+    EXPECT_FALSE(GetVolumeInformationW(u"C:\\", label, 4, &serial, nullptr, nullptr, nullptr, 0));
+    EXPECT_EQ(GetLastError(), 234u);
+    EXPECT_TRUE(GetVolumeInformationW(u"C:\\", label, 5, nullptr, nullptr, nullptr, nullptr, 0));
+    EXPECT_EQ(Utf8FromWide(label), "Work");
+
+    Tell("C", "\"Label\"=\"" + std::string(300, 'l') + "\"");
+    EXPECT_EQ(Ask(u"C:\\").label, std::string(255, 'l'));
+}
+
+TEST_F(Volumes, AreOfTheirKind) {
+    const struct {
+        const WCHAR* root;
+        UINT kind;
+    } cases[] = {
+        {u"C:\\", 3},
+        {u"c:\\", 3},
+        {u"C:", 3},
+        {u"Q:\\", 1},
+        {u"Z:\\", 3},
+        {u"\\\\nosrv\\share\\", 1},
+        {u"C:\\nofolder\\", 1},
+        {u"C:\\windows\\", 3},
+        {u"\\\\srv\\music\\", 4},
+        {u"\\\\SRV\\music", 4},
+        {u"C:\\file", 1},
+        {nullptr, 3},
+        {u"", 1},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(GetDriveTypeW(row.root), row.kind) << Utf8FromWide(row.root ? row.root : u"null");
+    }
+    const std::pair<const char*, UINT> kinds[] = {{"fixed", 3},  {"Removable", 2}, {"CDROM", 5},
+                                                  {"remote", 4}, {"floppy", 3},    {"", 3}};
+    for (const auto& [name, kind] : kinds) {
+        Tell("m", std::string("\"Kind\"=\"") + name + "\"");
+        EXPECT_EQ(GetDriveTypeW(u"M:\\"), kind) << name;
+    }
+    Tell("M", "\"Kind\"=dword:00000005");
+    EXPECT_EQ(GetDriveTypeW(u"M:\\"), 3u);
+}
+
+TEST_F(Volumes, TellTheRoomOfTheHost) {
+    const struct {
+        const WCHAR* folder;
+        DWORD error;
+    } cases[] = {
+        {u"C:\\", 0},           {u"C:\\windows", 0}, {nullptr, 0},
+        {u"\\\\srv\\music", 0}, {u"Q:\\", 3},        {u"C:\\no", 2},
+        {u"C:\\file", 267},     {u"\\\\no\\no", 53}, {u"C:\\a*", 123},
+    };
+    for (const auto& row : cases) {
+        SetLastError(0);
+        EXPECT_EQ(GetDiskFreeSpaceExW(row.folder, nullptr, nullptr, nullptr), row.error == 0);
+        EXPECT_EQ(GetLastError(), row.error) << Utf8FromWide(row.folder ? row.folder : u"null");
+    }
+    struct statvfs host;
+    ASSERT_EQ(statvfs(MachineFolder().c_str(), &host), 0);
+    ULARGE_INTEGER caller = {};
+    ULARGE_INTEGER total = {};
+    ULARGE_INTEGER free = {};
+    ASSERT_TRUE(GetDiskFreeSpaceExW(u"C:\\Windows", &caller, &total, &free));
+    EXPECT_EQ(total.QuadPart, host.f_blocks * host.f_frsize);
+    EXPECT_LE(caller.QuadPart, free.QuadPart);
+    EXPECT_LE(free.QuadPart, total.QuadPart);
+    EXPECT_GT(caller.QuadPart, 0u);
+}
+
+TEST_F(Volumes, FollowTheRegistryWhileTheProcessRuns) {
+    const DWORD hostSerial = Ask(u"M:\\").serial;
+    Tell("M", "\"Label\"=\"First \xC3\xA9\"\n\"Serial\"=dword:12345678");
+    EXPECT_EQ(Ask(u"m:\\").label, "First \xC3\xA9");
+    EXPECT_EQ(Ask(u"M:\\").serial, 0x12345678u);
+    EXPECT_EQ(Ask(u"C:\\").label, "");
+    Tell("m", "\"label\"=\"Second\"\n\"kind\"=\"removable\"");
+    EXPECT_EQ(Ask(u"M:\\").label, "Second");
+    EXPECT_EQ(Ask(u"M:\\").serial, hostSerial);
+
+    // A drive without its medium is still a drive.
+    Tell("M", "\"Kind\"=\"cdrom\"\n\"Empty\"=dword:00000001");
+    EXPECT_EQ(Ask(u"M:\\").error, 21u);
+    EXPECT_EQ(GetDriveTypeW(u"M:\\"), 5u);
+    EXPECT_FALSE(GetDiskFreeSpaceExW(u"M:\\", nullptr, nullptr, nullptr));
+    EXPECT_EQ(GetLastError(), 21u);
+    EXPECT_EQ(GetDriveTypeW(u"M:\\x\\"), 1u);
+    Tell("M", "\"Kind\"=\"cdrom\"\n\"Empty\"=dword:00000000");
+    EXPECT_EQ(Ask(u"M:\\").error, 0u);
+
+    Tell("SRV\\MUSIC", "\"Label\"=\"Music\"");
+    EXPECT_EQ(Ask(u"\\\\srv\\music\\").label, "Music");
+    EXPECT_EQ(Ask(u"\\\\?\\UNC\\Srv\\Music\\").label, "Music");
+    fs::remove(MachineFolder() / "registry.reg");
+    EXPECT_EQ(Ask(u"\\\\srv\\music\\").label, "");
+}
+
+TEST_F(Volumes, FollowTheFolderOfTheDrive) {
+    const fs::path link = MachineFolder() / "drives/k";
+    const auto leadTo = [&](const fs::path& folder) {
+        fs::remove(link);
+        fs::create_directory_symlink(folder, link);
+    };
+    leadTo("/proc");
+    const std::string first = Ask(u"K:\\").fileSystem;
+    leadTo(MachineFolder());
+    EXPECT_NE(Ask(u"K:\\").fileSystem, first);
+
+    // A removable drive is there while its mount point is not.
+    leadTo(MachineFolder() / "unmounted");
+    EXPECT_EQ(Ask(u"K:\\").error, 3u);
+    EXPECT_EQ(GetDriveTypeW(u"K:\\"), 1u);
+    Tell("K", "\"Kind\"=\"removable\"");
+    EXPECT_EQ(Ask(u"K:\\").error, 21u);
+    EXPECT_EQ(GetDriveTypeW(u"K:\\"), 2u);
+    fs::create_directory(MachineFolder() / "unmounted");
+    EXPECT_EQ(Ask(u"K:\\").error, 0u);
+    fs::remove(link);
+
+    // The share that is spelled as asked for wins from the moment it is there.
+    ASSERT_EQ(Ask(u"\\\\srv\\MUSIC\\").error, 0u);
+    fs::create_directory(MachineFolder() / "shares/srv");
+    EXPECT_EQ(Ask(u"\\\\srv\\MUSIC\\").error, 53u);
+    fs::remove(MachineFolder() / "shares/srv");
+    EXPECT_EQ(Ask(u"\\\\srv\\MUSIC\\").error, 0u);
+}
+
+TEST_F(Volumes, AreAskedOnManyThreads) {
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([] {
+            for (int round = 0; round < 500; ++round) {
+                const Answer answer = Ask(u"M:\\");
+                ASSERT_EQ(answer.error, 0u);
+                ASSERT_TRUE(answer.label == "" || answer.label == "One" || answer.label == "Two");
+            }
+        });
+    }
+    for (int round = 0; round < 50; ++round) {
+        Tell("M", round % 2 == 0 ? "\"Label\"=\"One\"" : "\"Label\"=\"Two\"");
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(Ask(u"M:\\").label, "Two");
+}
+
+}  // namespace
