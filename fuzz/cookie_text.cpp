@@ -24,6 +24,16 @@ void Parse(StorageParser& parser, const Utf8String& text) {
     parser.LeaveOutIllFormed(text);
 }
 
+// The sections as they stand ahead of the attributes, whose ";" ends the last one. Sections that
+// are written as nothing may leave a separator at the end.
+Utf8String Written(const StorageParser& parser) {
+    Utf8String text = parser.FormatSections();
+    if (text.ends_with(NarrowToUtf8("; "))) {
+        text.resize(text.size() - 2);
+    }
+    return text + Utf8String{';'};
+}
+
 std::array<Utf8String, 4> Split(const std::uint8_t* data, std::size_t size) {
     std::array<Utf8String, 4> parts;
     const std::uint8_t* const end = data + size;
@@ -41,11 +51,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto [text, name, key, value] = Split(data, size);
     StorageParser parser;
     Parse(parser, text);
-    const Utf8String written = parser.FormatSections();
+    const Utf8String written = Written(parser);
     StorageParser again;
     Parse(again, written);
     Require(parser.EndedEarly() || again.EndedEarly() || WideToUtf8(Utf8ToWide(text)) != text ||
-            again.FormatSections() == written);
+            Written(again) == written);
 
     const Utf8String section = parser.SectionOfWrite(name);
     parser.StoreValue(name, key, value);

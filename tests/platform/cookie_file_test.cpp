@@ -16,6 +16,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 constexpr const char* kUrl = "http://www.example.test";
 constexpr const char* kRow = ".www.example.test\tTRUE\t/\tFALSE\t0\ta\t1\n";
 
@@ -45,7 +47,7 @@ TEST_F(CookieFileOnDisk, LinesThatAreNotUnderstoodStayInTheirPlaces) {
         "#HttpOnly_ broken line\n",
         "example.test\tTRUE\t/\tFALSE\t0\r\n",
         "example.test\tmaybe\t/\tFALSE\t0\tn\tv\n",
-        std::string("example.test\tTRUE\t/\tFALSE\t0\tn\tnul\0here\n", 42),
+        "example.test\tTRUE\t/\tFALSE\t0\tn\tnul\0here\n"s,
         "example.test\tTRUE\t/\tFALSE\t0\tn\tseven\ttabs\n",
         "\tTRUE\t/\tFALSE\t0\tno domain\tv\n",
         "# the last line has no end",

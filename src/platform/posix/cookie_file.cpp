@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <limits>
+#include <utility>
 
 #include "platform/posix/machine.h"
 
@@ -196,27 +197,29 @@ std::optional<CookieRow> CookieFile::TakeSeen(const CookiePair& pair, const Cook
     if (seen == lines_.rend()) {
         return {};
     }
-    std::optional<CookieRow> row = std::move(seen->row);
-    lines_.erase(std::next(seen).base());
-    return row;
+    return std::exchange(*seen, Line()).row;
 }
 
 bool CookieFile::RemoveReplaced(const CookieRow& row, const CookieUrl& url, std::int64_t now) {
-    bool isAllowed = true;
-    std::erase_if(lines_, [&](const Line& line) {
-        const bool isReplaced = line.row && line.row->name == row.name &&
-                                line.row->domain == row.domain && line.row->path == row.path;
-        isAllowed = isAllowed && !(isReplaced && IsProtected(*line.row, url, now));
-        return isReplaced;
-    });
-    return isAllowed;
+    for (Line& line : lines_) {
+        if (line.row && line.row->name == row.name && line.row->domain == row.domain &&
+            line.row->path == row.path) {
+            if (IsProtected(*line.row, url, now)) {
+                return false;
+            }
+            line = Line();
+        }
+    }
+    return true;
 }
 
 void CookieFile::Append(const CookieRow& row) {
-    if (lines_.empty()) {
+    const auto last = std::find_if(lines_.rbegin(), lines_.rend(),
+                                   [](const Line& line) { return !line.text.empty(); });
+    if (last == lines_.rend()) {
         lines_.push_back({std::string(kHeader), {}});
-    } else if (!lines_.back().text.ends_with('\n')) {
-        lines_.back().text += '\n';
+    } else if (!last->text.ends_with('\n')) {
+        last->text += '\n';
     }
     lines_.push_back({FormatRow(row), row});
 }

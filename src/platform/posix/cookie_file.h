@@ -58,7 +58,7 @@ class PLATFORM_API CookieFile {
 
   private:
     struct Line {
-        std::string text;              // with its end
+        std::string text;              // with its end; empty once it is taken out
         std::optional<CookieRow> row;  // nothing for a line that is not understood
     };
 
