@@ -1,6 +1,7 @@
 // Holds the places of operations that are being written until they are there.
 
 #include "platform/files.h"
+#include "platform/shell_links.h"
 #include "platform/volumes.h"
 
 namespace brevik::platform {
@@ -18,6 +19,26 @@ __attribute__((weak)) UINT GetDriveTypeW(const WCHAR*) {
 __attribute__((weak)) BOOL GetVolumeInformationW(const WCHAR*, WCHAR*, DWORD, DWORD*, DWORD*,
                                                  DWORD*, WCHAR*, DWORD) {
     return TRUE;
+}
+
+__attribute__((weak)) HANDLE FindFirstFileW(const WCHAR*, WIN32_FIND_DATAW*) {
+    SetLastError(ERROR_NOT_SUPPORTED);
+    return INVALID_HANDLE_VALUE;
+}
+
+__attribute__((weak)) BOOL FindNextFileW(HANDLE, WIN32_FIND_DATAW*) {
+    SetLastError(ERROR_NOT_SUPPORTED);
+    return FALSE;
+}
+
+__attribute__((weak)) BOOL FindClose(HANDLE) {
+    SetLastError(ERROR_NOT_SUPPORTED);
+    return FALSE;
+}
+
+__attribute__((weak)) HRESULT CoCreateInstance(REFCLSID, IUnknown*, DWORD, REFIID, void** object) {
+    *object = nullptr;
+    return REGDB_E_CLASSNOTREG;
 }
 
 }  // namespace brevik::platform

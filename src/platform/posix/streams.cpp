@@ -39,4 +39,8 @@ std::FILE* _fdopen(int descriptor, const char* mode) {
     return fdopen(descriptor, mode);
 }
 
+int _close(int descriptor) {
+    return close(descriptor);
+}
+
 }  // namespace brevik::platform

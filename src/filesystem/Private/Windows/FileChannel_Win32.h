@@ -2,14 +2,13 @@
 #pragma once
 
 #include "filesystem/FileChannel_IF.h"
-#include "filesystem/Private/Windows/FileSpec_Win32.h"
-#include "platform/files.h"
+#include "platform/types.h"
 #include "text/CriticalSection.h"
 
 class FileChannel_Win32 : public FileChannel_IF {
   public:
     // Opens the file with bits of FileChannelMode.
-    FileChannel_Win32(const SharedHandle<FileSpec_Win32>& file, std::uint32_t openMode);
+    FileChannel_Win32(const SharedHandle<FileSpec_IF>& file, std::uint32_t openMode);
     FileChannel_Win32(const FileChannel_Win32&) = delete;
     FileChannel_Win32& operator=(const FileChannel_Win32&) = delete;
     ~FileChannel_Win32() override;
@@ -28,10 +27,10 @@ class FileChannel_Win32 : public FileChannel_IF {
 
   private:
     std::uint64_t Seek(std::uint64_t distance, DWORD method);
-    [[noreturn]] void Fail() const;
+    [[noreturn]] void Fail(DWORD code) const;
 
     HANDLE handle = nullptr;
     std::uint32_t mode;
-    SharedHandle<FileSpec_Win32> spec;
+    SharedHandle<FileSpec_IF> spec;
     VelmarCriticalSection lock;
 };

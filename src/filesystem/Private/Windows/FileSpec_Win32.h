@@ -23,6 +23,7 @@ class FileSpec_Win32 : public FileSpec_IF,
     // Parses a path that is not empty. With a volume given, the path has to lie on that one. Made
     // through std::make_shared alone.
     FileSpec_Win32(const FilePath& filePath, const SharedHandle<Volume_IF>& onVolume);
+    FileSpec_Win32(WideString text, const SharedHandle<Volume_IF>& onVolume);
 
     void Create() override;
     void CreateFolder() override;
@@ -73,12 +74,15 @@ class FileSpec_Win32 : public FileSpec_IF,
     const WideString& GetStoredPath() const { return path; }
 
   private:
-    struct Times;
-
-    SharedHandle<FileSpec_IF> MakeVariant(const FilePath& filePath) const;
+    SharedHandle<FileSpec_IF> MakeChildSpec(const WideString& name) const;
+    SharedHandle<FileSpec_IF> MakeVariant(WideString text) const;
     WIN32_FILE_ATTRIBUTE_DATA GetPlatformAttributes() const;
+
+    // Opens what exists, without sharing; raises on failure.
     HANDLE Open(DWORD access, DWORD flags) const;
-    void SetTime(const DateTime& time, const FILETIME* Times::*which) const;
+
+    // A null time is left as it is.
+    void SetTimes(const FILETIME* creation, const FILETIME* access, const FILETIME* write) const;
 
     WideString path;
     WideString root;

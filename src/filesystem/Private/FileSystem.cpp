@@ -1,0 +1,85 @@
+#include "filesystem/FileSystem.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+#include "filesystem/FileException.h"
+#include "filesystem/Private/Windows/API.h"
+#include "filesystem/Private/Windows/ClassFactory.h"
+#include "filesystem/Private/Windows/VolumeRegistry.h"
+#include "platform/errors.h"
+
+namespace {
+
+constexpr DWORD kPathSize = 0x8000;
+
+std::mutex start_lock;
+constinit std::atomic<bool> started = false;
+constinit std::atomic<HMODULE> start_module = nullptr;
+
+void Start(HMODULE module) {
+    start_module = module;
+    FileSystem_Win32::EnsureApi();
+    ClassFactory_IF::SetFactory(std::make_shared<ClassFactory>());
+    WideString path(kPathSize, WCHAR{});
+    if (GetModuleFileNameW(module, path.data(), kPathSize) == 0) {
+        ThrowFileError(GetLastError(), FilePath());
+    }
+    FileSpec{FilePath(path)};
+    started = true;
+}
+
+}  // namespace
+
+void FileSystem_Start(HMODULE module) {
+    const std::lock_guard<std::mutex> hold(start_lock);
+    Start(module);
+}
+
+void FileSystem_Stop() {
+    {
+        const VelmarAutoCriticalSection hold(&FileSystem::GetTempFolderLock());
+        FolderSpec& folder = FileSystem::GetTempFolderState();
+        if (!folder.IsNull()) {
+            folder.DeleteTree();
+            folder = FolderSpec();
+        }
+    }
+    const std::lock_guard<std::mutex> hold(start_lock);
+    FileSystem_Win32::ClearVolumes();
+    FileSystem_Win32::ClearApi();
+    started = false;
+}
+
+namespace FileSystem {
+
+bool IsStarted() {
+    return started;
+}
+
+void EnsureStarted() {
+    if (IsStarted()) {
+        return;
+    }
+    const std::lock_guard<std::mutex> hold(start_lock);
+    if (!IsStarted()) {
+        Start(nullptr);
+    }
+}
+
+HMODULE GetModule() {
+    return start_module;
+}
+
+FolderSpec& GetTempFolderState() {
+    static FolderSpec temp_folder;
+    return temp_folder;
+}
+
+BaseCriticalSection& GetTempFolderLock() {
+    static VelmarCriticalSection lock;
+    return lock;
+}
+
+}  // namespace FileSystem

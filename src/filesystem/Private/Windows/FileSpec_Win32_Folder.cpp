@@ -1,0 +1,105 @@
+// The folder side of a file object: listing it, and deleting it with all that
+// it holds.
+
+#include <memory>
+#include <string_view>
+
+#include "filesystem/FileSpec.h"
+#include "filesystem/Private/Windows/API.h"
+#include "filesystem/Private/Windows/FileSpec_Win32.h"
+
+namespace {
+
+bool IsDots(const WCHAR* name) {
+    const std::basic_string_view<WCHAR> text(name);
+    return text == WIDE(".") || text == WIDE("..");
+}
+
+}  // namespace
+
+class FileSpec_Win32::Iterator : public FolderSpec_Iterator {
+  public:
+    explicit Iterator(const SharedHandle<FileSpec_Win32>& listed);
+    Iterator(const Iterator&) = delete;
+    Iterator& operator=(const Iterator&) = delete;
+    ~Iterator() override { End(); }
+
+    SharedHandle<FileSpec_IF> Next() override;
+
+  private:
+    void Step();
+    void SkipDots();
+    void End();
+
+    SharedHandle<FileSpec_Win32> folder;
+    HANDLE find = nullptr;  // null once the listing has ended
+    WIN32_FIND_DATAW data;  // the entry that the next call of Next hands out
+};
+
+FileSpec_Win32::Iterator::Iterator(const SharedHandle<FileSpec_Win32>& listed) : folder(listed) {
+    const WideString pattern =
+        folder->GetLongPath() + (folder->IsRoot() ? WIDE("*.*") : WIDE("\\*.*"));
+    const HANDLE listing = FileSystem_Win32::GetApi()->FindFirstFileW(pattern.c_str(), &data);
+    if (listing == INVALID_HANDLE_VALUE) {
+        folder->Fail(GetLastError());
+    }
+    find = listing;
+    SkipDots();
+}
+
+SharedHandle<FileSpec_IF> FileSpec_Win32::Iterator::Next() {
+    if (find == nullptr) {
+        return nullptr;
+    }
+    SharedHandle<FileSpec_IF> entry = folder->MakeChildSpec(data.cFileName);
+    Step();
+    SkipDots();
+    return entry;
+}
+
+// Whatever the reason, a step that fails is the end of the listing.
+void FileSpec_Win32::Iterator::Step() {
+    if (!FileSystem_Win32::GetApi()->FindNextFileW(find, &data)) {
+        End();
+    }
+}
+
+// The folder itself and the one above are no entries, wherever a platform lists
+// them.
+void FileSpec_Win32::Iterator::SkipDots() {
+    while (find != nullptr && IsDots(data.cFileName)) {
+        Step();
+    }
+}
+
+void FileSpec_Win32::Iterator::End() {
+    if (find != nullptr) {
+        FindClose(find);
+        find = nullptr;
+    }
+}
+
+SharedHandle<FolderSpec_Iterator> FileSpec_Win32::MakeIterator(
+    const SharedHandle<FolderSpec_IF>& self) {
+    return std::make_shared<Iterator>(std::static_pointer_cast<FileSpec_Win32>(self));
+}
+
+void FileSpec_Win32::DeleteContents(bool recursive, const SharedHandle<FolderSpec_IF>& self) {
+    const SharedHandle<FolderSpec_Iterator> listing = MakeIterator(self);
+    while (const SharedHandle<FileSpec_IF> entry = listing->Next()) {
+        if (!entry->IsFolder()) {
+            entry->Delete();
+        } else if (recursive) {
+            const auto folder = std::dynamic_pointer_cast<FolderSpec_IF>(entry);
+            folder->DeleteTree(folder);
+        }
+    }
+}
+
+void FileSpec_Win32::DeleteTree(const SharedHandle<FolderSpec_IF>& self) {
+    if (!IsPresent()) {
+        return;
+    }
+    DeleteContents(true, self);
+    Delete();
+}

@@ -1,0 +1,26 @@
+// Owner of one open handle of the platform.
+#pragma once
+
+#include "platform/handles.h"
+
+namespace FileSystem_Win32 {
+
+class ScopedHandle {
+  public:
+    explicit ScopedHandle(HANDLE handle) : handle_(handle) {}
+    ScopedHandle(const ScopedHandle&) = delete;
+    ScopedHandle& operator=(const ScopedHandle&) = delete;
+    ~ScopedHandle() {
+        if (*this) {
+            CloseHandle(handle_);
+        }
+    }
+
+    explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
+    HANDLE Get() const { return handle_; }
+
+  private:
+    HANDLE handle_;
+};
+
+}  // namespace FileSystem_Win32

@@ -1,0 +1,122 @@
+#include "filesystem/Private/Windows/Volume_Win32.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <string_view>
+
+#include "filesystem/ClassFactory_IF.h"
+#include "filesystem/FileException.h"
+#include "filesystem/FileSpec_IF.h"
+#include "filesystem/Private/Windows/API.h"
+#include "filesystem/Private/Windows/ScopedHandle.h"
+
+namespace {
+
+using FileSystem_Win32::GetApi;
+
+struct SizeLimit {
+    std::basic_string_view<WCHAR> fileSystem;
+    std::uint64_t bytes;
+};
+
+constexpr SizeLimit kSizeLimits[] = {
+    {WIDE("FAT16"), 0x00000000FFFFFFFF},
+    {WIDE("FAT32"), 0x00000000FFFFFFFF},
+    {WIDE("NTFS"), 0xFFFFFFFFFFFF0000},
+};
+constexpr std::uint64_t kNoSizeLimit = 0xFFFFFFFFFFFFFFFF;
+
+}  // namespace
+
+SharedHandle<FileSpec_IF> Volume_Win32::GetRootFolder(const SharedHandle<Volume_IF>& self) {
+    return ClassFactory_IF::MakeFileSpec(FilePath(info.root), self);
+}
+
+std::uint64_t Volume_Win32::GetCapacity() {
+    ULARGE_INTEGER total = {};
+    if (!GetApi()->GetDiskFreeSpaceExW(info.root.c_str(), nullptr, &total, nullptr)) {
+        Fail(GetLastError());
+    }
+    return total.QuadPart;
+}
+
+std::uint64_t Volume_Win32::GetFreeSpace() {
+    ULARGE_INTEGER freeForCaller = {};
+    if (!GetApi()->GetDiskFreeSpaceExW(info.root.c_str(), &freeForCaller, nullptr, nullptr)) {
+        Fail(GetLastError());
+    }
+    return freeForCaller.QuadPart;
+}
+
+std::uint64_t Volume_Win32::GetMaximumFileSize() {
+    const auto* row = std::find_if(
+        std::begin(kSizeLimits), std::end(kSizeLimits),
+        [this](const SizeLimit& limit) { return limit.fileSystem == info.file_system; });
+    return row != std::end(kSizeLimits) ? row->bytes : kNoSizeLimit;
+}
+
+std::uint32_t Volume_Win32::GetMaximumNameLength() {
+    return info.max_name_length;
+}
+
+FilePath Volume_Win32::GetName() {
+    return FilePath(info.label);
+}
+
+bool Volume_Win32::IsCaseSensitive() {
+    return false;
+}
+
+bool Volume_Win32::IsEqual(const SharedHandle<Volume_IF>& other) {
+    return other.get() == this;
+}
+
+bool Volume_Win32::IsMounted() {
+    if (!IsRemovable()) {
+        return true;
+    }
+    try {
+        return VolumeInfo(info.root) == info;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+bool Volume_Win32::IsNetwork() {
+    return GetApi()->GetDriveTypeW(info.root.c_str()) == DRIVE_REMOTE;
+}
+
+bool Volume_Win32::IsRemovable() {
+    const UINT kind = GetApi()->GetDriveTypeW(info.root.c_str());
+    return kind == DRIVE_CDROM || kind == DRIVE_REMOVABLE;
+}
+
+bool Volume_Win32::IsValid() {
+    return IsMounted();
+}
+
+void Volume_Win32::Unmount() {
+    if (!IsRemovable() || info.root[1] != WIDE(':')) {
+        throw VelmarException(".\\Private\\Windows\\FileSystem_Volume_Win32", 145);
+    }
+    const WideString device = WideString(WIDE("\\\\.\\")) + info.root[0] + WIDE(":");
+    const bool isReadOnly = GetApi()->GetDriveTypeW(info.root.c_str()) == DRIVE_CDROM;
+    const FileSystem_Win32::ScopedHandle handle(GetApi()->CreateFileW(
+        device.c_str(), GENERIC_READ | (isReadOnly ? 0 : GENERIC_WRITE),
+        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!handle) {
+        Fail(GetLastError());
+    }
+    // The lock that the first one takes ends with the handle.
+    for (const DWORD step : {FSCTL_LOCK_VOLUME, FSCTL_DISMOUNT_VOLUME}) {
+        DWORD returned = 0;
+        if (!DeviceIoControl(handle.Get(), step, nullptr, 0, nullptr, 0, &returned, nullptr)) {
+            Fail(GetLastError());
+        }
+    }
+}
+
+void Volume_Win32::Fail(DWORD code) const {
+    ThrowFileError(code, FilePath(info.root));
+}
