@@ -4,6 +4,7 @@
 #include <mutex>
 #include <stdexcept>
 
+#include "filesystem/FileSystem.h"
 #include "text/VelmarException.h"
 #include "trace/UTrace.h"
 
@@ -16,14 +17,33 @@ constexpr int kTraceLevel = 4;
 // Set when the start has run to its end; a start that throws is tried again by the next call.
 constinit std::once_flag frame_started;
 
+std::exception_ptr StartFileSystem() noexcept {
+    try {
+        FileSystem::EnsureStarted();
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
+    }
+}
+
 }  // namespace
 
 void StartFrame() {
+    // Most calls do without files: one that cannot start the file library goes on all the same,
+    // once the trace is there to tell, and the next call tries again.
+    const std::exception_ptr failure = StartFileSystem();
     std::call_once(frame_started, [] {
         UTrace::Initialize();
         UTrace::SetClientName(kClientName);
         UTrace::SetLevel(kTraceLevel);
     });
+    if (failure != nullptr) {
+        try {
+            std::rethrow_exception(failure);
+        } catch (...) {
+            ReportException("FileSystem_Start");
+        }
+    }
 }
 
 void ReportException(const char* exportName) noexcept {

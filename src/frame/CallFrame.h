@@ -1,9 +1,9 @@
 // The frame that every exported function runs in.
 //
-// It makes the component model usable on the calling thread, starts the trace on the first call in
-// the process, sees to the sibling library, and runs the call. It is also the barrier that no
-// exception passes: one that reaches it is written to the trace and becomes the call's failure
-// result.
+// It makes the component model usable on the calling thread, starts the file library and the trace
+// on the first call in the process, sees to the sibling library, and runs the call. It is also the
+// barrier that no exception passes: one that reaches it is written to the trace and becomes the
+// call's failure result.
 #pragma once
 
 #include "frame/BrevikConfigModule.h"
@@ -11,7 +11,8 @@
 
 namespace BrevikConfig {
 
-// Runs the one-time start. When it returns, on whatever thread, the start has ended.
+// Runs the one-time start. When it returns, on whatever thread, the start has ended. A failure to
+// start the file library is written to the trace, and the next call starts that again.
 void StartFrame();
 
 // Writes the exception being handled to the trace.
