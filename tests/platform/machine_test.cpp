@@ -43,7 +43,7 @@ TEST(Machine, HasItsFoldersOnFirstUse) {
     EXPECT_EQ(machine, TestMachine::Folder());
     for (const char* folder :
          {"drives/c/ProgramData", "drives/c/Program Files/Common Files",
-          "drives/c/Windows/System32", "drives/c/Windows/Temp", "shares", "users"}) {
+          "drives/c/Windows/System32", "drives/c/Windows/Temp", "shares", "locks", "users"}) {
         EXPECT_TRUE(fs::is_directory(machine / folder)) << folder;
     }
     EXPECT_EQ(fs::read_symlink(machine / "drives/z"), "/");

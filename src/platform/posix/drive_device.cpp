@@ -91,7 +91,7 @@ HANDLE OpenDriveDevice(std::u16string_view path) {
     root += u'\\';
     HANDLE device = nullptr;
     DWORD error = ERROR_FILE_NOT_FOUND;
-    if (FindFile(PlaceOf(root)).error == NO_ERROR) {
+    if (GetDriveTypeW(root.c_str()) != DRIVE_NO_ROOT_DIR) {
         device = OpenHandle(std::make_shared<DriveDevice>(std::move(root)));
         error = device == nullptr ? ERROR_TOO_MANY_OPEN_FILES : NO_ERROR;
     }

@@ -1,0 +1,189 @@
+// Deleting, making, removing and moving files and folders.
+
+#include "platform/files.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/folders.h"
+#include "platform/posix/host_text.h"
+#include "support/drive_files.h"
+#include "support/test_machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Files : public testing::Test {
+  protected:
+    void SetUp() override {
+        folder_ = NewFolder("Files");
+        WriteHostFile(folder_ / "File.txt");
+        WriteHostFile(folder_ / "read-only");
+        fs::permissions(folder_ / "read-only", fs::perms::owner_read);
+        fs::create_directory(folder_ / "Empty");
+        fs::create_directories(folder_ / "Full/Inner");
+        WriteHostFile(folder_ / "Full/Inner/file");
+        ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\"));
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(Files, AreDeletedAsTheSystemDoes) {
+    fs::create_symlink("File.txt", folder_ / "link");
+    const struct {
+        const WCHAR* path;
+        DWORD error;
+    } cases[] = {
+        {u"C:\\Files\\missing", 2},   {u"C:\\Files\\missing\\file", 3}, {u"C:\\Files\\Empty", 5},
+        {u"C:\\Files\\read-only", 5}, {u"C:\\Files\\File.txt\\", 123},  {u"C:\\Files\\*", 123},
+        {u"C:\\Files\\link", 0},      {u"C:\\Files\\FILE.TXT", 0},      {u"C:\\Files\\File.txt", 2},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(ErrorOf(DeleteFileW(row.path)), row.error) << Utf8FromWide(row.path);
+        // A link goes without what it leads to.
+        EXPECT_EQ(fs::exists(folder_ / "File.txt"),
+                  std::u16string_view(row.path).find(u"FILE") == std::u16string_view::npos &&
+                      &row != std::end(cases) - 1);
+    }
+    EXPECT_TRUE(fs::exists(folder_ / "read-only"));
+}
+
+TEST_F(Files, FoldersAreRemovedAsTheSystemDoes) {
+    fs::create_directories(folder_ / "Current");
+    fs::create_directories(folder_ / "Kept");
+    fs::create_directory_symlink("Full", folder_ / "link");
+    ASSERT_TRUE(SetFileAttributesW(u"C:\\Files\\Kept", FILE_ATTRIBUTE_READONLY));
+    ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\Files\\Current"));
+    const struct {
+        const WCHAR* path;
+        DWORD error;
+    } cases[] = {
+        {u"C:\\Files\\missing", 2},
+        {u"C:\\Files\\missing\\folder", 3},
+        {u"C:\\Files\\File.txt", 267},
+        {u"C:\\Files\\Full", 145},
+        {u"C:\\Files\\Kept", 5},
+        {u"C:\\Files\\Current", 32},
+        {u"C:\\", 5},
+        {u"Z:\\", 5},
+        {u"C:\\Files\\empty\\", 0},
+        {u"C:\\Files\\link", 0},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(ErrorOf(RemoveDirectoryW(row.path)), row.error) << Utf8FromWide(row.path);
+    }
+    EXPECT_FALSE(fs::exists(folder_ / "Empty"));
+    EXPECT_FALSE(fs::exists(fs::symlink_status(folder_ / "link")));
+    EXPECT_TRUE(fs::exists(folder_ / "Full/Inner/file"));
+    EXPECT_TRUE(fs::exists(DriveC().parent_path() / "z"));
+    ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\"));
+
+    ASSERT_TRUE(SetFileAttributesW(u"C:\\Files\\Kept", FILE_ATTRIBUTE_NORMAL));
+    EXPECT_TRUE(RemoveDirectoryW(u"C:\\Files\\Kept"));
+}
+
+TEST_F(Files, FoldersAreMadeAsTheSystemDoes) {
+    const struct {
+        const WCHAR* path;
+        DWORD error;
+    } cases[] = {
+        {u"C:\\Files\\EMPTY", 183},
+        {u"C:\\Files\\file.txt", 183},
+        {u"C:\\Files\\a\\b", 3},
+        {u"C:\\Files\\File.txt\\a", 3},
+        {u"C:\\Files\\a?", 123},
+        {u"Q:\\a", 3},
+        {u"C:\\Files\\Trailing\\", 0},
+        {u"C:\\", 183},
+        {u"C:\\files\\Dots...", 0},
+        {u"\\\\?\\C:\\files\\Dots...", 0},
+        {u"", 3},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(ErrorOf(CreateDirectoryW(row.path, nullptr)), row.error)
+            << Utf8FromWide(row.path);
+    }
+    for (const char* made : {"Trailing", "Dots", "Dots..."}) {
+        EXPECT_TRUE(fs::is_directory(folder_ / made)) << made;
+    }
+}
+
+TEST_F(Files, AreMovedAsTheSystemDoes) {
+    WriteHostFile(folder_ / "other");
+    const struct {
+        const WCHAR* from;
+        const WCHAR* to;
+        DWORD error;
+        const char* result;
+    } cases[] = {
+        {u"C:\\Files\\missing", u"C:\\Files\\x", 2, nullptr},
+        {u"C:\\Files\\missing\\a", u"C:\\Files\\x", 3, nullptr},
+        {u"C:\\Files\\File.txt", u"C:\\Files\\OTHER", 183, "File.txt"},
+        {u"C:\\Files\\File.txt", u"C:\\Files\\Empty", 183, "File.txt"},
+        {u"C:\\Files\\Full", u"C:\\Files\\Empty", 183, "Full/Inner"},
+        {u"C:\\Files\\File.txt", u"C:\\Files\\missing\\a", 3, "File.txt"},
+        {u"C:\\Files\\File.txt", u"C:\\Files\\a|b", 123, "File.txt"},
+        {u"C:\\Files\\File.txt\\", u"C:\\Files\\a", 123, "File.txt"},
+        {u"C:\\Files\\File.txt", u"C:\\Files\\a\\", 123, "File.txt"},
+        {u"C:\\Files\\file.txt", u"C:\\Files\\FILE.txt", 0, "FILE.txt"},
+        {u"C:\\Files\\file.TXT", u"C:\\Files\\FILE.txt", 0, "FILE.txt"},
+        {u"C:\\Files\\FILE.txt", u"C:\\Files\\file.txt.", 0, "file.txt"},
+        {u"C:\\Files\\full", u"C:\\files\\full", 0, "full/Inner"},
+        {u"C:\\Files\\full", u"C:\\Files\\FULL\\a", 32, "full/Inner"},
+        {u"C:\\Files\\full", u"C:\\Files\\full\\inner\\deeper", 32, "full/Inner"},
+        {u"C:\\Files\\full", u"C:\\Files\\fuller\\", 0, "fuller/Inner/file"},
+        {u"C:\\Files\\read-only", u"C:\\Files\\EMPTY\\Moved", 0, "Empty/Moved"},
+        {u"C:\\", u"C:\\Files\\x", 5, nullptr},
+        {u"Z:\\", u"C:\\Files\\x", 5, nullptr},
+    };
+    for (const auto& row : cases) {
+        const std::string what = Utf8FromWide(row.from) + " to " + Utf8FromWide(row.to);
+        EXPECT_EQ(ErrorOf(MoveFileW(row.from, row.to)), row.error) << what;
+        EXPECT_TRUE(row.result == nullptr || fs::exists(folder_ / row.result)) << what;
+    }
+    EXPECT_FALSE(fs::exists(folder_ / "read-only"));
+    EXPECT_EQ(ReadHostFile(folder_ / "other"), "text");
+    EXPECT_EQ(AttributesAt(u"C:\\Files\\Empty\\Moved"), 0x21u);
+}
+
+TEST_F(Files, AreMovedToAnotherVolume) {
+    const fs::path media = TestMachine::ScratchFolder() / "media";
+    fs::create_directories(media);
+    fs::create_directory_symlink(media, DriveC().parent_path() / "m");
+    EXPECT_EQ(ErrorOf(MoveFileW(u"C:\\Files\\Full", u"M:\\Full")), 17u);
+    EXPECT_TRUE(MoveFileW(u"C:\\Files\\read-only", u"M:\\Moved"));
+    EXPECT_EQ(ReadHostFile(media / "Moved"), "text");
+    EXPECT_FALSE(fs::exists(folder_ / "read-only"));
+}
+
+// Of several that want a name one gets it.
+TEST_F(Files, OneOfManyMakesAFile) {
+    for (int round = 0; round < 20; ++round) {
+        const std::u16string name =
+            u"C:\\Files\\one" + std::u16string(1, static_cast<char16_t>(u'a' + round));
+        std::atomic<int> made = 0;
+        std::atomic<int> moved = 0;
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < 4; ++thread) {
+            threads.emplace_back([&, thread] {
+                const std::u16string own = name + static_cast<char16_t>(u'0' + thread);
+                made += OpenedFile(name, 0, 0, CREATE_NEW).IsOpen();
+                EXPECT_TRUE(CreateDirectoryW(own.c_str(), nullptr));
+                moved += MoveFileW(own.c_str(), (name + u"-moved").c_str());
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(made, 1);
+        EXPECT_EQ(moved, 1);
+    }
+}
+
+}  // namespace
