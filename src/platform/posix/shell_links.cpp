@@ -1,0 +1,218 @@
+#include "platform/shell_links.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/files.h"
+#include "platform/posix/built_in_classes.h"
+#include "platform/posix/paths.h"
+#include "platform/posix/shortcut_file.h"
+
+namespace brevik::platform {
+namespace {
+
+// No shortcut comes near it.
+constexpr DWORD kLargestFile = 1 << 20;
+
+constexpr HRESULT ResultOf(DWORD error) {
+    return MakeHResult(0x8007'0000 | (error & 0xFFFF));
+}
+
+// Closes a file at the end of a scope.
+class ScopedFile {
+  public:
+    explicit ScopedFile(HANDLE file) : file_(file) {}
+    ScopedFile(const ScopedFile&) = delete;
+    ScopedFile& operator=(const ScopedFile&) = delete;
+    ~ScopedFile() {
+        if (IsOpen()) {
+            CloseHandle(file_);
+        }
+    }
+    bool IsOpen() const { return file_ != INVALID_HANDLE_VALUE; }
+    HANDLE Get() const { return file_; }
+
+  private:
+    HANDLE file_;
+};
+
+HRESULT ReadShortcut(const WCHAR* path, std::optional<Shortcut>* shortcut) {
+    const ScopedFile file(CreateFileW(path, GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    DWORD high = 0;
+    const DWORD size = file.IsOpen() ? GetFileSize(file.Get(), &high) : INVALID_FILE_SIZE;
+    if (size == INVALID_FILE_SIZE && GetLastError() != NO_ERROR) {
+        return ResultOf(GetLastError());
+    }
+    if (high != 0 || size > kLargestFile) {
+        return E_FAIL;
+    }
+    std::string bytes(size, '\0');
+    DWORD done = 0;
+    if (!ReadFile(file.Get(), bytes.data(), size, &done, nullptr)) {
+        return ResultOf(GetLastError());
+    }
+    bytes.resize(done);
+    *shortcut = ParseShortcut(bytes);
+    return *shortcut ? S_OK : E_FAIL;
+}
+
+bool IsAbsolute(std::u16string_view path) {
+    return path.starts_with(u"\\\\") || path.substr(0, 3).ends_with(u":\\");
+}
+
+std::u16string_view LastName(std::u16string_view path) {
+    return path.substr(path.find_last_of(u'\\') + 1);
+}
+
+std::u16string InFolder(std::u16string_view folder, std::u16string_view name) {
+    return FullPath(std::u16string(folder) + u'\\' + std::u16string(name));
+}
+
+std::u16string WithoutPrefix(std::u16string path) {
+    if (path.starts_with(u"\\\\?\\UNC\\")) {
+        path.erase(2, 6);
+    } else if (path.starts_with(u"\\\\?\\")) {
+        path.erase(0, 4);
+    }
+    return path;
+}
+
+void CopyCut(std::u16string_view text, WCHAR* target, std::size_t size) {
+    *std::copy_n(text.begin(), std::min(text.size(), size - 1), target) = u'\0';
+}
+
+// One link at a time; used by one thread at a time, as its apartment would have it.
+class ShellLink final : public IShellLinkW, public IPersistFile {
+  public:
+    virtual ~ShellLink() = default;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (object == nullptr) {
+            return E_POINTER;
+        }
+        *object = nullptr;
+        if (iid == IID_IUnknown || iid == IID_IShellLinkW) {
+            *object = static_cast<IShellLinkW*>(this);
+        } else if (iid == IID_IPersistFile) {
+            *object = static_cast<IPersistFile*>(this);
+        } else {
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    }
+
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --references_;
+        if (left == 0) {
+            delete this;
+        }
+        return left;
+    }
+
+    HRESULT STDMETHODCALLTYPE Load(const WCHAR* path, DWORD) override {
+        if (path == nullptr) {
+            return E_INVALIDARG;
+        }
+        std::optional<Shortcut> shortcut;
+        const HRESULT result = ReadShortcut(path, &shortcut);
+        if (SUCCEEDED(result)) {
+            shortcut_ = *std::move(shortcut);
+            const std::u16string full = FullPath(path);
+            folder_ = full.substr(0, full.find_last_of(u'\\'));
+            resolved_.clear();
+        }
+        return result;
+    }
+
+    HRESULT STDMETHODCALLTYPE Resolve(HWND, DWORD) override {
+        // A link to something that has no path, such as a panel of the shell, is settled as it is.
+        HRESULT result = S_OK;
+        for (const std::u16string& place : PlacesToLook()) {
+            if (place.empty()) {
+                continue;
+            }
+            const HostFile found = FindFile(PlaceOf(place));
+            if (found.error == 0) {
+                resolved_ = WithoutPrefix(place);
+                return S_OK;
+            }
+            // Why it is not where the link says tells more than why it is nowhere else.
+            result = FAILED(result) ? result : ResultOf(found.error);
+        }
+        return result;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetPath(WCHAR* path, int size, WIN32_FIND_DATAW* data,
+                                      DWORD flags) override {
+        if (path == nullptr || size <= 0) {
+            return E_INVALIDARG;
+        }
+        const std::u16string& target = Target((flags & SLGP_UNCPRIORITY) != 0);
+        CopyCut(target, path, static_cast<std::size_t>(size));
+        if (data != nullptr) {
+            *data = {};
+            data->dwFileAttributes = shortcut_.attributes;
+            data->ftCreationTime = shortcut_.creation;
+            data->ftLastAccessTime = shortcut_.access;
+            data->ftLastWriteTime = shortcut_.write;
+            data->nFileSizeLow = shortcut_.size;
+            CopyCut(LastName(target), data->cFileName, MAX_PATH);
+        }
+        return target.empty() ? S_FALSE : S_OK;
+    }
+
+  private:
+    // Where the target may be, the likeliest place first.
+    std::array<std::u16string, 4> PlacesToLook() const {
+        const std::u16string& relative = shortcut_.relativePath;
+        std::u16string besideLink = IsAbsolute(relative) ? relative : std::u16string();
+        if (!relative.empty() && besideLink.empty()) {
+            besideLink = InFolder(folder_, relative);
+        }
+        const std::u16string_view name = LastName(besideLink);
+        return {shortcut_.sharePath, shortcut_.localPath, besideLink,
+                name.empty() || !IsAbsolute(shortcut_.workingFolder)
+                    ? std::u16string()
+                    : InFolder(shortcut_.workingFolder, name)};
+    }
+
+    // The path as it was settled, else as the link says.
+    const std::u16string& Target(bool shareFirst) const {
+        if (!resolved_.empty()) {
+            return resolved_;
+        }
+        const bool share = shareFirst ? !shortcut_.sharePath.empty() : shortcut_.localPath.empty();
+        return share ? shortcut_.sharePath : shortcut_.localPath;
+    }
+
+    std::atomic<ULONG> references_ = 1;
+    Shortcut shortcut_;
+    std::u16string folder_;    // of the link
+    std::u16string resolved_;  // empty until it is settled
+};
+
+}  // namespace
+
+HRESULT CreateShellLink(REFIID iid, void** object) {
+    *object = nullptr;
+    auto* link = new (std::nothrow) ShellLink;
+    if (link == nullptr) {
+        return E_OUTOFMEMORY;
+    }
+    const HRESULT result = link->QueryInterface(iid, object);
+    link->Release();
+    return result;
+}
+
+}  // namespace brevik::platform
