@@ -1,0 +1,12 @@
+#include "filesystem/Private/PathNames.h"
+
+namespace FileSystem {
+
+PathNames::PathNames(const FileSpec& file) : root(file) {
+    while (!root.IsRoot()) {
+        names.push_front(root.GetName());
+        root = root.MakeParent();
+    }
+}
+
+}  // namespace FileSystem
