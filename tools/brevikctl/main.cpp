@@ -9,6 +9,7 @@
 #include <exception>
 
 #include "cookie.h"
+#include "file.h"
 #include "trace.h"
 
 namespace {
@@ -37,6 +38,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.footer(kFooter);
     AddCookieCommands(app);
+    AddFileCommands(app);
     AddTraceCommands(app);
     try {
         app.parse(argc, argv);

@@ -1,0 +1,96 @@
+#include "progress_bar.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "terminal.h"
+#include "text/VelmarText.h"
+
+namespace {
+
+volatile sig_atomic_t stopSignal = 0;
+
+void Stop(int number) {
+    stopSignal = number;
+}
+
+std::size_t TerminalWidth() {
+    constexpr std::size_t kUsual = 80;
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : kUsual;
+}
+
+// At most `width` characters of the text's end, which says more of a path than its beginning.
+std::string EndOf(const std::string& text, std::size_t width) {
+    std::size_t start = text.size();
+    for (std::size_t shown = 0; start > 0 && shown < width; ++shown) {
+        do {
+            --start;
+        } while (start > 0 && (text[start] & 0xC0) == 0x80);
+    }
+    return text.substr(start);
+}
+
+}  // namespace
+
+ProgressBar::ProgressBar() : isShown_(isatty(STDERR_FILENO) == 1) {
+    struct sigaction action = {};
+    action.sa_handler = Stop;
+    for (std::size_t i = 0; i < std::size(kSignals); ++i) {
+        sigaction(kSignals[i], &action, &before_[i]);
+    }
+}
+
+ProgressBar::~ProgressBar() {
+    Clear();
+    for (std::size_t i = 0; i < std::size(kSignals); ++i) {
+        sigaction(kSignals[i], &before_[i], nullptr);
+    }
+}
+
+int ProgressBar::GetSignal() {
+    return stopSignal;
+}
+
+bool ProgressBar::IsCancelled() {
+    return stopSignal != 0;
+}
+
+void ProgressBar::SetMessage(const VelmarText& message) {
+    message_ = SafeText(Utf8ToNarrow(message.GetText()));
+}
+
+void ProgressBar::SetProgress(double position) {
+    constexpr auto kBetweenDrawings = std::chrono::milliseconds(100);
+    const auto now = std::chrono::steady_clock::now();
+    if (!isShown_ || now < nextDrawing_) {
+        return;
+    }
+    nextDrawing_ = now + kBetweenDrawings;
+    Draw(std::clamp(position, 0.0, 1.0));
+}
+
+void ProgressBar::Clear() {
+    if (isDrawn_) {
+        WriteText(STDERR_FILENO, "\r\x1b[K");
+        isDrawn_ = false;
+    }
+}
+
+void ProgressBar::Draw(double position) {
+    constexpr std::size_t kBarWidth = 20;
+    constexpr std::size_t kAroundMessage = kBarWidth + 10;
+    const auto done = static_cast<std::size_t>(std::lround(position * kBarWidth));
+    char percent[8];
+    std::snprintf(percent, sizeof percent, "%3.0f%%", position * 100);
+    const std::size_t width = TerminalWidth();
+    WriteText(STDERR_FILENO,
+              "\r\x1b[K[" + std::string(done, '#') + std::string(kBarWidth - done, '.') + "] " +
+                  percent + " " +
+                  EndOf(message_, width > kAroundMessage ? width - kAroundMessage : 0));
+    isDrawn_ = true;
+}
