@@ -117,7 +117,7 @@ Utf8String StorageParser::Format(const Utf8String& domain) const {
 }
 
 Utf8String StorageParser::FormatSections() const {
-    static const Utf8String kSeparator = {';', ' '};
+    static constexpr unsigned char kSeparator[] = {';', ' ', '\0'};
     Utf8String text;
     for (auto section = sections_.begin(); section != sections_.end(); ++section) {
         const Utf8String cookie = FormatSection(section->first, section->second);
@@ -156,9 +156,7 @@ bool StorageParser::ReadsBack(const Utf8String& name, const Utf8String& key,
     later.Parse(text.c_str(), static_cast<std::uint32_t>(text.size()));
     // A read takes its name and key through the narrow code page.
     const auto found = later.sections_.find(NarrowToUtf8(Utf8ToNarrow(name)));
-    const auto stored = sections_.find(name);
-    if (later.EndedEarly() || found == later.sections_.end() || stored == sections_.end() ||
-        found->second != stored->second) {
+    if (later.EndedEarly() || found == later.sections_.end()) {
         return false;
     }
     const auto item = found->second.find(NarrowToUtf8(Utf8ToNarrow(key)));

@@ -50,8 +50,7 @@ class StorageParser {
     // that it came with, so that whoever wrote it finds it as it was.
     Utf8String FormatSections() const;
 
-    // Whether a later read of FormatSections finds the value, with the rest of its section as it is
-    // here.
+    // Whether a later read of FormatSections finds the value. A missing one is never found.
     bool ReadsBack(const Utf8String& name, const Utf8String& key, const Utf8String& value) const;
 
     // Keeps the cookies of the parsed text that are no well-formed UTF-8 out of Format, as long as
