@@ -6,6 +6,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -116,11 +117,8 @@ TEST_F(Volumes, HaveTheHostsFacts) {
     // A drive that leads to another file system has that one's.
     fs::create_directory_symlink("/proc", MachineFolder() / "drives/p");
     EXPECT_NE(Ask(u"P:\\").fileSystem, answer.fileSystem);
-    fs::remove(MachineFolder() / "drives/p");
-    fs::create_directory_symlink(MachineFolder() / "drives/c", MachineFolder() / "drives/p");
-    EXPECT_EQ(Ask(u"P:\\").serial, answer.serial);
-    fs::remove(MachineFolder() / "drives/p");
-    EXPECT_EQ(Ask(u"P:\\").error, 3u);
+    fs::create_directory_symlink(MachineFolder() / "drives/c", MachineFolder() / "drives/r");
+    EXPECT_EQ(Ask(u"R:\\").serial, answer.serial);
 }
 
 TEST_F(Volumes, FillWhatFits) {
@@ -224,34 +222,48 @@ TEST_F(Volumes, FollowTheRegistryWhileTheProcessRuns) {
     EXPECT_EQ(Ask(u"\\\\srv\\music\\").label, "");
 }
 
-TEST_F(Volumes, FollowTheFolderOfTheDrive) {
+TEST_F(Volumes, FollowTheFolderOfADriveThatTakesMedia) {
     const fs::path link = MachineFolder() / "drives/k";
     const auto leadTo = [&](const fs::path& folder) {
         fs::remove(link);
         fs::create_directory_symlink(folder, link);
     };
-    leadTo("/proc");
-    const std::string first = Ask(u"K:\\").fileSystem;
-    leadTo(MachineFolder());
-    EXPECT_NE(Ask(u"K:\\").fileSystem, first);
-
-    // A removable drive is there while its mount point is not.
     leadTo(MachineFolder() / "unmounted");
     EXPECT_EQ(Ask(u"K:\\").error, 3u);
     EXPECT_EQ(GetDriveTypeW(u"K:\\"), 1u);
+    // Such a drive is there while its mount point is not.
     Tell("K", "\"Kind\"=\"removable\"");
     EXPECT_EQ(Ask(u"K:\\").error, 21u);
     EXPECT_EQ(GetDriveTypeW(u"K:\\"), 2u);
     fs::create_directory(MachineFolder() / "unmounted");
-    EXPECT_EQ(Ask(u"K:\\").error, 0u);
+    const std::string first = Ask(u"K:\\").fileSystem;
+    EXPECT_EQ(Ask(u"k:\\").fileSystem, first);
+    leadTo("/proc");
+    EXPECT_NE(Ask(u"K:\\").fileSystem, first);
+    leadTo(MachineFolder() / "gone");
+    EXPECT_EQ(Ask(u"K:\\").error, 21u);
+    EXPECT_EQ(Ask(u"K:\\").error, 21u);
     fs::remove(link);
 
     // The share that is spelled as asked for wins from the moment it is there.
+    Tell("Srv\\Music", "\"Kind\"=\"removable\"");
     ASSERT_EQ(Ask(u"\\\\srv\\MUSIC\\").error, 0u);
     fs::create_directory(MachineFolder() / "shares/srv");
-    EXPECT_EQ(Ask(u"\\\\srv\\MUSIC\\").error, 53u);
+    EXPECT_EQ(Ask(u"\\\\srv\\MUSIC\\").error, 21u);
     fs::remove(MachineFolder() / "shares/srv");
     EXPECT_EQ(Ask(u"\\\\srv\\MUSIC\\").error, 0u);
+}
+
+// Without media to change it is looked at again after a moment.
+TEST_F(Volumes, FollowTheFolderOfAFixedDrive) {
+    const fs::path link = MachineFolder() / "drives/k";
+    fs::create_directory_symlink(MachineFolder(), link);
+    EXPECT_EQ(Ask(u"K:\\").error, 0u);
+    fs::remove(link);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (Ask(u"K:\\").error == 0 && std::chrono::steady_clock::now() < deadline) {
+    }
+    EXPECT_EQ(Ask(u"K:\\").error, 3u);
 }
 
 TEST_F(Volumes, AreAskedOnManyThreads) {

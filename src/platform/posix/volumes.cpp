@@ -3,6 +3,8 @@
 #include <time.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -29,25 +31,47 @@ struct Volume {
     HostVolume host;
 };
 
+// The host's clock in the steps in which it is cheapest to read, a few milliseconds each.
+std::int64_t CurrentStep() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return now.tv_sec * 1'000'000'000 + now.tv_nsec;
+}
+
 // A volume with all that its answer rests on.
 struct KnownVolume {
     struct SeenFolder {
         std::string path;
         FolderStamp stamp;
+
+        bool IsUnchanged() const {
+            struct stat status;
+            return stat(path.c_str(), &status) == 0 && FolderStamp(status) == stamp;
+        }
     };
 
     Volume volume;
     std::shared_ptr<const RegistrySnapshot> registry;
     std::vector<SeenFolder> folders;
+    bool takesMedia = false;
+    mutable std::atomic<std::int64_t> lookedAt = 0;  // the step of the last look at the folders
 
-    // Another medium at the same place has another device, number or times of its root folder.
+    // Another medium at the same place has another device, number or times of its root folder. A
+    // drive that does not change its medium is looked at once in a step of the clock.
     bool IsCurrent() const {
-        return NewestRegistry() == registry &&
-               std::all_of(folders.begin(), folders.end(), [](const SeenFolder& folder) {
-                   struct stat status;
-                   return stat(folder.path.c_str(), &status) == 0 &&
-                          FolderStamp(status) == folder.stamp;
-               });
+        if (NewestRegistry() != registry) {
+            return false;
+        }
+        const std::int64_t step = CurrentStep();
+        if (!takesMedia && lookedAt.load(std::memory_order_relaxed) == step) {
+            return true;
+        }
+        if (!std::all_of(folders.begin(), folders.end(),
+                         [](const SeenFolder& folder) { return folder.IsUnchanged(); })) {
+            return false;
+        }
+        lookedAt.store(step, std::memory_order_relaxed);
+        return true;
     }
 };
 
@@ -183,6 +207,7 @@ DWORD ReadVolume(std::u16string_view text, std::shared_ptr<const KnownVolume>* r
     known->volume.host.serial = settings.serial.value_or(known->volume.host.serial);
     known->volume.label = settings.label.substr(0, kLongestLabel);
     known->folders = FoldersOf(place, root, start);
+    known->takesMedia = settings.TakesMedia();
     if (IsAbsolute(text) && !known->folders.empty()) {
         VolumeCache::Current().Keep(text, known);
     }
