@@ -12,14 +12,18 @@
  * When a function fails, its out arguments are as they were, unless it says otherwise. A null out
  * argument gives the function's failure result.
  *
- * Threads. Every function may be called on any thread at any time. A call runs to its end on the
- * caller's thread and leaves the thread's component-model state as it found it.
+ * Threads. Every function may be called on any thread at any time, also while the process ends. A
+ * call runs to its end on the caller's thread, puts a cancellation of the thread off until then,
+ * and leaves the thread's component-model state as it found it. A process that was forked from one
+ * with several threads must not call before it has started another program.
  *
  * Errors. The result is the only report; no exception leaves a function. What went wrong is told on
  * the trace.
  */
 #ifndef BREVIKCONFIG_H
 #define BREVIKCONFIG_H
+
+/* clang-format off */
 
 #include <stdint.h>
 
@@ -63,9 +67,14 @@ uint8_t bvkc_CertificateItemValue(const char* InstallerGUID, const char* sIdenti
                                   uint32_t* size);
 
 /*
- * The same for the certificate of a product.
+ * Reads one item of the certificate of a product.
  *
  *   sProdName      narrow; the product's name.
+ *   sIdentifier    narrow; the name of the item.
+ *   value          receives a block with the item's narrow text and its NUL.
+ *   size           receives the size of that block in bytes, the NUL counted.
+ *
+ * Returns 1 when there is such a certificate and `value` and `size` are set, else 0.
  */
 uint8_t bvkc_CertificateItemValueByProdName(const char* sProdName, const char* sIdentifier,
                                             void** value, uint32_t* size);
@@ -86,7 +95,7 @@ int32_t bvkc_GetLocalGUIDs(char** guids);
 /*
  * Chooses the language to run in from those that the caller can offer: the language in which the
  * suite was installed, else the identifier 0 if it is offered, else American English, else the
- * first one.
+ * first.
  *
  *   langIds        `count` language identifiers.
  *   count          their number.
@@ -97,12 +106,12 @@ int32_t bvkc_GetLocalGUIDs(char** guids);
 int32_t bvkc_GetUserLanguage_Ids(const bvkc_langid* langIds, uint32_t count, bvkc_langid* selected);
 
 /*
- * The same from three-letter codes such as "ENU" and "DEU", in either case. A code that is not
- * known stands for the identifier 0.
+ * The same from three-letter codes such as "ENU" and "DEU", in either case.
  *
- *   codes          `count` narrow texts.
- *   count          their number.
- *   selected       receives the choice, as an identifier.
+ *   codes          `count` narrow texts. One that is not known, or null, stands for the identifier
+ * 0. count          their number. selected       receives the choice, as an identifier.
+ *
+ * Returns 0 when `selected` holds the language, 1 when no language was offered.
  */
 int32_t bvkc_GetUserLanguage_Code(const char* const* codes, uint32_t count, bvkc_langid* selected);
 
@@ -123,8 +132,8 @@ int32_t bvkc_VCM_ReadOndrelCookieValue(const bvkc_wchar* key, bvkc_wchar** value
  * Writes a value into the suite's own cookie and moves the cookie's expiry 183 days ahead.
  *
  *   key            wide; not empty.
- *   value          wide; not empty. A name, key or value that would not read back as it was
- * written, one with '&', ';' or a control character among them, is refused.
+ *   value          wide; not empty. A key or value that would not read back as it was written is
+ *                  refused: one that holds '&', ';' or a control character, for instance.
  *
  * Returns 0 when the value is in the store. 1, or the HRESULT of a failure: nothing was stored.
  */
@@ -135,15 +144,25 @@ int32_t bvkc_VCM_WriteOndrelCookieValue(const bvkc_wchar* key, const bvkc_wchar*
  *
  *   domain         wide; a host name without a scheme.
  *   cookie         wide; the name of the cookie.
- *   key            wide; the name of the value in it. The value of a plain cookie has the cookie's
- * own name as its key. value          as above.
+ *   key            wide; the name of the value in it. A plain cookie `theme=dark` holds its value
+ *                  under its own name.
+ *   value          receives a block with the wide text: the value, or "-1" when there is none.
+ *
+ * Returns as bvkc_VCM_ReadOndrelCookieValue does.
  */
 int32_t bvkc_VCM_ReadCookieValue(const bvkc_wchar* domain, const bvkc_wchar* cookie,
                                  const bvkc_wchar* key, bvkc_wchar** value);
 
 /*
- * Writes a value into any cookie. It goes to the first cookie of the domain, in byte order, whose
- * name contains `cookie`, or to a new one of that name where there is none.
+ * Writes a value into any cookie.
+ *
+ *   domain         wide; a host name without a scheme.
+ *   cookie         wide; the name of the cookie. The value goes to the first cookie of the domain,
+ *                  in byte order, whose name contains this one, or to a new one of this name.
+ *   key            wide; not empty.
+ *   value          wide; not empty. Refused as told at bvkc_VCM_WriteOndrelCookieValue.
+ *
+ * Returns as bvkc_VCM_WriteOndrelCookieValue does.
  */
 int32_t bvkc_VCM_WriteCookieValue(const bvkc_wchar* domain, const bvkc_wchar* cookie,
                                   const bvkc_wchar* key, const bvkc_wchar* value);
@@ -166,6 +185,8 @@ int32_t bvkc_Dispatch_InvokeUpdate(const char* productIdentifier, const char* lo
 /*
  * Asks whether an update or a message waits for a product.
  *
+ *   productIdentifier  narrow; the product.
+ *   locale             narrow; a language code, or empty for the language in which the suite runs.
  *   connectToServer    not 0: the service may ask its server.
  *
  * Returns 1 when there is one, else 0.
@@ -177,7 +198,7 @@ uint8_t bvkc_Dispatch_IsUpdateOrMessageAvailable(const char* productIdentifier, 
  * Has the online service's dialog fetch the profile identifier of a user.
  *
  *   strKindletUID  narrow; the user.
- *   locale         narrow; as above.
+ *   locale         narrow; a language code, or empty for the language in which the suite runs.
  *   hWnd           the window that owns the dialog, or null.
  *   strProfileID   receives a block with the narrow text. It is set to null first and stays null
  * when there is no text.

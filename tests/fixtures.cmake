@@ -34,6 +34,13 @@ foreach(test test_platform test_text)
     endif()
 endforeach()
 
+# A library that has been started as part of another one.
+if(TARGET test_filesystem)
+    target_compile_definitions(test_filesystem PRIVATE
+        BREVIK_TEST_MODULE="$<TARGET_FILE:test_component>")
+    add_dependencies(test_filesystem test_component)
+endif()
+
 # Libraries to load, and a host that tells what the platform finds.
 add_library(plain_library SHARED fixtures/plain_library.c)
 add_library(dependent_library MODULE fixtures/dependent_library.c)

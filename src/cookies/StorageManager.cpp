@@ -27,7 +27,7 @@ struct ProcessDomain {
 };
 
 ProcessDomain& TheProcessDomain() {
-    static ProcessDomain domain;
+    static ProcessDomain& domain = *new ProcessDomain;  // a host may call while the process ends
     return domain;
 }
 

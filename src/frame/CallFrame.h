@@ -8,6 +8,7 @@
 
 #include "frame/BrevikConfigModule.h"
 #include "modules/SmartComInitializer.h"
+#include "platform/threads.h"
 
 namespace BrevikConfig {
 
@@ -22,6 +23,7 @@ void ReportException(const char* exportName) noexcept;
 template <typename Result, typename WriteLine, typename Forward>
 Result RunCall(const char* exportName, Result failure, WriteLine writeLine,
                Forward forward) noexcept {
+    const NoCancellation uncancelled;
     const CLibraryUtils::SmartComInitializer componentModel;
     try {
         StartFrame();

@@ -34,6 +34,9 @@ HRESULT CLibraryUtilsImpl::CreateInstance(REFCLSID classId, IUnknown* outer,
     }
     IClassFactory* factory = nullptr;
     HRESULT result = getClassObject(classId, IID_IClassFactory, reinterpret_cast<void**>(&factory));
+    if (SUCCEEDED(result) && factory == nullptr) {
+        return E_FAIL;
+    }
     if (SUCCEEDED(result)) {
         result = factory->CreateInstance(outer, iid, object);
         factory->Release();

@@ -1,5 +1,7 @@
 #include "modules/DllPathManager.h"
 
+#include <utility>
+
 #include "platform/folders.h"
 
 namespace BrevikUtils {
@@ -16,9 +18,14 @@ WideString CurrentFolder() {
 }  // namespace
 
 DllPathManager::DllPathManager(const WideString& folder) {
-    if (!folder.empty()) {
-        previous_ = CurrentFolder();
+    if (folder.empty()) {
+        return;
+    }
+    // A current folder that no path can name could not be put back, so it is not left.
+    WideString current = CurrentFolder();
+    if (!current.empty() && SetCurrentDirectoryW(current.c_str())) {
         SetCurrentDirectoryW(folder.c_str());
+        previous_ = std::move(current);
     }
 }
 

@@ -1,7 +1,7 @@
 // Makes a folder the process's current one for the object's lifetime.
 //
 // The current folder belongs to all threads of the process: whoever uses this orders the uses among
-// themselves. A change that fails is passed over.
+// themselves. A change that fails, or that could not be undone, is passed over.
 #pragma once
 
 #include "platform/types.h"

@@ -1,10 +1,17 @@
-// Thread-local slots and critical sections.
+// Thread-local slots, critical sections, and calls that must not be cancelled half-way.
 #pragma once
 
 #include "platform/errors.h"
 #include "platform/types.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+// Threads are not cancelled here.
+struct NoCancellation {
+    NoCancellation() {}
+};
+
+#else
 
 #include <pthread.h>
 
@@ -29,6 +36,19 @@ PLATFORM_API void InitializeCriticalSection(CRITICAL_SECTION* section);
 PLATFORM_API void DeleteCriticalSection(CRITICAL_SECTION* section);
 PLATFORM_API void EnterCriticalSection(CRITICAL_SECTION* section);
 PLATFORM_API void LeaveCriticalSection(CRITICAL_SECTION* section);
+
+// Puts a cancellation of the calling thread off until the object ends: it would unwind through code
+// that lets no exception pass.
+class NoCancellation {
+  public:
+    NoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous_); }
+    NoCancellation(const NoCancellation&) = delete;
+    NoCancellation& operator=(const NoCancellation&) = delete;
+    ~NoCancellation() { pthread_setcancelstate(previous_, nullptr); }
+
+  private:
+    int previous_ = PTHREAD_CANCEL_ENABLE;
+};
 
 }  // namespace brevik::platform
 

@@ -58,7 +58,8 @@ std::optional<std::string> ReadWholeFile(const WideString& path) {
 }  // namespace
 
 VelmarText::LanguageImpl& VelmarText::LanguageImpl::Instance() {
-    static LanguageImpl instance;
+    // Never destroyed: texts may be asked for while the process ends.
+    static LanguageImpl& instance = *new LanguageImpl;
     return instance;
 }
 

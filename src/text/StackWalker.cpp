@@ -11,15 +11,17 @@ struct Installed {
     SharedHandle<StackWalker_IF> walker;
 };
 
+// Never destroyed: a failure may be made while the process ends.
 Installed& State() {
-    static Installed installed;
+    static Installed& installed = *new Installed;
     return installed;
 }
 
 }  // namespace
 
 SharedHandle<StackWalker_IF> Current() {
-    static const SharedHandle<StackWalker_IF> dummy = std::make_shared<DummyStackWalker>();
+    static const auto& dummy =
+        *new SharedHandle<StackWalker_IF>(std::make_shared<DummyStackWalker>());
     Installed& installed = State();
     const std::lock_guard hold(installed.lock);
     return installed.walker != nullptr ? installed.walker : dummy;

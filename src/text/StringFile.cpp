@@ -1,6 +1,6 @@
 #include "text/StringFile.h"
 
-#include <cerrno>
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 

@@ -14,6 +14,14 @@ VelmarTextArgs WithArguments(const VelmarText& text, Utf8StringList arguments) {
     return filled;
 }
 
+// A walker of the host must not fail the making of a report.
+void WalkQuietly() {
+    try {
+        StackWalker::Current()->Walk();
+    } catch (...) {
+    }
+}
+
 }  // namespace
 
 VelmarException::VelmarException(const VelmarException& other)
@@ -28,7 +36,7 @@ VelmarException& VelmarException::operator=(const VelmarException& other) {
 
 VelmarException::VelmarException(const VelmarText& text)
     : number_(text.GetId()), message_(text.GetText()) {
-    StackWalker::Current()->Walk();
+    WalkQuietly();
 }
 
 VelmarException::VelmarException(const char* file, int line)
@@ -52,7 +60,7 @@ VelmarException::VelmarException(const std::exception& source) {
         message_.clear();
     }
     if (own == nullptr) {
-        StackWalker::Current()->Walk();
+        WalkQuietly();
     }
 }
 

@@ -88,7 +88,7 @@ class VelmarText {
 
     long id_;
     const char* text_;
-    VelmarText* next_;  // the object itself when it is not registered
+    mutable VelmarText* next_;  // the object itself when it is not registered
 
     static VelmarText* first_;
 };

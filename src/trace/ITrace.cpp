@@ -35,7 +35,7 @@ void ITrace::Enter(const char* format, va_list arguments) {
     if (format != silent) {
         // A failing trace must not reach the traced function.
         try {
-            const VelmarAutoCriticalSection hold(&State().lock);
+            const VelmarAutoCriticalSection hold(Lock());
             const std::string text = name_ + " - " + (format != nullptr ? format : "enter");
             Emit(client_.c_str(), kFunctionLevel, 0, 0, text.c_str(), arguments);
         } catch (const std::exception&) {
@@ -50,7 +50,7 @@ ITrace::~ITrace() {
         return;
     }
     try {
-        const VelmarAutoCriticalSection hold(&State().lock);
+        const VelmarAutoCriticalSection hold(Lock());
         const std::string format = name_ + (resultText_.empty() ? " - return" : " - %s");
         EmitFormatted(client_.c_str(), format.c_str(), resultText_.c_str());
     } catch (const std::exception&) {

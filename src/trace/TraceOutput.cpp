@@ -7,6 +7,7 @@
 
 #include "platform/clock.h"
 #include "platform/debugger.h"
+#include "trace/KeepLastError.h"
 #include "trace/TraceRecord.h"
 #include "trace/TraceState.h"
 
@@ -18,19 +19,6 @@ constexpr DWORD kLookupInterval = 3000;  // milliseconds
 
 // A viewer that is behind holds the host up for no longer than this, once in a lookup interval.
 constexpr UINT kSendTimeout = 50;  // milliseconds
-
-// Puts the thread's last error back: a line between a failing call and the look at its error must
-// not change what is seen.
-class KeepLastError {
-  public:
-    KeepLastError() : code_(GetLastError()) {}
-    KeepLastError(const KeepLastError&) = delete;
-    KeepLastError& operator=(const KeepLastError&) = delete;
-    ~KeepLastError() { SetLastError(code_); }
-
-  private:
-    DWORD code_;
-};
 
 void InsertTime(std::string& line) {
     const std::uint64_t microseconds = Clock();

@@ -1,32 +1,57 @@
 #include "trace/TraceState.h"
 
+#include <exception>
+#include <optional>
+
+#include "text/tls_data.h"
+#include "trace/KeepLastError.h"
+
 namespace UTrace {
 namespace {
 
-// Hosts may call on while the process ends and statics are gone already.
-constinit std::atomic<bool> state_alive = false;
+constinit TraceState state;
 
-struct LivingState : TraceState {
-    LivingState() { state_alive = true; }
+constinit std::atomic<bool> resources_alive = false;
+
+// Built while the library loads, gone when it is unloaded or the process ends.
+struct Resources {
+    Resources() {
+        // A host that has used up all thread-local slots still gets the library, without
+        // indentation of its own for each thread.
+        try {
+            depth.emplace(1u, 0u);
+        } catch (const std::exception&) {
+        }
+        resources_alive = true;
+    }
+    ~Resources() {
+        state.started = false;
+        resources_alive = false;
+    }
+
+    VelmarCriticalSection lock;
+    std::optional<tls_data<unsigned>> depth;
 };
 
-// Built while the library loads, gone when it is unloaded.
-LivingState state;
+Resources resources;
 
 }  // namespace
-
-TraceState::~TraceState() {
-    started = false;
-    state_alive = false;
-}
 
 TraceState& State() {
     return state;
 }
 
+BaseCriticalSection* Lock() {
+    return resources_alive.load(std::memory_order_relaxed) ? &resources.lock : nullptr;
+}
+
 unsigned& Depth() {
-    static thread_local unsigned depth_at_exit = 0;
-    return state_alive.load(std::memory_order_relaxed) ? state.depth[0] : depth_at_exit;
+    static thread_local unsigned spare = 0;
+    if (!resources_alive.load(std::memory_order_relaxed) || !resources.depth) {
+        return spare;
+    }
+    const KeepLastError keep;
+    return (*resources.depth)[0];
 }
 
 }  // namespace UTrace

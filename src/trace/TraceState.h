@@ -6,15 +6,12 @@
 
 #include "platform/viewer_window.h"
 #include "text/CriticalSection.h"
-#include "text/tls_data.h"
 #include "trace/UTrace.h"
 
 namespace UTrace {
 
+// Never destroyed: a host may call on while the process ends.
 struct TraceState {
-    TraceState() = default;
-    ~TraceState();
-
     // Words that any thread may read and write without the lock.
     std::atomic<bool> started = false;
     std::atomic<int> level = 0;
@@ -26,14 +23,14 @@ struct TraceState {
     enum class Viewer { kUnknown = -1, kNone = 0, kFound = 1 } viewer = Viewer::kUnknown;
     HWND viewerWindow = nullptr;
     DWORD lastLookup = 0;
-
-    VelmarCriticalSection lock;
-    tls_data<unsigned> depth{1, 0};
 };
 
 TraceState& State();
 
-// The calling thread's indentation in steps.
+// The trace lock; null when the library is already being unloaded, which one thread does alone.
+BaseCriticalSection* Lock();
+
+// The calling thread's indentation in steps. The thread's last error stays as it is.
 unsigned& Depth();
 
 }  // namespace UTrace

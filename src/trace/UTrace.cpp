@@ -21,7 +21,7 @@ constexpr int kInfoLevel = 3;
 // One line under the lock, when its level passes.
 void EmitLine(const char* client, int level, unsigned channel, unsigned char tag,
               const char* format, va_list arguments) {
-    const VelmarAutoCriticalSection hold(&State().lock);
+    const VelmarAutoCriticalSection hold(Lock());
     if (IsLevelOn(level)) {
         Emit(client, level, channel, tag, format, arguments);
     }
@@ -30,7 +30,7 @@ void EmitLine(const char* client, int level, unsigned channel, unsigned char tag
 // The same for the process-wide client.
 void EmitLine(int level, unsigned channel, unsigned char tag, const char* format,
               va_list arguments) {
-    const VelmarAutoCriticalSection hold(&State().lock);
+    const VelmarAutoCriticalSection hold(Lock());
     if (IsLevelOn(level)) {
         Emit(State().clientName.data(), level, channel, tag, format, arguments);
     }
@@ -56,7 +56,7 @@ void EmitException(const char* client, const VelmarException& caught, const char
 
 bool Initialize() {
     TraceState& state = State();
-    const VelmarAutoCriticalSection hold(&state.lock);
+    const VelmarAutoCriticalSection hold(Lock());
     if (state.started) {
         return false;
     }
@@ -79,7 +79,7 @@ void Terminate() {
 
 void SetClientName(const char* name) {
     TraceState& state = State();
-    const VelmarAutoCriticalSection hold(&state.lock);
+    const VelmarAutoCriticalSection hold(Lock());
     state.clientName.fill('\0');
     if (name != nullptr) {
         std::copy_n(name, strnlen(name, state.clientName.size() - 1), state.clientName.begin());
@@ -91,7 +91,7 @@ void GetClientName(char* buffer, unsigned size) {
         return;
     }
     TraceState& state = State();
-    const VelmarAutoCriticalSection hold(&state.lock);
+    const VelmarAutoCriticalSection hold(Lock());
     const std::size_t length = strnlen(state.clientName.data(), size - 1);
     *std::copy_n(state.clientName.data(), length, buffer) = '\0';
 }
@@ -188,14 +188,14 @@ void TaggedAs(unsigned channel, const char* client, const char* format, ...) {
 }
 
 void Exception(const VelmarException& caught, const char* note) {
-    const VelmarAutoCriticalSection hold(&State().lock);
+    const VelmarAutoCriticalSection hold(Lock());
     if (IsLevelOn(kErrorLevel)) {
         EmitException(State().clientName.data(), caught, note);
     }
 }
 
 void ExceptionAs(const char* client, const VelmarException& caught, const char* note) {
-    const VelmarAutoCriticalSection hold(&State().lock);
+    const VelmarAutoCriticalSection hold(Lock());
     if (IsLevelOn(kErrorLevel)) {
         EmitException(client, caught, note);
     }

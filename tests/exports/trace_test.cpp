@@ -1,9 +1,14 @@
 // What one exported call says, byte for byte, seen from outside the process.
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 
 #include "platform/posix/trace_socket.h"
@@ -35,6 +40,81 @@ TEST(ExportTrace, OneLanguageCallOnTheDebuggerOutput) {
               "(1033).\r\n"
               "BREVIK KIT:   Selected Lang = 1033\r\n"
               "BREVIK KIT: BrevikKit:GetUserLanguage_Ids - return\r\n");
+}
+
+// The lines ahead of each function's own work, in the order of the calls.
+TEST(ExportTrace, EveryExportHasItsLineAndItsScope) {
+    std::istringstream lines(DebuggerOutputOf({"every"}));
+    std::string seen;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("BREVIK KIT: Brevik") == 0 && line.find(" - return") == std::string::npos) {
+            seen += line.substr(12, line.size() - 13) + "\n";
+        }
+        if (line.find("BREVIK KIT:   BrevikKit:") == 0) {
+            seen += line.substr(12, line.size() - 13) + "\n";
+        }
+    }
+    EXPECT_EQ(seen,
+              "BrevikKitAPI bvkc_CertificateItemValue (InstallerGUID={g},sIdentifier=i)\n"
+              "BrevikKit:CertificateItemValue - enter\n"
+              "  BrevikKit:CertificateItemValue(InstallerGUID={g}, sIdentifier=i)\n"
+              "  BrevikKit:CertificateItemValue--RESULT--(void)\n"
+              "BrevikKitAPI bvkc_CertificateItemValueByProdName (sProdName=p,sIdentifier=i)\n"
+              "BrevikKit:CertificateItemValueByProdName - enter\n"
+              "  BrevikKit:CertificateItemValueByProdName(sProdName=p, sIdentifier=i)\n"
+              "  BrevikKit:CertificateItemValueByProdName--RESULT--(void)\n"
+              "BrevikKitAPI bvkc_GetLocalGUIDs\n"
+              "BrevikKit:GetLocalGUIDs - enter\n"
+              "BrevikKitAPI bvkc_GetUserLanguage_Ids\n"
+              "BrevikKit:GetUserLanguage_Ids - enter\n"
+              "BrevikKitAPI bvkc_GetUserLanguage_Code\n"
+              "BrevikKit:GetUserLanguage_Str - enter\n"
+              "BrevikKit:WriteOndrelCookieValue - enter\n"
+              "BrevikKit:ReadOndrelCookieValue - enter\n"
+              "BrevikKit:WriteCookieValue - enter\n"
+              "BrevikKit:ReadCookieValue - enter\n"
+              "BrevikKitAPI bvkc_Dispatch_InvokeUpdate "
+              "(productIdentifier=p,locale=DEU,bRunInBackground=1)\n"
+              "BrevikKit:Dispatch_InvokeUpdate - enter\n"
+              "  BrevikKit:Dispatch_InvokeUpdate - productIdentifier=p, locale=DEU, "
+              "bRunInBackground=true\n"
+              "BrevikKitAPI bvkc_Dispatch_IsUpdateOrMessageAvailable "
+              "(productIdentifier=p,locale=DEU,connectToServer=0)\n"
+              "BrevikKit:Dispatch_IsUpdateOrMessageAvailable - enter\n"
+              "  BrevikKit:Dispatch_IsUpdateOrMessageAvailable - productIdentifier=p, locale=DEU, "
+              "connectToServer=false\n"
+              "BrevikKitAPI bvkc_Dispatch_GetKindletProfileID (strKindletUID=u,locale=DEU,hWnd=1)\n"
+              "BrevikKit:Dispatch_GetKindletProfileID - enter\n"
+              "BrevikKitAPI bvkc_Dispatch_GetKindletProfileID (strKindletUID=u,locale=DEU,hWnd=0)\n"
+              "BrevikKit:Dispatch_GetKindletProfileID - enter\n");
+}
+
+TEST(ExportTrace, CallsWhileTheProcessEndsAreTracedOrDroppedButNeverCrash) {
+    DebuggerOutputOf({"atexit", "every"});
+    const ChildResult silent = RunChild({BREVIK_TEST_HOST, "atexit", "ids", "1031"});
+    EXPECT_EQ(silent.exitCode, 0);
+}
+
+TEST(ExportTrace, ReaderThatIsGoneAndPipeWithoutOneDoNoHarm) {
+    const std::string pipe = (TestMachine::ScratchFolder() / "pipe").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const ChildResult host =
+        RunChild({BREVIK_TEST_HOST, "ids", "1031"}, {{"BREVIK_DEBUG_OUTPUT", pipe}});
+    EXPECT_EQ(host.output, "0 1031\n");
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    close(ends[0]);
+    const pid_t child = fork();
+    if (child == 0) {
+        dup2(ends[1], STDERR_FILENO);
+        setenv("BREVIK_DEBUG_OUTPUT", "-", 1);
+        execl(BREVIK_TEST_HOST, BREVIK_TEST_HOST, "every", "every", nullptr);
+        _exit(127);
+    }
+    close(ends[1]);
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);  // neither a signal nor a failure
 }
 
 TEST(ExportTrace, LongArgumentsOnTheDebuggerOutputAndInTheRecords) {

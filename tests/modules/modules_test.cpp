@@ -71,6 +71,19 @@ TEST(DllPathManager, MakesAFolderCurrentForItsLifetime) {
     EXPECT_EQ(CurrentFolder(), before);
 }
 
+// A folder that no path of the library's can name could not be put back, so it is never left.
+TEST(DllPathManager, StaysWhereItCouldNotComeBackTo) {
+    const fs::path before = fs::current_path();
+    for (const char* name : {"x\xFF", "what?", "dot.", "back\\slash"}) {
+        const fs::path folder = TestMachine::ScratchFolder() / name;
+        fs::create_directory(folder);
+        fs::current_path(folder);
+        { const BrevikUtils::DllPathManager manager(WIDE("C:\\Windows")); }
+        EXPECT_EQ(fs::current_path(), folder);
+    }
+    fs::current_path(before);
+}
+
 class ComponentLibrary : public testing::Test {
   protected:
     void SetUp() override {

@@ -1,10 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <stdexcept>
 
+#include "platform/folders.h"
+#include "support/test_machine.h"
 #include "text/StackWalker.h"
 #include "text/SystemException.h"
 #include "text/SystemMessages.h"
@@ -92,6 +95,33 @@ TEST(SystemMessages, EveryFileErrorHasAWording) {
         EXPECT_NE(text.back(), WIDE('\n')) << code;
         EXPECT_NE(text.back(), WIDE('\r')) << code;
     }
+}
+
+// The second library of a facility is asked when the first has no text, and the first text ends the
+// search.
+TEST(SystemMessages, LibrariesOfAFacilityInTheirOrder) {
+    WCHAR path[MAX_PATH];
+    ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE));
+    const auto put = [](const char* name) {
+        std::filesystem::copy_file(BREVIK_TEST_MESSAGE_LIBRARY,
+                                   TestMachine::Folder() / "drives/c/Windows/System32" / name);
+    };
+    constexpr auto kOfFacility7 = static_cast<std::int32_t>(0x80070005);
+    const WideString system = GetHResultMessage(kOfFacility7);
+    ASSERT_FALSE(system.empty());
+    put("netmsg.dll");
+    const WideString library = GetHResultMessage(kOfFacility7);
+    EXPECT_NE(library, system);
+    EXPECT_EQ(library, WIDE("facility 7, code 5"));
+    EXPECT_EQ(GetHResultMessage(static_cast<std::int32_t>(0x80000005)),
+              GetSystemMessage(0x80000005));
+    put("msxml3r.dll");
+    EXPECT_EQ(GetHResultMessage(static_cast<std::int32_t>(0x800C0005)),
+              WIDE("facility 12, code 5"));
+    EXPECT_EQ(GetHResultMessage(static_cast<std::int32_t>(0x800D0005)), WIDE(""));
+    put("wmerror.dll");
+    EXPECT_EQ(GetHResultMessage(static_cast<std::int32_t>(0x800D0005)),
+              WIDE("facility 13, code 5"));
 }
 
 struct Counter : StackWalker::StackWalker_IF {

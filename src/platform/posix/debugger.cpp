@@ -4,11 +4,14 @@
 #include <limits.h>
 #include <poll.h>
 #include <pthread.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <new>
 #include <string_view>
 
@@ -32,6 +35,7 @@ struct OpenLine {
 
 // All of this is made at load and never destroyed: static objects may speak in their destructors.
 std::atomic<int> listener = kNotAskedYet;
+std::atomic<bool> listenerIsPipe = false;
 pthread_once_t asking = PTHREAD_ONCE_INIT;
 thread_local OpenLine* openLine = nullptr;
 
@@ -40,11 +44,19 @@ thread_local OpenLine* openLine = nullptr;
 std::atomic<bool> isCollecting = false;
 pthread_key_t lineKey;
 
+bool IsPipe(int file) {
+    struct stat status;
+    return fstat(file, &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
+}
+
 int OpenFile(const char* path) {
-    const int file = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
+    // Not to wait for the reader of a named pipe: one that has none is nobody.
+    const int file =
+        open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0600);
     if (file < 0) {
         return kNobody;
     }
+    fcntl(file, F_SETFL, O_APPEND);
     if (file > STDERR_FILENO) {
         return file;
     }
@@ -62,8 +74,50 @@ int OpenListener() {
     return std::strcmp(name, "-") == 0 ? STDERR_FILENO : OpenFile(name);
 }
 
+// Keeps a pipe whose reader is gone from ending the host: the signal of such a write is taken
+// before anybody sees it, unless one was pending already.
+class NoPipeSignal {
+  public:
+    explicit NoPipeSignal(bool isNeeded) : isNeeded_(isNeeded) {
+        if (!isNeeded_) {
+            return;
+        }
+        sigset_t pending;
+        sigpending(&pending);
+        wasPending_ = sigismember(&pending, SIGPIPE) == 1;
+        pthread_sigmask(SIG_BLOCK, &PipeSignal(), &previous_);
+    }
+    NoPipeSignal(const NoPipeSignal&) = delete;
+    NoPipeSignal& operator=(const NoPipeSignal&) = delete;
+    ~NoPipeSignal() {
+        if (!isNeeded_) {
+            return;
+        }
+        constexpr timespec kNow = {0, 0};
+        while (!wasPending_ && sigtimedwait(&PipeSignal(), nullptr, &kNow) > 0) {
+        }
+        pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+    }
+
+  private:
+    static const sigset_t& PipeSignal() {
+        static const sigset_t signals = [] {
+            sigset_t set;
+            sigemptyset(&set);
+            sigaddset(&set, SIGPIPE);
+            return set;
+        }();
+        return signals;
+    }
+
+    bool isNeeded_;
+    bool wasPending_ = false;
+    sigset_t previous_ = {};
+};
+
 // Text that cannot be written is lost: there is nobody to tell.
 void Write(int file, std::string_view text) {
+    const NoPipeSignal quiet(listenerIsPipe.load(std::memory_order_relaxed));
     while (!text.empty()) {
         const ssize_t count = write(file, text.data(), text.size());
         if (count >= 0) {
@@ -71,6 +125,9 @@ void Write(int file, std::string_view text) {
         } else if (errno == EAGAIN) {
             pollfd room = {file, POLLOUT, 0};
             poll(&room, 1, -1);
+        } else if (errno == EPIPE) {
+            listener.store(kNobody, std::memory_order_release);  // its reader is gone for good
+            return;
         } else if (errno != EINTR) {
             return;
         }
@@ -96,13 +153,17 @@ void Collect(int file, OpenLine& line, std::string_view text) {
 // Writes and frees the calling thread's open line.
 void EndLine(void* line) {
     openLine = nullptr;
-    Flush(listener.load(std::memory_order_acquire), *static_cast<OpenLine*>(line));
+    const int file = listener.load(std::memory_order_acquire);
+    if (file != kNobody) {
+        Flush(file, *static_cast<OpenLine*>(line));
+    }
     delete static_cast<OpenLine*>(line);
 }
 
 void Ask() {
     const int file = OpenListener();
     if (file >= 0) {
+        listenerIsPipe.store(IsPipe(file), std::memory_order_relaxed);
         isCollecting.store(pthread_key_create(&lineKey, EndLine) == 0, std::memory_order_release);
     }
     listener.store(file, std::memory_order_release);

@@ -42,13 +42,15 @@ std::string ExecutableOf(pid_t process) {
     return ReadExecutableLink(link);
 }
 
+// Neither path is ever destroyed: a host may call while the process ends.
+
 const std::string& HostExecutable() {
-    static const std::string path = ReadExecutableLink("/proc/self/exe");
+    static const std::string& path = *new std::string(ReadExecutableLink("/proc/self/exe"));
     return path;
 }
 
 const std::u16string& HostExecutableWindowsPath() {
-    static const std::u16string path = WindowsPath(HostExecutable());
+    static const std::u16string& path = *new std::u16string(WindowsPath(HostExecutable()));
     return path;
 }
 

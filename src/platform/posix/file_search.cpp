@@ -138,8 +138,8 @@ std::string FindInSystemOrder(std::u16string_view bareName) {
     if (!IsValidName(bareName)) {
         return {};
     }
-    static const std::string hostFolder =
-        HostExecutable().substr(0, HostExecutable().find_last_of('/') + 1);
+    static const std::string& hostFolder =
+        *new std::string(HostExecutable().substr(0, HostExecutable().find_last_of('/') + 1));
     const FoldedName name(Utf8FromWide(bareName));
     std::string found = hostFolder.empty() ? std::string() : FindIn(hostFolder, name);
     if (found.empty()) {

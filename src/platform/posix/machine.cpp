@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "platform/posix/environment.h"
@@ -72,7 +73,13 @@ struct UserEntry {
     std::string home;
 };
 
-// The effective user's row of the password database.
+// Whether a failing look-up may succeed later; any other means that there is no such row.
+bool IsPassing(int error) {
+    return error == EINTR || error == EIO || error == EMFILE || error == ENFILE || error == ENOMEM;
+}
+
+// The effective user's row of the password database. Throws std::system_error when it cannot be
+// read at this moment.
 std::optional<UserEntry> FindUser() {
     std::vector<char> buffer(1024);
     for (;;) {
@@ -83,6 +90,8 @@ std::optional<UserEntry> FindUser() {
             buffer.resize(buffer.size() * 2);
         } else if (error == 0 && found != nullptr) {
             return UserEntry{row.pw_name, row.pw_dir};
+        } else if (IsPassing(error)) {
+            throw std::system_error(error, std::generic_category());
         } else {
             return std::nullopt;
         }
@@ -110,9 +119,12 @@ std::string OwnDataFolder() {
     if (home != nullptr && *home == '/') {
         return WithoutTrailingSlashes(home) + "/.local/share";
     }
-    const std::optional<UserEntry> user = FindUser();
-    if (user && user->home.starts_with('/')) {
-        return WithoutTrailingSlashes(user->home) + "/.local/share";
+    try {
+        const std::optional<UserEntry> user = FindUser();
+        if (user && user->home.starts_with('/')) {
+            return WithoutTrailingSlashes(user->home) + "/.local/share";
+        }
+    } catch (const std::system_error&) {
     }
     return {};
 }
@@ -140,7 +152,7 @@ bool MakeMachine(const std::string& root, bool ofSystem, mode_t mode) {
     return true;
 }
 
-std::string LoginName() {
+std::string FindLoginName() {
     const std::optional<UserEntry> user = FindUser();
     if (!user || user->name.empty() || user->name.front() == '.' ||
         user->name.find('/') != std::string::npos) {
@@ -149,10 +161,17 @@ std::string LoginName() {
     return user->name;
 }
 
+// Never destroyed: a host may call while the process ends. Throws as FindUser does, and is then
+// asked anew: a number in the name's place would part the user's cookies.
+const std::string& LoginName() {
+    static const std::string& login = *new std::string(FindLoginName());
+    return login;
+}
+
 }  // namespace
 
 const Machine& Machine::Current() {
-    static const Machine machine;
+    static const Machine& machine = *new Machine;  // as above
     return machine;
 }
 
@@ -174,8 +193,12 @@ Machine::Machine() {
 }
 
 std::string Machine::UserFolder() const {
-    static const std::string login = LoginName();
-    std::string path = folder_ + "/users/" + login;
+    std::string path = folder_ + "/users/";
+    try {
+        path += LoginName();
+    } catch (const std::system_error&) {
+        return {};
+    }
     struct stat status;
     if (lstat(path.c_str(), &status) != 0) {
         if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
