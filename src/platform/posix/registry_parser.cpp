@@ -134,7 +134,7 @@ class RegistryTextReader {
 
     bool IsWithinBounds() {
         return tree_->CountOfMade() + countOfValues_ <= kMostRegistryEntries ||
-               Fail("too many keys and values");
+               Fail(kTooManyRegistryEntries);
     }
 
     bool ReadValue() {
@@ -358,7 +358,7 @@ bool MergeRegistryText(std::string_view text, RegistryTree* tree, RegistryFault*
     fault->line = 0;
     fault->reason.clear();
     if (text.size() > kLargestRegistryText) {
-        return FailWhole("larger than 64 MiB", fault);
+        return FailWhole(kTooLargeRegistryText, fault);
     }
     if (text.starts_with(kSwappedUtf16Mark)) {
         return FailWhole("UTF-16 in big-endian order", fault);

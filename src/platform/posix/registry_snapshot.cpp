@@ -149,7 +149,7 @@ class RegistryCache {
         RegistryFault fault{path_, 0, {}};
         if (reading_.error != NO_ERROR) {
             fault.reason =
-                reading_.error == ERROR_INVALID_DATA ? "larger than 64 MiB" : "cannot be read";
+                reading_.error == ERROR_INVALID_DATA ? kTooLargeRegistryText : "cannot be read";
             Refuse(fault);
             return;
         }

@@ -17,6 +17,10 @@ namespace brevik::platform {
 inline constexpr std::size_t kLargestRegistryText = std::size_t{64} << 20;  // bytes
 inline constexpr std::size_t kMostRegistryEntries = 1'000'000;              // keys and values
 
+// The reasons for refusing what is beyond these.
+inline constexpr char kTooLargeRegistryText[] = "larger than 64 MiB";
+inline constexpr char kTooManyRegistryEntries[] = "more than a million keys and values";
+
 // Why a text is no registry.
 struct RegistryFault {
     std::string file;      // empty where the text came from none

@@ -145,6 +145,14 @@ const RegistryKey* RegistryKey::ChildAt(std::size_t place) const {
     return place < numbered_.size() ? numbered_[place] : nullptr;
 }
 
+std::size_t RegistryKey::CountEntries() const {
+    std::size_t count = values_.size() + children_.size();
+    for (const auto& [folded, child] : children_) {
+        count += child->CountEntries();
+    }
+    return count;
+}
+
 bool RegistryKey::operator==(const RegistryKey& other) const {
     return name_ == other.name_ && values_ == other.values_ &&
            std::ranges::equal(children_, other.children_, [](const auto& left, const auto& right) {
@@ -195,6 +203,14 @@ bool RegistryTree::Remove(const RegistryPath& path) {
     const std::size_t nameAt = slash == folded.npos ? 0 : slash + 1;
     RegistryKey* above = Root(path.root).FindBelow(folded.substr(0, nameAt));
     return above != nullptr && above->RemoveChild(folded.substr(nameAt));
+}
+
+std::size_t RegistryTree::CountEntries() const {
+    std::size_t count = 0;
+    for (const RegistryKey& root : roots_) {
+        count += root.CountEntries();
+    }
+    return count;
 }
 
 void RegistryTree::NumberChildren() {

@@ -72,6 +72,9 @@ class PLATFORM_API RegistryKey {
     // Null behind the last. REQUIRES: NumberChildren.
     const RegistryKey* ChildAt(std::size_t place) const;
 
+    // Its values, and the keys below it with theirs.
+    std::size_t CountEntries() const;
+
     // With all that is below.
     bool operator==(const RegistryKey& other) const;
 
@@ -132,6 +135,9 @@ class PLATFORM_API RegistryTree {
     bool Remove(const RegistryPath& path);
 
     void NumberChildren();
+
+    // Keys and values, the roots not counted.
+    std::size_t CountEntries() const;
 
     // How many keys Make has made.
     std::size_t CountOfMade() const { return countOfMade_; }
