@@ -120,8 +120,11 @@ using LPPROGRESS_ROUTINE = DWORD (*)(LARGE_INTEGER total, LARGE_INTEGER done,
 PLATFORM_API BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress,
                               void* data, BOOL* cancel, DWORD flags);
 
-// A listing; the pattern is the last component. INVALID_HANDLE_VALUE with error 2 when nothing
-// matches, 3 when the folder is missing. FindNextFileW ends with error 18.
+// A listing; the pattern is the last component, see posix/name_pattern.h. INVALID_HANDLE_VALUE with
+// error 2 when nothing matches, 3 when the folder is missing. FindNextFileW ends with error 18.
+// Off Windows the data tell a name and whether it is a folder's, which costs no look at the file;
+// times, sizes and other attributes are 0 there, and GetFileAttributesExW tells them. Names that no
+// path can hold, and links that lead nowhere, are passed over.
 PLATFORM_API HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* data);
 PLATFORM_API BOOL FindNextFileW(HANDLE listing, WIN32_FIND_DATAW* data);
 PLATFORM_API BOOL FindClose(HANDLE listing);

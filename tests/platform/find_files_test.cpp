@@ -1,0 +1,225 @@
+// Listings of folders.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "platform/posix/host_text.h"
+#include "platform/posix/machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path DriveC() {
+    return fs::path(Machine::Current().Folder()) / "drives/c";
+}
+
+// A new empty folder at the root of drive C:.
+fs::path NewFolder(const std::string& name) {
+    const fs::path folder = DriveC() / name;
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    return folder;
+}
+
+// The names that a pattern gives, "." and ".." first as they come and the others in byte order, and
+// the error that ended it.
+std::string List(const std::u16string& pattern) {
+    WIN32_FIND_DATAW data;
+    SetLastError(0);
+    const HANDLE listing = FindFirstFileW(pattern.c_str(), &data);
+    if (listing == INVALID_HANDLE_VALUE) {
+        return "error " + std::to_string(GetLastError());
+    }
+    std::vector<std::string> names;
+    do {
+        names.push_back(Utf8FromWide(data.cFileName));
+    } while (FindNextFileW(listing, &data));
+    EXPECT_EQ(GetLastError(), 18u);
+    EXPECT_FALSE(FindNextFileW(listing, &data));
+    EXPECT_TRUE(FindClose(listing));
+    std::size_t dots = 0;
+    while (dots < names.size() && names[dots].find_first_not_of('.') == std::string::npos) {
+        ++dots;
+    }
+    std::sort(names.begin() + static_cast<std::ptrdiff_t>(dots), names.end());
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : " ") + name;
+    }
+    return text;
+}
+
+TEST(Listing, FollowsItsPattern) {
+    const fs::path folder = NewFolder("List");
+    for (const char* name : {".h", "A.txt", "a2", "b", "c.d.e", "noext", "_x"}) {
+        std::ofstream(folder / name) << "text";
+    }
+    fs::create_directory(DriveC() / "List0");
+    ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\list"));
+    const std::string all = ". .. .h A.txt _x a2 b c.d.e noext";
+    const struct {
+        const WCHAR* pattern;
+        std::string names;
+    } cases[] = {
+        {u"C:\\List0\\*.*", ". .."},
+        {u"C:\\List\\*.*", all},
+        {u"C:\\list\\*", all},
+        {u"\\\\?\\C:\\List\\*.*", all},
+        {u"*", all},
+        {u"C:*.*", all},
+        {u"..\\list/*.*", all},
+        {u"C:\\List\\*.", ". .. _x a2 b noext"},
+        {u"\\\\?\\C:\\List\\*.", ". .. _x a2 b noext"},
+        {u"C:\\List\\?.txt", "A.txt"},
+        {u"C:\\List\\??", "_x a2 b"},
+        {u"C:\\List\\???.T?T", "A.txt"},
+        {u"C:\\List\\*.d.*", "c.d.e"},
+        {u"C:\\List\\c*.*", "c.d.e"},
+        {u"C:\\List\\b*.*", "b"},
+        {u"C:\\List\\*.e", "c.d.e"},
+        {u"C:\\List\\*x*", "A.txt _x noext"},
+        {u"C:\\List\\a.TXT", "A.txt"},
+        {u"C:\\List\\a.txt. ", "A.txt"},
+        {u"C:\\List\\.", "List"},
+        {u"C:\\List\\*.* ", all},
+        {u"C:\\List\\z*", "error 2"},
+        {u"C:\\List\\missing", "error 2"},
+        {u"C:\\List\\", "error 2"},
+        {u"C:\\", "error 2"},
+        {u"C:\\missing\\*", "error 3"},
+        {u"C:\\missing\\more\\*", "error 3"},
+        {u"C:\\List\\b\\*", "error 267"},
+        {u"C:\\List\\b\\more\\*", "error 3"},
+        {u"C:\\Li*\\*", "error 123"},
+        {u"C:\\List\\<", "error 123"},
+        {u"Q:\\*", "error 3"},
+        {u"\\\\nosrv\\share\\*", "error 53"},
+        {u"", "error 3"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(List(row.pattern), row.names) << Utf8FromWide(row.pattern);
+    }
+    ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\"));
+}
+
+TEST(Listing, HasNoDotsInARoot) {
+    fs::create_directories(fs::path(Machine::Current().Folder()) / "shares/Srv/Music/Song");
+    fs::create_directories(fs::path(Machine::Current().Folder()) / "shares/Srv/Empty");
+    EXPECT_EQ(List(u"\\\\srv\\music\\*.*"), "Song");
+    EXPECT_EQ(List(u"\\\\?\\UNC\\srv\\music\\*.*"), "Song");
+    EXPECT_EQ(List(u"\\\\srv\\empty\\*.*"), "error 2");
+    EXPECT_EQ(List(u"C:\\*.*").find('.'), std::string::npos);
+}
+
+TEST(Listing, TellsFoldersFromFiles) {
+    const fs::path folder = NewFolder("Kinds");
+    fs::create_directory(folder / "folder");
+    std::ofstream(folder / "file") << "text";
+    fs::create_directory_symlink("folder", folder / "folder-link");
+    fs::create_symlink("file", folder / "file-link");
+    fs::create_symlink("nowhere", folder / "dangling");
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    WIN32_FIND_DATAW data;
+    const HANDLE listing = FindFirstFileW(u"C:\\kinds\\*.*", &data);
+    ASSERT_NE(listing, INVALID_HANDLE_VALUE);
+    std::set<std::pair<std::string, bool>> found;
+    do {
+        found.emplace(Utf8FromWide(data.cFileName),
+                      (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
+    } while (FindNextFileW(listing, &data));
+    const std::set<std::pair<std::string, bool>> expected = {
+        {".", true},     {"..", true},          {"folder", true},    {"file", false},
+        {"pipe", false}, {"folder-link", true}, {"file-link", false}};
+    EXPECT_EQ(found, expected);
+    EXPECT_TRUE(FindClose(listing));
+}
+
+TEST(Listing, PassesOverNamesThatNoPathCanHold) {
+    const fs::path folder = NewFolder("Names");
+    const std::string longest(255, 'n');
+    const char* const kept[] = {"dot.", "blank ", "\xC3\xA9", "\xF0\x9F\x98\x80", longest.c_str()};
+    for (const char* name : kept) {
+        std::ofstream(folder / name) << "text";
+    }
+    for (const char* name : {"back\\slash", "a*b", "a?b", "a\"b", "a<b", "a>b", "a|b",
+                             "C:", "tab\t", "\xFF", "\xC3", "\xED\xA0\x80", "a\x01"}) {
+        std::ofstream(folder / name) << "text";
+    }
+    std::string expected = ". ..";
+    for (const char* name : {"blank ", "dot.", longest.c_str(), "\xC3\xA9", "\xF0\x9F\x98\x80"}) {
+        expected += std::string(" ") + name;
+    }
+    EXPECT_EQ(List(u"C:\\names\\*.*"), expected);
+    // What was listed can be opened.
+    for (const char* name : kept) {
+        const std::u16string path = u"\\\\?\\C:\\names\\" + WideFromUtf8(name);
+        WIN32_FILE_ATTRIBUTE_DATA data;
+        EXPECT_TRUE(GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) << name;
+    }
+}
+
+TEST(Listing, GoesOnWhileItsFolderIsEmptied) {
+    const fs::path folder = NewFolder("Many");
+    constexpr std::size_t kFiles = 3000;
+    for (std::size_t number = 0; number < kFiles; ++number) {
+        std::ofstream(folder / std::to_string(number));
+    }
+    WIN32_FIND_DATAW data;
+    const HANDLE listing = FindFirstFileW(u"C:\\many\\*.*", &data);
+    ASSERT_NE(listing, INVALID_HANDLE_VALUE);
+    std::set<std::string> names;
+    do {
+        names.insert(Utf8FromWide(data.cFileName));
+        if (data.cFileName[0] != u'.') {
+            EXPECT_TRUE(DeleteFileW((u"C:\\many\\" + std::u16string(data.cFileName)).c_str()));
+        }
+    } while (FindNextFileW(listing, &data));
+    EXPECT_EQ(names.size(), kFiles + 2);
+    EXPECT_TRUE(FindClose(listing));
+    EXPECT_TRUE(fs::is_empty(folder));
+}
+
+TEST(Listing, EndsWithItsHandle) {
+    WIN32_FIND_DATAW data;
+    NewFolder("Handles");
+    const auto descriptors = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    const auto before = descriptors();
+    const HANDLE listing = FindFirstFileW(u"C:\\handles\\*.*", &data);
+    EXPECT_EQ(descriptors(), before + 1);
+    EXPECT_TRUE(FindClose(listing));
+    EXPECT_EQ(descriptors(), before);
+    EXPECT_EQ(List(u"C:\\handles\\x*"), "error 2");
+    EXPECT_EQ(descriptors(), before);
+    const HANDLE file = CreateFileW(u"C:\\handles\\file", GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    for (const HANDLE wrong : {listing, file, INVALID_HANDLE_VALUE, HANDLE{}}) {
+        SetLastError(0);
+        EXPECT_FALSE(FindNextFileW(wrong, &data));
+        EXPECT_EQ(GetLastError(), 6u);
+        EXPECT_FALSE(FindClose(wrong));
+        EXPECT_EQ(GetLastError(), 6u);
+    }
+    EXPECT_TRUE(CloseHandle(file));
+
+    if (geteuid() != 0) {
+        fs::permissions(DriveC() / "Handles", fs::perms::none);
+        EXPECT_EQ(List(u"C:\\handles\\*.*"), "error 5");
+        fs::permissions(DriveC() / "Handles", fs::perms::owner_all);
+    }
+}
+
+}  // namespace
