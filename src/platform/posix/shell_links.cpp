@@ -12,6 +12,7 @@
 #include "platform/files.h"
 #include "platform/posix/built_in_classes.h"
 #include "platform/posix/paths.h"
+#include "platform/posix/scoped_handle.h"
 #include "platform/posix/shortcut_file.h"
 
 namespace brevik::platform {
@@ -24,28 +25,10 @@ constexpr HRESULT ResultOf(DWORD error) {
     return MakeHResult(0x8007'0000 | (error & 0xFFFF));
 }
 
-// Closes a file at the end of a scope.
-class ScopedFile {
-  public:
-    explicit ScopedFile(HANDLE file) : file_(file) {}
-    ScopedFile(const ScopedFile&) = delete;
-    ScopedFile& operator=(const ScopedFile&) = delete;
-    ~ScopedFile() {
-        if (IsOpen()) {
-            CloseHandle(file_);
-        }
-    }
-    bool IsOpen() const { return file_ != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return file_; }
-
-  private:
-    HANDLE file_;
-};
-
 HRESULT ReadShortcut(const WCHAR* path, std::optional<Shortcut>* shortcut) {
-    const ScopedFile file(CreateFileW(path, GENERIC_READ,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const ScopedHandle file(CreateFileW(path, GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD high = 0;
     const DWORD size = file.IsOpen() ? GetFileSize(file.Get(), &high) : INVALID_FILE_SIZE;
     if (size == INVALID_FILE_SIZE && GetLastError() != NO_ERROR) {
