@@ -112,6 +112,16 @@ TEST_F(Opening, AnswersAsTheSystemDoes) {
     EXPECT_FALSE(fs::exists(folder_ / "nowhere"));
 }
 
+TEST_F(Opening, SharesTheNullDeviceWithEverybody) {
+    const OpenedFile first(u"Z:\\dev\\null", kBoth);
+    const OpenedFile second(u"Z:\\dev\\null", kBoth);
+    ASSERT_TRUE(first.IsOpen() && second.IsOpen());
+    DWORD count = 0;
+    EXPECT_TRUE(WriteFile(second.Get(), "gone", 4, &count, nullptr));
+    EXPECT_EQ(count, 4u);
+    EXPECT_TRUE(FlushFileBuffers(second.Get()));
+}
+
 TEST_F(Opening, EmptiesAFileOnlyWhenNothingStandsAgainstIt) {
     const std::u16string path = u"C:\\Open\\File.txt";
     for (const DWORD disposition : {CREATE_ALWAYS, TRUNCATE_EXISTING}) {

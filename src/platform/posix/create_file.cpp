@@ -128,8 +128,12 @@ Attempt OpenExisting(const HostFile& file, const HostPlace& place, const Opening
         return Failed(ERROR_ACCESS_DENIED);
     }
     ShareMode share;
-    if (const DWORD error = share.Enter(status, opening.access, opening.share); error != NO_ERROR) {
-        return Failed(error);
+    // The null device is everybody's.
+    if (!IsNullDevice(status)) {
+        const DWORD error = share.Enter(status, opening.access, opening.share);
+        if (error != NO_ERROR) {
+            return Failed(error);
+        }
     }
     // Only now that nobody else stands against it.
     if (opening.Empties() && S_ISREG(status.st_mode) && ftruncate(descriptor.Get(), 0) != 0) {

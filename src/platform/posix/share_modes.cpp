@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <iterator>
 #include <memory>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -47,8 +48,6 @@ constexpr AccessKind kAccessKinds[] = {
     {GENERIC_WRITE, FILE_SHARE_WRITE, kWrites, kDeniesWrite},
     {DELETE, FILE_SHARE_DELETE, kDeletes, kDeniesDelete},
 };
-
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // Bytes of a slot as a bit set.
 struct SlotBytes {
@@ -121,22 +120,16 @@ DWORD SetLock(int file, int type, off_t start, off_t length) {
     return errno == EAGAIN || errno == EACCES ? ERROR_SHARING_VIOLATION : NO_ERROR;
 }
 
-// In which no other opening looks at the file's bytes or locks them.
-class Section {
-  public:
-    Section(int file, off_t slot) : file_(file), slot_(slot) {
-        struct flock lock = LockOf(F_WRLCK, slot_ + kSection, 1);
-        while (fcntl(file_, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
-        }
+// From here to EndSection no other opening looks at the file's bytes or locks them.
+void BeginSection(int file, off_t slot) {
+    struct flock lock = LockOf(F_WRLCK, slot + kSection, 1);
+    while (fcntl(file, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
     }
-    Section(const Section&) = delete;
-    Section& operator=(const Section&) = delete;
-    ~Section() { SetLock(file_, F_UNLCK, slot_ + kSection, 1); }
+}
 
-  private:
-    int file_;
-    off_t slot_;
-};
+void EndSection(int file, off_t slot) {
+    SetLock(file, F_UNLCK, slot + kSection, 1);
+}
 
 std::string LockFilePath(dev_t device, std::uint64_t highBits) {
     char name[64];
@@ -195,19 +188,18 @@ DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
     if (!lockFile_) {
         return opened;
     }
-    DWORD error = NO_ERROR;
-    {
-        const Section section(lockFile_.Get(), slot_);
-        error = ForEachRun(bytes.excluded, [&](unsigned first, unsigned length) {
-            struct flock lock = LockOf(F_WRLCK, slot_ + first, length);
-            return FindLock(lockFile_.Get(), lock) ? ERROR_SHARING_VIOLATION : NO_ERROR;
+    const int lockFile = lockFile_.Get();
+    BeginSection(lockFile, slot_);
+    DWORD error = ForEachRun(bytes.excluded, [&](unsigned first, unsigned length) {
+        struct flock lock = LockOf(F_WRLCK, slot_ + first, length);
+        return FindLock(lockFile, lock) ? ERROR_SHARING_VIOLATION : NO_ERROR;
+    });
+    if (error == NO_ERROR) {
+        error = ForEachRun(bytes.taken, [&](unsigned first, unsigned length) {
+            return SetLock(lockFile, F_RDLCK, slot_ + first, length);
         });
-        if (error == NO_ERROR) {
-            error = ForEachRun(bytes.taken, [&](unsigned first, unsigned length) {
-                return SetLock(lockFile_.Get(), F_RDLCK, slot_ + first, length);
-            });
-        }
     }
+    EndSection(lockFile, slot_);
     if (error != NO_ERROR) {
         Leave();
     }
@@ -215,7 +207,18 @@ DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
 }
 
 DWORD ShareMode::EnterToDelete(const struct stat& file) {
-    return Enter(file, DELETE, kShareAll);
+    const DWORD opened = OpenLockFile(file);
+    if (!lockFile_) {
+        return opened;
+    }
+    // Staying in the section is the part that is taken. Leave ends it with all locks of the file.
+    BeginSection(lockFile_.Get(), slot_);
+    struct flock lock = LockOf(F_WRLCK, slot_ + kDeniesDelete, 1);
+    if (FindLock(lockFile_.Get(), lock)) {
+        Leave();
+        return ERROR_SHARING_VIOLATION;
+    }
+    return NO_ERROR;
 }
 
 DWORD ShareMode::LockVolume(const struct stat& root) {

@@ -18,8 +18,8 @@
 //  - One byte stands for each access that some handle has, one for each that some handle denies.
 //    A handle read-locks its bytes, any number may; it conflicts when it finds a lock on the byte
 //    of an access that it denies, or on that of the denial of an access that it wants. Looking and
-//    locking happen under a write lock on a further byte, which nobody keeps longer than that, so
-//    that of two openings at one time one is first.
+//    locking happen under a write lock on a further byte, so that of two openings at one time one
+//    is first. Deleting and renaming happen under it too.
 //  - A forked child inherits the descriptions; leaving therefore unlocks in so many words, which
 //    holds for all copies, and only the process that entered does it.
 // Users of one machine can lock against each other if they may write in its folder "locks". Where
@@ -31,7 +31,6 @@
 #include <sys/types.h>
 
 #include <string>
-#include <unordered_set>
 
 #include "platform/errors.h"
 #include "platform/posix/scoped_descriptor.h"
@@ -52,7 +51,8 @@ class PLATFORM_API ShareMode {
     // others where the host has no further descriptors or memory. REQUIRES: none is taken.
     DWORD Enter(const struct stat& file, DWORD access, DWORD share);
 
-    // As for deleting or renaming.
+    // As with delete access and all sharing, and until Leave no other opening can enter: for the
+    // moment that deleting or renaming takes, since others wait meanwhile.
     DWORD EnterToDelete(const struct stat& file);
 
     // Takes the one lock of the volume with this root folder. 0, or 5 when another one has it.
