@@ -62,16 +62,12 @@ bool ProgressBar::IsCancelled() {
 
 void ProgressBar::SetMessage(const VelmarText& message) {
     message_ = SafeText(Utf8ToNarrow(message.GetText()));
+    Draw();
 }
 
 void ProgressBar::SetProgress(double position) {
-    constexpr auto kBetweenDrawings = std::chrono::milliseconds(100);
-    const auto now = std::chrono::steady_clock::now();
-    if (!isShown_ || now < nextDrawing_) {
-        return;
-    }
-    nextDrawing_ = now + kBetweenDrawings;
-    Draw(std::clamp(position, 0.0, 1.0));
+    position_ = std::clamp(position, 0.0, 1.0);
+    Draw();
 }
 
 void ProgressBar::Clear() {
@@ -81,12 +77,18 @@ void ProgressBar::Clear() {
     }
 }
 
-void ProgressBar::Draw(double position) {
+void ProgressBar::Draw() {
     constexpr std::size_t kBarWidth = 20;
     constexpr std::size_t kAroundMessage = kBarWidth + 10;
-    const auto done = static_cast<std::size_t>(std::lround(position * kBarWidth));
+    constexpr auto kBetweenDrawings = std::chrono::milliseconds(100);
+    const auto now = std::chrono::steady_clock::now();
+    if (!isShown_ || message_.empty() || now < nextDrawing_) {
+        return;
+    }
+    nextDrawing_ = now + kBetweenDrawings;
+    const auto done = static_cast<std::size_t>(std::lround(position_ * kBarWidth));
     char percent[8];
-    std::snprintf(percent, sizeof percent, "%3.0f%%", position * 100);
+    std::snprintf(percent, sizeof percent, "%3.0f%%", position_ * 100);
     const std::size_t width = TerminalWidth();
     WriteText(STDERR_FILENO,
               "\r\x1b[K[" + std::string(done, '#') + std::string(kBarWidth - done, '.') + "] " +

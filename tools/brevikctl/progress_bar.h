@@ -29,12 +29,14 @@ class ProgressBar : public TickleImplBase {
     static int GetSignal();
 
   private:
-    void Draw(double position);
+    // Draws at most some times a second, and nothing before the first message.
+    void Draw();
 
     static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
     struct sigaction before_[3];
     bool isShown_;
     bool isDrawn_ = false;
+    double position_ = 0.0;
     std::string message_;
     std::chrono::steady_clock::time_point nextDrawing_;
 };
