@@ -130,7 +130,8 @@ const RegistryKey* FindKey(const RegistryTree& tree, const KeyPlace& place) {
 
 // The same for a key that was open: a predefined one is always there.
 const RegistryKey* FindKey(const RegistrySnapshot& registry, const OpenKey& key) {
-    static const RegistryKey empty;
+    // Never destroyed: a thread may still ask while the process ends.
+    static const RegistryKey& empty = *new RegistryKey;
     const RegistryKey* found = FindKey(registry.tree, key.place);
     return found != nullptr || !key.isPredefined ? found : &empty;
 }

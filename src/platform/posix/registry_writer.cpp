@@ -13,11 +13,12 @@ namespace {
 constexpr std::string_view kHead = "Windows Registry Editor Version 5.00\n";
 constexpr std::size_t kColumns = 80;
 
-void AppendHex(std::uint32_t number, std::size_t digits, std::string* text) {
+// Two hexadecimal digits, with what stands behind them.
+void AppendByte(char byte, std::string_view behind, std::string* text) {
     constexpr char kDigits[] = "0123456789abcdef";
-    while (digits-- > 0) {
-        *text += kDigits[number >> (4 * digits) & 0xF];
-    }
+    const unsigned number = static_cast<unsigned char>(byte);
+    const char digits[] = {kDigits[number >> 4], kDigits[number & 0xF]};
+    text->append(digits, sizeof digits).append(behind);
 }
 
 std::string Quoted(std::string_view text) {
@@ -65,8 +66,7 @@ void AppendBytes(std::string_view bytes, std::size_t column, std::string* text) 
             *text += kLineBreak;
             column = 2;
         }
-        AppendHex(static_cast<unsigned char>(bytes[index]), 2, text);
-        *text += isLast ? "" : ",";
+        AppendByte(bytes[index], isLast ? "" : ",", text);
         column += 3;
     }
 }
@@ -90,7 +90,7 @@ void AppendValue(const RegistryValue& value, std::string* text) {
     } else if (value.type == REG_DWORD && value.data.size() == 4) {
         *text += "dword:";
         for (std::size_t index = 4; index-- > 0;) {
-            AppendHex(static_cast<unsigned char>(value.data[index]), 2, text);
+            AppendByte(value.data[index], "", text);
         }
     } else {
         *text += HexPrefix(value.type);
