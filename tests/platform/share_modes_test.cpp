@@ -162,7 +162,7 @@ TEST_F(ShareModes, VanishWithAKilledProcess) {
 // Of several that open a file at the same moment one comes in, and not none either.
 TEST_F(ShareModes, LetOneOfManyThreadsIn) {
     constexpr int kThreads = 2;
-    constexpr int kRounds = 500;
+    constexpr int kRounds = 4000;
     std::atomic<int> inside = 0;
     std::atomic<int> wrongRounds = 0;
     // Without sleeping: who has to be woken comes too late for the moment in question.
