@@ -162,7 +162,7 @@ TEST_F(ShareModes, VanishWithAKilledProcess) {
 // Of several that open a file at the same moment one comes in, and not none either.
 TEST_F(ShareModes, LetOneOfManyThreadsIn) {
     constexpr int kThreads = 2;
-    constexpr int kRounds = 4000;
+    constexpr int kRounds = 1000;
     std::atomic<int> inside = 0;
     std::atomic<int> wrongRounds = 0;
     // Without sleeping: who has to be woken comes too late for the moment in question.
@@ -227,6 +227,19 @@ TEST_F(ShareModes, BelongToTheProcessThatOpened) {
         EXPECT_EQ(waitpid(id, &status, 0), id);
         EXPECT_EQ(status, 0);
     }
+}
+
+// Somebody who stays where two openings exclude each other keeps no one waiting for ever, and gives
+// way when he ends.
+TEST_F(ShareModes, DoNotHangOnAProcessThatIsStopped) {
+    struct stat status = {};
+    ASSERT_EQ(stat((folder_ / "file").c_str(), &status), 0);
+    ShareMode stopped;
+    ASSERT_EQ(stopped.EnterToDelete(status), 0u);
+    EXPECT_EQ(TryToOpen({GENERIC_READ, kAll}), 32u);
+    EXPECT_EQ(TryToOpen({0, 0}), 0u);
+    stopped.Leave();
+    EXPECT_EQ(TryToOpen({GENERIC_READ, kAll}), 0u);
 }
 
 TEST_F(ShareModes, LeaveTheFileFreeForOtherPrograms) {

@@ -2,6 +2,8 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sched.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -120,10 +122,22 @@ DWORD SetLock(int file, int type, off_t start, off_t length) {
     return errno == EAGAIN || errno == EACCES ? ERROR_SHARING_VIOLATION : NO_ERROR;
 }
 
-// From here to EndSection no other opening looks at the file's bytes or locks them.
-void BeginSection(int file, off_t slot) {
-    struct flock lock = LockOf(F_WRLCK, slot + kSection, 1);
-    while (fcntl(file, F_OFD_SETLKW, &lock) != 0 && errno == EINTR) {
+// From here to EndSection no other opening looks at the file's bytes or locks them. 0, or 32 where
+// another program does not come to the end of its own: one that is stopped there must not stop all.
+DWORD BeginSection(int file, off_t slot) {
+    constexpr int kYields = 200;
+    constexpr int kWaits = 2000;
+    constexpr timespec kWait = {0, 1'000'000};
+    for (int turn = 0;; ++turn) {
+        const DWORD error = SetLock(file, F_WRLCK, slot + kSection, 1);
+        if (error == NO_ERROR || turn == kYields + kWaits) {
+            return error;
+        }
+        if (turn < kYields) {
+            sched_yield();
+        } else {
+            nanosleep(&kWait, nullptr);
+        }
     }
 }
 
@@ -189,8 +203,12 @@ DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
         return opened;
     }
     const int lockFile = lockFile_.Get();
-    BeginSection(lockFile, slot_);
-    DWORD error = ForEachRun(bytes.excluded, [&](unsigned first, unsigned length) {
+    DWORD error = BeginSection(lockFile, slot_);
+    if (error != NO_ERROR) {
+        lockFile_.Close();
+        return error;
+    }
+    error = ForEachRun(bytes.excluded, [&](unsigned first, unsigned length) {
         struct flock lock = LockOf(F_WRLCK, slot_ + first, length);
         return FindLock(lockFile, lock) ? ERROR_SHARING_VIOLATION : NO_ERROR;
     });
@@ -212,7 +230,10 @@ DWORD ShareMode::EnterToDelete(const struct stat& file) {
         return opened;
     }
     // Staying in the section is the part that is taken. Leave ends it with all locks of the file.
-    BeginSection(lockFile_.Get(), slot_);
+    if (const DWORD error = BeginSection(lockFile_.Get(), slot_); error != NO_ERROR) {
+        lockFile_.Close();
+        return error;
+    }
     struct flock lock = LockOf(F_WRLCK, slot_ + kDeniesDelete, 1);
     if (FindLock(lockFile_.Get(), lock)) {
         Leave();

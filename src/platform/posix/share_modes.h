@@ -19,7 +19,8 @@
 //    A handle read-locks its bytes, any number may; it conflicts when it finds a lock on the byte
 //    of an access that it denies, or on that of the denial of an access that it wants. Looking and
 //    locking happen under a write lock on a further byte, so that of two openings at one time one
-//    is first. Deleting and renaming happen under it too.
+//    is first. Deleting and renaming happen under it too. Nobody waits for it longer than two
+//    seconds.
 //  - A forked child inherits the descriptions; leaving therefore unlocks in so many words, which
 //    holds for all copies, and only the process that entered does it.
 // Users of one machine can lock against each other if they may write in its folder "locks". Where
