@@ -9,8 +9,8 @@ class AliasSpec_IF {
   public:
     virtual ~AliasSpec_IF() = default;
 
-    // Reads the shortcut and gives what it points to, which need not exist; null for one without a
-    // target. Raises a FileException with the shortcut's path when it cannot be read or resolved.
+    // Reads the shortcut and gives what it leads to, null for one without a target. Raises a
+    // FileException with the shortcut's path when it cannot be read, or its target cannot be found.
     // Leaves the calling thread's component-model state as it was.
     virtual SharedHandle<FileSpec_IF> ResolveAlias() = 0;
 };

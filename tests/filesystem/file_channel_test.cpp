@@ -218,11 +218,6 @@ TEST_F(FileChannelTest, StreamTakesTheFileOver) {
     EXPECT_EQ(OpenFiles(), open);
 }
 
-TEST_F(FileChannelTest, ChannelsKeepTheirFileObjectAlive) {
-    const FileChannel channel = Child("file").MakeFileChannel(kRead);
-    EXPECT_TRUE(channel.GetFileSpec()->IsPresent());
-}
-
 // A process of its own that holds the file until it is killed.
 class Holder {
   public:

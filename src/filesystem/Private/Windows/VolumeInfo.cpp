@@ -16,7 +16,8 @@ VolumeInfo::VolumeInfo(const WideString& rootPath) : root(StringToLower(rootPath
             root.c_str(), labelText, static_cast<DWORD>(std::size(labelText)), &serialNumber,
             &nameLength, &flagBits, fileSystemText,
             static_cast<DWORD>(std::size(fileSystemText)))) {
-        ThrowFileError(GetLastError(), FilePath(root));
+        const DWORD error = GetLastError();
+        ThrowFileError(error, FilePath(root));
     }
     flags = flagBits;
     max_name_length = nameLength;
