@@ -4,13 +4,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 
+#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/shared_text_file.h"
 #include "support/cookie_machine.h"
 #include "support/test_machine.h"
 
@@ -34,6 +39,8 @@ unsigned Mode(const std::string& path) {
 }
 
 TEST_F(CookieFileOnDisk, ANewFileIsTheOwnersAloneAndBearsTheHead) {
+    // What a killed writer left.
+    std::ofstream(CookieFilePath() + ".new") << "half a li";
     ASSERT_TRUE(Set("a=1"));
     EXPECT_EQ(ReadCookieFile(), std::string("# Netscape HTTP Cookie File\n") + kRow);
     EXPECT_EQ(Mode(CookieFilePath()), 0600u);
@@ -97,7 +104,75 @@ TEST_F(CookieFileOnDisk, WhatCannotBeReadIsNotReplaced) {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     EXPECT_FALSE(Set("a=1"));
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(InternetGetCookieA(kUrl, nullptr, nullptr, &size));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     EXPECT_TRUE(std::filesystem::is_fifo(path));
+    std::filesystem::remove(path);
+    std::filesystem::create_symlink("/dev/zero", path);
+    EXPECT_FALSE(InternetGetCookieA(kUrl, nullptr, nullptr, &size));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+}
+
+TEST_F(CookieFileOnDisk, AFileOfAnySizeDoesNotFillTheMemory) {
+    constexpr std::uintmax_t kTebibyte = std::uintmax_t{1} << 40;
+    for (const std::uintmax_t length : {SharedTextFile::kLongestText + 1, kTebibyte}) {
+        WriteCookieFile(kRow);
+        std::filesystem::resize_file(CookieFilePath(), length);
+        DWORD size = 0;
+        EXPECT_FALSE(InternetGetCookieA(kUrl, nullptr, nullptr, &size));
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_DATA);
+        EXPECT_FALSE(Set("a=2"));
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_DATA);
+        EXPECT_EQ(std::filesystem::file_size(CookieFilePath()), length);
+    }
+}
+
+TEST_F(CookieFileOnDisk, ATextThatNobodyCouldReadAgainIsNotWritten) {
+    WriteCookieFile(kRow);
+    const auto grow = [](std::string* text) {
+        text->resize(SharedTextFile::kLongestText + 1, '#');
+        return DWORD{NO_ERROR};
+    };
+    EXPECT_EQ(SharedTextFile(CookieFilePath()).Update(grow), ERROR_INVALID_DATA);
+    EXPECT_TRUE(ReadCookieFile() == kRow);
+}
+
+TEST_F(CookieFileOnDisk, AWriterThatKeepsTheLockDoesNotHoldOthers) {
+    ASSERT_TRUE(Set("a=1"));
+    const std::string before = ReadCookieFile();
+    const ScopedDescriptor lock(open((CookieFilePath() + ".lock").c_str(), O_RDWR));
+    ASSERT_EQ(flock(lock.Get(), LOCK_EX), 0);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_FALSE(Set("a=2"));
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+    EXPECT_EQ(ReadCookieFile(), before);
+    EXPECT_EQ(VisibleCookies(kUrl), "a=1") << "a reader needs no lock";
+    ASSERT_EQ(flock(lock.Get(), LOCK_UN), 0);
+    EXPECT_TRUE(Set("a=2"));
+}
+
+TEST_F(CookieFileOnDisk, AChildForkedDuringAWriteDoesNotKeepTheLock) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    pid_t child = -1;
+    const auto fork = [&](std::string*) {
+        child = ::fork();
+        if (child == 0) {
+            // Lives, with all that it inherited, until the test lets go of the other end.
+            close(ends[1]);
+            char byte;
+            _exit(static_cast<int>(read(ends[0], &byte, 1)));
+        }
+        return DWORD{NO_ERROR};
+    };
+    EXPECT_EQ(SharedTextFile(CookieFilePath()).Update(fork), NO_ERROR);
+    EXPECT_TRUE(Set("a=1"));
+    close(ends[1]);
+    close(ends[0]);
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(CookieFileOnDisk, AWriteThatFailsLeavesTheFileAndNoOther) {

@@ -4,9 +4,13 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <thread>
 
 #include "platform/posix/scoped_descriptor.h"
 
@@ -52,13 +56,16 @@ std::string FollowLinks(const std::string& path) {
 DWORD ReadFile(const std::string& path, std::string* text) {
     text->clear();
     // Without blocking: a pipe in the file's place must not hold the host.
-    const ScopedDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const ScopedDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file) {
         return errno == ENOENT ? NO_ERROR : ErrorNumber(errno);
     }
     struct stat status;
     if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return ERROR_ACCESS_DENIED;
+    }
+    if (static_cast<std::uint64_t>(status.st_size) > SharedTextFile::kLongestText) {
+        return ERROR_INVALID_DATA;
     }
     text->resize(static_cast<std::size_t>(status.st_size));
     std::size_t size = 0;
@@ -108,17 +115,75 @@ DWORD ReplaceFile(const std::string& path, const std::string& text) {
     return NO_ERROR;
 }
 
-// The lock goes with the descriptor.
-ScopedDescriptor TakeLock(const std::string& path) {
-    ScopedDescriptor lock(open((path + ".lock").c_str(),
-                               O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly));
-    while (lock && flock(lock.Get(), LOCK_EX) != 0) {
-        if (errno != EINTR) {
-            return {};
+// The writers' lock.
+//
+// Those who wait for it queue at a second lock, on a byte of the same file, whose holder alone
+// tries the first one: writers that never rest would else starve others. The queue is a courtesy,
+// and a writer that is stopped there holds nobody for good.
+class WriteLock {
+  public:
+    WriteLock() = default;
+    WriteLock(const WriteLock&) = delete;
+    WriteLock& operator=(const WriteLock&) = delete;
+
+    // Closing alone would leave the lock to a child process that was forked meanwhile.
+    ~WriteLock() {
+        if (file_) {
+            flock(file_.Get(), LOCK_UN);
         }
     }
-    return lock;
-}
+
+    // NO_ERROR; 32 when another writer holds the lock all the time.
+    DWORD Take(const std::string& path) {
+        file_ = ScopedDescriptor(open((path + ".lock").c_str(),
+                                      O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
+                                      kOwnerOnly));
+        if (!file_) {
+            return ErrorNumber(errno);
+        }
+        const Clock::time_point begin = Clock::now();
+        TryUntil(begin + kLongestQueueing, [this] { return SetQueueLock(F_WRLCK); });
+        const int failure = TryUntil(begin + kLongestWait,
+                                     [this] { return flock(file_.Get(), LOCK_EX | LOCK_NB) == 0; });
+        SetQueueLock(F_UNLCK);
+        return failure == 0             ? NO_ERROR
+               : failure == EWOULDBLOCK ? ERROR_SHARING_VIOLATION
+                                        : ErrorNumber(failure);
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    // Long enough for many writers; a stopped one must not hold a host for longer.
+    static constexpr std::chrono::milliseconds kLongestWait{2000};
+    static constexpr std::chrono::milliseconds kLongestQueueing{1500};
+
+    static constexpr std::chrono::microseconds kShortestPause{100};
+    static constexpr std::chrono::microseconds kLongestPause{2000};
+
+    // 0 once `attempt` has succeeded, else the code of its last failure.
+    template <typename Attempt>
+    static int TryUntil(Clock::time_point end, Attempt attempt) {
+        for (auto pause = kShortestPause; !attempt(); pause = std::min(2 * pause, kLongestPause)) {
+            const int failure = errno;
+            if ((failure != EWOULDBLOCK && failure != EINTR) || Clock::now() >= end) {
+                return failure;
+            }
+            std::this_thread::sleep_for(pause);
+        }
+        return 0;
+    }
+
+    bool SetQueueLock(int type) const {
+        struct flock range = {};
+        range.l_type = static_cast<short>(type);
+        range.l_whence = SEEK_SET;
+        range.l_len = 1;
+        return fcntl(file_.Get(), F_OFD_SETLK, &range) == 0;
+    }
+
+    ScopedDescriptor file_;
+};
 
 }  // namespace
 
@@ -128,9 +193,9 @@ DWORD SharedTextFile::Read(std::string* text) const {
 
 DWORD SharedTextFile::Update(const std::function<DWORD(std::string* text)>& change) const {
     const std::string path = FollowLinks(path_);
-    const ScopedDescriptor lock = TakeLock(path);
-    if (!lock) {
-        return ErrorNumber(errno);
+    WriteLock lock;
+    if (const DWORD error = lock.Take(path); error != NO_ERROR) {
+        return error;
     }
     std::string before;
     if (const DWORD error = ReadFile(path, &before); error != NO_ERROR) {
@@ -139,6 +204,9 @@ DWORD SharedTextFile::Update(const std::function<DWORD(std::string* text)>& chan
     std::string after = before;
     if (const DWORD error = change(&after); error != NO_ERROR) {
         return error;
+    }
+    if (after.size() > kLongestText) {
+        return ERROR_INVALID_DATA;
     }
     return after == before ? NO_ERROR : ReplaceFile(path, after);
 }

@@ -2,7 +2,10 @@
 //
 // A writer holds a lock on the file PATH.lock from its reading to its replacing, so that no two of
 // them lose each other's changes, and puts the new text in place by renaming, so that readers need
-// no lock and never see half of it. A writer that is killed leaves the old text or the new one.
+// no lock and never see half of it. A writer that is killed leaves the old text or the new one, and
+// perhaps a file PATH.new, which the next writer replaces. One that is stopped makes the others
+// fail instead of wait.
+//
 // Where the path is a symbolic link, the file that it leads to is replaced, and the lock lies
 // beside that.
 //
@@ -10,6 +13,7 @@
 // may be an older one.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -23,14 +27,18 @@ class PLATFORM_API SharedTextFile {
 
     const std::string& Path() const { return path_; }
 
+    // The longest text, in bytes: a file of any size must not fill the memory of a host.
+    static constexpr std::size_t kLongestText = std::size_t{64} << 20;
+
     // The file's bytes; of a missing file, none. NO_ERROR; 5 where it may not be read or is no
-    // plain file.
+    // plain file, 13 where it is longer than the longest text.
     DWORD Read(std::string* text) const;
 
     // Reads the file, has `change` work on the bytes, and replaces the file, mode 0600, when they
     // are others then. An error of `change` is the result, and the file stays; further ones are 3
-    // for a missing folder, 5 where it may not be written, 112 for a full disk, 31 for any other
-    // failure.
+    // for a missing folder, 5 where it may not be written, 13 where the file or its new text is
+    // longer than the longest text, 32 when another writer holds the lock for two seconds, 112 for
+    // a full disk, 31 for any other failure.
     DWORD Update(const std::function<DWORD(std::string* text)>& change) const;
 
   private:
