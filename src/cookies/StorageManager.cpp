@@ -1,7 +1,6 @@
 #include "cookies/StorageManager.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -14,11 +13,6 @@
 namespace {
 
 constexpr std::int32_t kNotStored = 1;
-
-// A cookie of such a name could be taken for an attribute of another one.
-constexpr std::array<const char*, 9> kAttributeNames = {"domain",   "path",     "expires",
-                                                        "max-age",  "secure",   "httponly",
-                                                        "samesite", "priority", "partitioned"};
 
 // The domain that was set last by anybody. It reaches no cookie until somebody sets one.
 struct ProcessDomain {
@@ -37,14 +31,8 @@ bool HasSign(const Utf8String& text, std::string_view signs) {
     });
 }
 
-bool IsAttributeName(const Utf8String& name) {
-    Utf8String trimmed = name;
-    while (trimmed.ends_with(' ')) {
-        trimmed.pop_back();
-    }
-    return std::ranges::any_of(kAttributeNames, [&trimmed](const char* attribute) {
-        return EqualNoCase(trimmed, attribute);
-    });
+const char* Bytes(const Utf8String& text) {
+    return reinterpret_cast<const char*>(text.c_str());
 }
 
 }  // namespace
@@ -96,6 +84,10 @@ std::int32_t StorageManager::GetValue(const Utf8String& name, const Utf8String& 
     try {
         ReadCookie(Utf8ToNarrow(url_), Utf8ToNarrow(name));
         parser_->FindValue(Utf8ToNarrow(name), Utf8ToNarrow(key), value);
+        if (key.empty()) {
+            // The body may hold an item "=value" all the same.
+            value = NarrowToUtf8("-1");
+        }
     } catch (const _com_error& error) {
         return error.Error();
     }
@@ -120,8 +112,8 @@ std::int32_t StorageManager::SetValue(const Utf8String& name, const Utf8String& 
             return kNotStored;
         }
         const Utf8String text = parser_->Format(domain_);
-        if (!InternetSetCookieA(url.c_str(), nullptr,
-                                reinterpret_cast<const char*>(text.c_str()))) {
+        NameWrittenCookie(Bytes(section));
+        if (!InternetSetCookieA(url.c_str(), nullptr, Bytes(text))) {
             UTrace::Error("cookie value not stored: the store answers error %u",
                           static_cast<unsigned>(GetLastError()));
             return kNotStored;
@@ -148,7 +140,7 @@ const char* StorageManager::ReasonToRefuse(const Utf8String& name, const Utf8Str
     if (HasSign(domain_, "&; ")) {
         return "the domain holds '&', ';', a blank or a control character";
     }
-    if (IsAttributeName(parser_->SectionOfWrite(name))) {
+    if (IsCookieAttributeName(Bytes(parser_->SectionOfWrite(name)))) {
         return "the cookie bears the name of an attribute";
     }
     if (parser_->EndedEarly()) {

@@ -32,8 +32,8 @@ class StorageManager {
     // without them is no failure.
     std::int32_t ReadCookie(const std::string& url, const std::string& name);
 
-    // The value of a key in the cookie `name`, "-1" where it is empty or missing. 0, or the HRESULT
-    // of a component-model failure.
+    // The value of a key in the cookie `name`, "-1" where it is empty or missing, and for an empty
+    // key. 0, or the HRESULT of a component-model failure.
     std::int32_t GetValue(const Utf8String& name, const Utf8String& key, Utf8String& value);
 
     // Stores a value in the first cookie, in byte order, whose name contains `name`, or in a new

@@ -179,6 +179,46 @@ TEST_F(StorageManagerTest, CookiesOfOthersSurviveAWrite) {
     EXPECT_EQ(Read(kCookie, "k"), "1");
 }
 
+// A parser that lets another program replace the file between the reading and the writing.
+class MeddlingParser : public StorageParser {
+  public:
+    explicit MeddlingParser(std::string file) : file_(std::move(file)) {}
+    void Parse(const WCHAR* text, std::uint32_t size) override {
+        StorageParser::Parse(text, size);
+        WriteCookieFile(file_);
+    }
+
+  private:
+    std::string file_;
+};
+
+TEST_F(StorageManagerTest, AWriteTouchesItsOwnCookieAlone) {
+    const std::string soon = std::to_string(std::time(nullptr) + 600);
+    const std::string prefix = ".www.example.test\tTRUE\t/\tFALSE\t";
+    const std::string mine = prefix + soon + "\tqdr_cookie\tk=1\n";
+    WriteCookieFile(prefix + "4000000000\tfar\t1\n" + prefix + soon + "\ttoken\told\n" + mine);
+    const std::string others = prefix + soon + "\tfar\t1\n" + prefix + soon + "\ttoken\tnew\n";
+    for (const char* value : {"1", "2"}) {
+        StorageManager manager(std::make_shared<MeddlingParser>(others));
+        manager.SetDomain(NarrowToUtf8(kDomain));
+        EXPECT_EQ(manager.SetValue(NarrowToUtf8(kCookie), NarrowToUtf8("k"), NarrowToUtf8(value)),
+                  0);
+        EXPECT_THAT(ReadCookieFile(), testing::StartsWith(others));
+        EXPECT_EQ(Read(kCookie, "k"), value) << "a write of the value that was there counts, too";
+    }
+    // The same value prolongs its cookie.
+    WriteCookieFile(others + mine);
+    EXPECT_EQ(Write("qdr", "k", "1"), 0);
+    EXPECT_THAT(ReadCookieFile(), testing::StartsWith(others));
+    EXPECT_GT(CookieRows()[2].expires, std::stoll(soon) + 180 * 86400);
+}
+
+TEST_F(StorageManagerTest, AnEmptyKeyHasNoValue) {
+    WriteCookieFile(".www.example.test\tTRUE\t/\tFALSE\t0\tqdr_cookie\t=v&k=1\n");
+    EXPECT_EQ(Read(kCookie, ""), "-1");
+    EXPECT_EQ(Read(kCookie, "k"), "1");
+}
+
 TEST_F(StorageManagerTest, AStoreThatRefusesGivesOne) {
     WriteCookieFile("#HttpOnly_.www.example.test\tTRUE\t/\tFALSE\t0\tqdr_cookie\tsecret\n");
     EXPECT_EQ(Write(kCookie, "k", "v"), 1);

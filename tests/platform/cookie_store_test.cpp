@@ -235,6 +235,106 @@ TEST_F(CookieStore, APairThatHasNotChangedKeepsItsNature) {
                                   "www.example.test\tFALSE\t/\tTRUE\t1962090425\tlasting\t1\n"));
 }
 
+constexpr const char* kLater = ";domain=www.example.test;expires=Fri, 5-Mar-2032  9: 7: 5 GMT";
+
+std::string Row(const std::string& name, const std::string& value, const std::string& expires) {
+    return "www.example.test\tFALSE\t/\tTRUE\t" + expires + "\t" + name + "\t" + value + "\r\n";
+}
+
+std::string NewRow(const std::string& name, const std::string& value) {
+    return ".www.example.test\tTRUE\t/\tFALSE\t1962090425\t" + name + "\t" + value + "\n";
+}
+
+// What programs are told of cookies that lie there as Row.
+constexpr const char* kSafeUrl = "https://www.example.test";
+
+TEST_F(CookieStore, WhatOthersChangeBetweenReadAndWriteStands) {
+    const std::string past = std::to_string(std::time(nullptr) - 1000);
+    const std::string gone = Row("removed", "1", "0");
+    WriteCookieFile(Row("changed", "old", "0") + gone + Row("moved", "1", "0") +
+                    Row("expiring", "1", "4000000000"));
+    ASSERT_EQ(VisibleCookies(kSafeUrl), "changed=old; removed=1; moved=1; expiring=1");
+    const std::string after = Row("changed", "newer", "4000000000") +
+                              ".example.test\tTRUE\t/\tFALSE\t0\tmoved\t1\n" +
+                              Row("expiring", "1", past);
+    WriteCookieFile(after);
+    ASSERT_TRUE(
+        Set(kSafeUrl, std::string("changed=old; expiring=1; mine=1; moved=1; removed=1") + kLater));
+    EXPECT_EQ(ReadCookieFile(), after + NewRow("mine", "1"));
+
+    // Nothing of what the thread was told is kept for a second write.
+    ASSERT_TRUE(Set(kSafeUrl, std::string("removed=1") + kLater));
+    EXPECT_EQ(ReadCookieFile(), after + NewRow("mine", "1") + NewRow("removed", "1"));
+}
+
+TEST_F(CookieStore, AWriteLeavesTheExpiryOfOtherCookies) {
+    const std::string soon = std::to_string(std::time(nullptr) + 600);
+    const std::string others = Row("far", "1", "4000000000") + Row("token", "1", soon);
+    WriteCookieFile(others + Row("mine", "1", "0"));
+    ASSERT_EQ(VisibleCookies(kSafeUrl), "far=1; token=1; mine=1");
+    ASSERT_TRUE(Set(kSafeUrl, std::string("far=1; mine=2; token=1") + kLater));
+    EXPECT_EQ(ReadCookieFile(), others + NewRow("mine", "2"));
+
+    ASSERT_EQ(VisibleCookies(kSafeUrl), "far=1; token=1; mine=2");
+    WriteCookieFile(Row("far", "2", "4000000000") + Row("token", "1", soon));
+    ASSERT_TRUE(Set(kSafeUrl, "far=1; token=1; unknown=1;max-age=0"));
+    EXPECT_EQ(ReadCookieFile(), Row("far", "2", "4000000000"));
+}
+
+TEST_F(CookieStore, ATextToldBackWholeProlongsWhatIsStillThere) {
+    const std::string soon = std::to_string(std::time(nullptr) + 600);
+    WriteCookieFile(Row("far", "1", "4000000000") + Row("gone", "1", soon) +
+                    Row("token", "1", soon));
+    ASSERT_EQ(VisibleCookies(kSafeUrl), "far=1; gone=1; token=1");
+    WriteCookieFile(Row("far", "1", "4000000000") + Row("token", "1", soon));
+    ASSERT_TRUE(Set(kSafeUrl, std::string("far=1; gone=1; token=1") + kLater));
+    ASSERT_EQ(CookieRows().size(), 2u);
+    EXPECT_EQ(CookieRows()[0].expires, 4000000000);
+    EXPECT_EQ(CookieRows()[1].expires, 1962090425);
+}
+
+TEST_F(CookieStore, TheNamedCookieIsWrittenThoughItsBodyIsTheSame) {
+    const std::string soon = std::to_string(std::time(nullptr) + 600);
+    WriteCookieFile(Row("mine", "1", soon) + Row("token", "1", soon));
+    ASSERT_EQ(VisibleCookies(kSafeUrl), "mine=1; token=1");
+    NameWrittenCookie("mine");
+    ASSERT_TRUE(Set(kSafeUrl, std::string("mine=1; token=1") + kLater));
+    EXPECT_EQ(ReadCookieFile(),
+              Row("token", "1", soon) + "www.example.test\tFALSE\t/\tTRUE\t1962090425\tmine\t1\n");
+
+    ASSERT_EQ(VisibleCookies(kSafeUrl), "token=1; mine=1");
+    WriteCookieFile(Row("token", "2", soon));
+    NameWrittenCookie("mine");
+    ASSERT_TRUE(Set(kSafeUrl, std::string("mine=1; token=1") + kLater));
+    EXPECT_EQ(ReadCookieFile(), Row("token", "2", soon) + NewRow("mine", "1"));
+}
+
+TEST_F(CookieStore, OnlyAReadOfTheSameUrlTellsOfACookie) {
+    WriteCookieFile(Row("a", "1", "0"));
+    DWORD size = 0;
+    ASSERT_TRUE(InternetGetCookieA(kSafeUrl, nullptr, nullptr, &size));
+    WriteCookieFile("");
+    ASSERT_TRUE(Set(kSafeUrl, std::string("a=1") + kLater)) << "the size tells of no cookie";
+    EXPECT_THAT(ReadCookieFile(), testing::EndsWith(NewRow("a", "1")));
+
+    ASSERT_EQ(VisibleCookies(kUrl), "a=1");
+    WriteCookieFile("");
+    ASSERT_TRUE(Set(kSafeUrl, std::string("a=1") + kLater));
+    EXPECT_THAT(ReadCookieFile(), testing::EndsWith(NewRow("a", "1")));
+}
+
+TEST_F(CookieStore, AHostNameOf255BytesIsTheLongest) {
+    std::string host;
+    while (host.size() < 250) {
+        host += "label.";
+    }
+    host += "tst";
+    ASSERT_EQ(host.size(), 255u);
+    EXPECT_EQ(SetError(("http://" + host).c_str(), "a=1;domain=" + host), 0u);
+    EXPECT_EQ(SetError(("http://x" + host).c_str(), "a=1"), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CookieRows().size(), 1u);
+}
+
 TEST_F(CookieStore, AHostOnlyCookieOfTheSameDomainIsReplaced) {
     WriteCookieFile("www.example.test\tFALSE\t/\tFALSE\t0\ta\told\n");
     ASSERT_TRUE(Set(kUrl, "a=new"));

@@ -122,6 +122,14 @@ bool CanBeStored(const std::string& domain, const std::string& host) {
     return domain == host || (IsHostWithin(host, domain) && domain.find('.') != std::string::npos);
 }
 
+std::int64_t NewExpiry(const CookieRow& seen, const CookieSetText& order, CookiePairUse use) {
+    const std::int64_t expires = order.expires.value_or(seen.expires);
+    if (seen.expires == 0) {
+        return 0;
+    }
+    return use == CookiePairUse::kWritten ? expires : std::max(seen.expires, expires);
+}
+
 CookieRow NewRow(const CookieUrl& url, const CookieSetText& order, const CookiePair& pair) {
     CookieRow row;
     row.domain = order.domain.empty() ? url.host : order.domain;
@@ -173,10 +181,15 @@ DWORD CookieFile::Store(const CookieUrl& url, const CookieSetText& order, std::i
     const bool isPast = order.expires && *order.expires <= now;
     std::vector<Line> before = lines_;
     for (const CookiePair& pair : order.pairs) {
+        if (pair.use == CookiePairUse::kPassedOn && !isPast) {
+            continue;
+        }
         CookieRow row = NewRow(url, order, pair);
         if (std::optional<CookieRow> seen = TakeSeen(pair, url, now)) {
             row = *std::move(seen);
-            row.expires = row.expires == 0 ? 0 : order.expires.value_or(row.expires);
+            row.expires = NewExpiry(row, order, pair.use);
+        } else if (pair.use != CookiePairUse::kWritten) {
+            continue;
         } else if (!RemoveReplaced(row, url, now)) {
             lines_ = std::move(before);
             return ERROR_ACCESS_DENIED;

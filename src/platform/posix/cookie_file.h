@@ -48,6 +48,10 @@ class PLATFORM_API CookieFile {
     // marks and session nature, and one that lasts gets the new expiry if there is one. Any other
     // pair takes the place of the cookie with its name, domain and path.
     //
+    // Pairs that the caller does not write are those that it was told. One that has changed since
+    // stands; else a repeated one is stored, its expiry never shortened, and one that is passed on
+    // is left as it is and where it is, unless the new expiry is past.
+    //
     // NO_ERROR. With an error nothing is stored: 87 when the domain does not cover the URL's host
     // or is a single label that is not the host, 5 when a cookie to replace is marked HttpOnly, or
     // secure and the URL is not.

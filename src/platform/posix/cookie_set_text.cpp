@@ -1,19 +1,15 @@
 #include "platform/posix/cookie_set_text.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <limits>
 
+#include "platform/cookie_store.h"
 #include "platform/posix/cookie_date.h"
 #include "platform/posix/cookie_url.h"
 
 namespace brevik::platform {
 namespace {
-
-constexpr std::array<std::string_view, 9> kAttributeNames = {"domain",   "path",     "expires",
-                                                             "max-age",  "secure",   "httponly",
-                                                             "samesite", "priority", "partitioned"};
 
 std::string_view WithoutLeadingBlanks(std::string_view text) {
     return text.substr(std::min(text.find_first_not_of(' '), text.size()));
@@ -29,7 +25,7 @@ std::string AttributeName(std::string_view segment) {
 }
 
 bool IsAttribute(std::string_view segment) {
-    return std::ranges::find(kAttributeNames, AttributeName(segment)) != kAttributeNames.end();
+    return IsCookieAttributeName(segment.substr(0, segment.find('=')));
 }
 
 // The segments as they stand; those of blanks alone are left out.

@@ -17,9 +17,17 @@
 
 namespace brevik::platform {
 
+// What a caller does with a pair of its text.
+enum class CookiePairUse {
+    kWritten,   // it is the caller's own: stored whatever the store holds
+    kRepeated,  // it is what the caller was told: stored again, unless others have changed it since
+    kPassedOn,  // it is what the caller was told, beside one that it writes: left to the store
+};
+
 struct CookiePair {
     std::string name;
     std::string body;
+    CookiePairUse use = CookiePairUse::kWritten;
 };
 
 struct CookieSetText {

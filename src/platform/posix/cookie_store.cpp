@@ -5,6 +5,8 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <unordered_set>
+#include <utility>
 
 #include "platform/posix/cookie_file.h"
 #include "platform/posix/cookie_set_text.h"
@@ -14,13 +16,32 @@
 namespace brevik::platform {
 namespace {
 
-// What a thread was told the size of, for the call in which it brings the buffer: both see the
-// store at one moment, and it is read once.
-struct PendingAnswer {
-    std::string url;
+// What passes between the calls of a thread.
+struct Conversation {
+    std::string url;  // of the last read; empty when there is none
     std::string cookies;
+
+    // Whether the thread was told the size alone so far. The call in which it brings the buffer
+    // then answers from here: both see the store at one moment, and it is read once.
+    bool awaitsBuffer = false;
+    std::optional<std::string> writtenCookie;
 };
-thread_local std::optional<PendingAnswer> pendingAnswer;
+
+// Made at a thread's first call. A call behind the end of the thread's own objects, such as one at
+// the end of the process, makes another.
+thread_local Conversation* conversation = nullptr;
+
+struct ConversationEnd {
+    ~ConversationEnd() { delete std::exchange(conversation, nullptr); }
+};
+
+Conversation& ThisConversation() {
+    static thread_local ConversationEnd end;
+    if (conversation == nullptr) {
+        conversation = new Conversation;
+    }
+    return *conversation;
+}
 
 BOOL Fail(DWORD error) {
     SetLastError(error);
@@ -45,40 +66,65 @@ DWORD FindCookies(const char* url, std::string* cookies) {
     return cookies->empty() ? ERROR_NO_MORE_ITEMS : NO_ERROR;
 }
 
+// The pairs of "a=1; b=2". No cookie that is told holds a ";".
+std::unordered_set<std::string_view> SplitPairs(std::string_view cookies) {
+    constexpr std::string_view kSeparator = "; ";
+    std::unordered_set<std::string_view> pairs;
+    while (!cookies.empty()) {
+        const std::size_t end = std::min(cookies.find(';'), cookies.size());
+        pairs.insert(cookies.substr(0, end));
+        cookies.remove_prefix(std::min(end + kSeparator.size(), cookies.size()));
+    }
+    return pairs;
+}
+
+// Parts the pairs that the caller writes from those that it gives back as it was told them.
+void MarkUses(const Conversation& told, CookieSetText* order) {
+    const std::unordered_set<std::string_view> toldPairs = SplitPairs(told.cookies);
+    bool hasWritten = false;
+    for (CookiePair& pair : order->pairs) {
+        const bool isPassedOn =
+            pair.name != told.writtenCookie && toldPairs.contains(pair.name + '=' + pair.body);
+        pair.use = isPassedOn ? CookiePairUse::kPassedOn : CookiePairUse::kWritten;
+        hasWritten = hasWritten || !isPassedOn;
+    }
+    if (hasWritten) {
+        return;
+    }
+    for (CookiePair& pair : order->pairs) {
+        pair.use = CookiePairUse::kRepeated;
+    }
+}
+
 }  // namespace
 
 BOOL InternetGetCookieA(const char* url, const char*, char* buffer, DWORD* size) {
     if (url == nullptr || size == nullptr) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
-    if (buffer == nullptr || (pendingAnswer && pendingAnswer->url != url)) {
-        pendingAnswer.reset();
+    Conversation& told = ThisConversation();
+    if (buffer == nullptr || !told.awaitsBuffer || told.url != url) {
+        told = {};
+        if (const DWORD error = FindCookies(url, &told.cookies); error != NO_ERROR) {
+            return Fail(error);
+        }
+        told.url = url;
     }
-    PendingAnswer answer;
-    if (pendingAnswer) {
-        answer = *std::move(pendingAnswer);
-        pendingAnswer.reset();
-    } else if (const DWORD error = FindCookies(url, &answer.cookies); error != NO_ERROR) {
-        return Fail(error);
-    } else {
-        answer.url = url;
-    }
-    const std::size_t needed = answer.cookies.size() + 1;
+    const std::size_t needed = told.cookies.size() + 1;
     if (needed > std::numeric_limits<DWORD>::max()) {
         return Fail(ERROR_NOT_ENOUGH_MEMORY);
     }
     const bool fits = needed <= *size;
     *size = static_cast<DWORD>(needed);
+    told.awaitsBuffer = buffer == nullptr || !fits;
     if (buffer != nullptr && fits) {
-        std::memcpy(buffer, answer.cookies.c_str(), needed);
-        return TRUE;
+        std::memcpy(buffer, told.cookies.c_str(), needed);
     }
-    pendingAnswer = std::move(answer);
-    return buffer == nullptr ? TRUE : Fail(ERROR_INSUFFICIENT_BUFFER);
+    return buffer == nullptr || fits ? TRUE : Fail(ERROR_INSUFFICIENT_BUFFER);
 }
 
 BOOL InternetSetCookieA(const char* url, const char* name, const char* data) {
-    pendingAnswer.reset();
+    Conversation told = std::exchange(ThisConversation(), {});
     if (url == nullptr || data == nullptr) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
@@ -91,6 +137,9 @@ BOOL InternetSetCookieA(const char* url, const char* name, const char* data) {
     if (const DWORD error = ParseCookieSetText(name, data, now, &order); error != NO_ERROR) {
         return Fail(error);
     }
+    if (told.url == url && !told.awaitsBuffer) {
+        MarkUses(told, &order);
+    }
     const std::string path = CookieFilePath();
     if (path.empty()) {
         return Fail(ERROR_PATH_NOT_FOUND);
@@ -102,6 +151,10 @@ BOOL InternetSetCookieA(const char* url, const char* name, const char* data) {
         return result;
     });
     return error == NO_ERROR ? TRUE : Fail(error);
+}
+
+void NameWrittenCookie(const char* name) {
+    ThisConversation().writtenCookie = name;
 }
 
 }  // namespace brevik::platform

@@ -7,6 +7,8 @@
 namespace brevik::platform {
 namespace {
 
+constexpr std::size_t kLongestHost = 255;  // of a name in the domain name system
+
 constexpr bool IsLetter(char character) {
     return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
 }
@@ -46,9 +48,10 @@ DWORD ParseCookieUrl(std::string_view url, CookieUrl* parts) {
     std::string_view rest = url.substr(schemeEnd + kSchemeEnd.size());
     const std::size_t authorityEnd = std::min(rest.find_first_of("/\\?#"), rest.size());
     const std::string_view host = HostOf(rest.substr(0, authorityEnd));
-    if (host.empty() || std::ranges::any_of(host, [](char character) {
-            return character == ' ' || IsControlCharacter(character);
-        })) {
+    const auto isForbidden = [](char character) {
+        return character == ' ' || IsControlCharacter(character);
+    };
+    if (host.empty() || host.size() > kLongestHost || std::ranges::any_of(host, isForbidden)) {
         return ERROR_INVALID_PARAMETER;
     }
     rest.remove_prefix(authorityEnd);

@@ -15,8 +15,8 @@ struct CookieUrl {
     bool isSecure = false;
 };
 
-// NO_ERROR; 87 for an empty URL and for one without a host or with blanks or control characters in
-// it, 12006 for one without a scheme.
+// NO_ERROR; 87 for an empty URL and for one without a host, with one of more than 255 bytes or with
+// blanks or control characters in it, 12006 for one without a scheme.
 PLATFORM_API DWORD ParseCookieUrl(std::string_view url, CookieUrl* parts);
 
 // Whether the host is the domain or lies beneath it. Nothing lies beneath an IP address. Both in
