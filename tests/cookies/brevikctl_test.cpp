@@ -63,7 +63,34 @@ TEST_F(CookieCommand, List) {
     std::filesystem::create_directory(CookieFilePath());
     const ChildResult unreadable = RunTool({"list"});
     EXPECT_EQ(unreadable.exitCode, 1);
-    EXPECT_THAT(unreadable.errors, testing::HasSubstr("cannot be read"));
+    EXPECT_THAT(unreadable.errors, testing::HasSubstr("cannot be read: it is no plain file"));
+}
+
+TEST_F(CookieCommand, AStoreThatFailsIsToldApartFromARefusedValue) {
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{BREVIK_TEST_TOOL, "cookie", "list"},
+          {BREVIK_TEST_TOOL, "cookie", "set", "k", "v"}}) {
+        const ChildResult unusable = RunChild(command, {{"BREVIK_MACHINE", "/dev/null/machine"}});
+        EXPECT_EQ(unusable.exitCode, 1);
+        EXPECT_THAT(unusable.errors, testing::AllOf(testing::HasSubstr("'/dev/null/machine'"),
+                                                    testing::HasSubstr("BREVIK_MACHINE")));
+    }
+    const auto errors = [](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "set");
+        return RunTool(arguments).errors;
+    };
+    const auto blamesTheValue = testing::HasSubstr("It may not be empty");
+    EXPECT_THAT(errors({"k", "a;b"}), blamesTheValue);
+    EXPECT_THAT(errors({"--domain", "a/b", "k", "v"}), testing::HasSubstr("is no host name"));
+
+    const std::string hidden = "#HttpOnly_.www.ondrel.example\tTRUE\t/\tFALSE\t0\tqdr_cookie\tx\n";
+    WriteCookieFile(hidden);
+    EXPECT_THAT(errors({"k", "v"}), testing::HasSubstr("marked HttpOnly or secure"));
+    EXPECT_EQ(ReadCookieFile(), hidden);
+    std::filesystem::remove(CookieFilePath());
+    std::filesystem::create_directory(CookieFilePath());
+    EXPECT_THAT(errors({"k", "v"}), testing::AllOf(testing::HasSubstr("cannot be written"),
+                                                   testing::Not(blamesTheValue)));
 }
 
 }  // namespace

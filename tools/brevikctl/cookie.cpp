@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -15,6 +16,7 @@
 #include "cookies/CookieValues.h"
 #include "platform/posix/cookie_file.h"
 #include "platform/posix/host_text.h"
+#include "platform/posix/machine.h"
 #include "platform/posix/shared_text_file.h"
 #include "terminal.h"
 
@@ -71,16 +73,74 @@ void Get(const Options& options) {
     Print(value);
 }
 
+// Throws where the machine has no place for the user's cookies.
+std::string StorePath() {
+    const std::string path = CookieFilePath();
+    if (path.empty()) {
+        const std::string folder = Quoted(Machine::Current().Folder());
+        throw std::runtime_error("the machine folder " + folder +
+                                 " has no place for your cookies: its folder users/LOGIN is "
+                                 "missing and cannot be made, or is somebody else's"
+                                 "\nLet yourself write to " +
+                                 folder + ", or name another folder in BREVIK_MACHINE.");
+    }
+    return path;
+}
+
+std::string Reason(DWORD error, const std::string& path) {
+    switch (error) {
+        case ERROR_ACCESS_DENIED:
+            return "it is no plain file, or not yours to use; see ls -l " + Quoted(path);
+        case ERROR_INVALID_DATA:
+            return "it is larger than 64 MiB";
+        case ERROR_SHARING_VIOLATION:
+            return "another program holds " + Quoted(path + ".lock") + "; see fuser on it";
+        default:
+            return "error " + std::to_string(error);
+    }
+}
+
+// Why the store takes no cookie of the name and domain, whatever its value; empty where it does.
+std::string StoreTrouble(const Options& options) {
+    const std::string path = StorePath();
+    CookieUrl url;
+    CookieSetText order;
+    order.domain = LowerAscii(options.domain);
+    order.pairs.push_back({options.cookie, "x"});
+    DWORD answer = ParseCookieUrl("http://" + options.domain, &url);
+    const auto tryOut = [&](std::string* text) {
+        answer =
+            answer != NO_ERROR ? answer : CookieFile(*text).Store(url, order, std::time(nullptr));
+        return DWORD{NO_ERROR};
+    };
+    if (const DWORD error = SharedTextFile(path).Update(tryOut); error != NO_ERROR) {
+        return "the cookie store " + Quoted(path) + " cannot be written: " + Reason(error, path);
+    }
+    const std::filesystem::path folder = std::filesystem::weakly_canonical(path).parent_path();
+    if (access(folder.c_str(), W_OK) != 0) {
+        return "the folder " + Quoted(folder.string()) + " of the cookie store is not writable";
+    }
+    if (answer == ERROR_ACCESS_DENIED) {
+        return "this cookie is marked HttpOnly or secure: its web server alone may change it";
+    }
+    return answer == NO_ERROR ? "" : Quoted(options.domain) + " is no host name";
+}
+
 void Set(const Options& options) {
     const std::int32_t result =
         bvkc_VCM_WriteCookieValue(Wide(options.domain).c_str(), Wide(options.cookie).c_str(),
                                   Wide(options.key).c_str(), Wide(options.value).c_str());
-    if (result != 0) {
-        throw std::runtime_error(
-            "the value " + Quoted(options.key) + " was not stored " + Place(options) +
-            "\nIt may not be empty nor hold '&', ';' or a control character; a key may not hold "
-            "'='.\nbrevikctl trace in another window shows the reason.");
+    if (result == 0) {
+        return;
     }
+    std::string hint = StoreTrouble(options);
+    if (hint.empty()) {
+        hint =
+            "It may not be empty nor hold '&', ';' or a control character; a key may not hold '='.";
+    }
+    throw std::runtime_error("the value " + Quoted(options.key) + " was not stored " +
+                             Place(options) + "\n" + hint +
+                             "\nbrevikctl trace in another window shows more.");
 }
 
 std::string Time(std::int64_t seconds) {
@@ -146,12 +206,11 @@ std::string ToJson(const CookieRow& row) {
 }
 
 void List(const Options& options) {
-    const std::string path = CookieFilePath();
+    const std::string path = StorePath();
     std::string text;
-    const DWORD error = path.empty() ? ERROR_PATH_NOT_FOUND : SharedTextFile(path).Read(&text);
-    if (error != NO_ERROR) {
-        throw std::runtime_error("the cookie store " + Quoted(path) + " cannot be read, error " +
-                                 std::to_string(error));
+    if (const DWORD error = SharedTextFile(path).Read(&text); error != NO_ERROR) {
+        throw std::runtime_error("the cookie store " + Quoted(path) +
+                                 " cannot be read: " + Reason(error, path));
     }
     std::vector<CookieRow> rows = CookieFile(text).Rows();
     const std::string host = LowerAscii(options.domain);
