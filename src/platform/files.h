@@ -34,6 +34,7 @@ inline constexpr DWORD FILE_ATTRIBUTE_SYSTEM = 0x4;
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_ARCHIVE = 0x20;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 inline constexpr DWORD FILE_FLAG_BACKUP_SEMANTICS = 0x02000000;
 inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
@@ -102,6 +103,8 @@ PLATFORM_API BOOL DeviceIoControl(HANDLE device, DWORD code, void* input, DWORD 
                                   void* output, DWORD outputSize, DWORD* returned,
                                   OVERLAPPED* none);
 
+// Off Windows links are followed; a folder that is reached through one bears the attribute of a
+// reparse point.
 PLATFORM_API BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS level,
                                        void* information);
 PLATFORM_API BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes);

@@ -164,6 +164,17 @@ TEST_F(FolderTest, DeletesReadOnlyTrees) {
     EXPECT_EQ(MessageOf([&] { tree.DeleteTree(); }), "");
 }
 
+TEST_F(FolderTest, DeletionLeavesWhatLinksLeadTo) {
+    fs::create_directories(folder / "tree");
+    fs::create_directories(folder / "elsewhere");
+    WriteHostFile(folder / "elsewhere/file");
+    fs::create_directory_symlink("../elsewhere", folder / "tree/folder");
+    fs::create_symlink("../elsewhere/file", folder / "tree/file");
+    FolderSpec(Child("tree")).DeleteTree();
+    EXPECT_FALSE(fs::exists(folder / "tree"));
+    EXPECT_TRUE(fs::exists(folder / "elsewhere/file"));
+}
+
 TEST_F(FolderTest, DeletionStopsAtAFileInUse) {
     fs::create_directories(folder / "tree/sub");
     WriteHostFile(folder / "tree/sub/used");

@@ -28,6 +28,11 @@ std::u16string_view TextOf(const WCHAR* path) {
     return path != nullptr ? std::u16string_view(path) : std::u16string_view();
 }
 
+bool IsLink(const char* path) {
+    struct stat status;
+    return lstat(path, &status) == 0 && S_ISLNK(status.st_mode);
+}
+
 // The file for a place that is there as it is spelled, in one system call; else through the lookup.
 std::optional<FileInformation> FindInformation(const HostPlace& place, bool* folder) {
     struct statx status;
@@ -47,7 +52,11 @@ std::optional<FileInformation> FindInformation(const HostPlace& place, bool* fol
         }
     }
     *folder = S_ISDIR(status.stx_mode);
-    return FileInformationOf(status, path.c_str());
+    FileInformation information = FileInformationOf(status, path.c_str());
+    if (*folder && !place.IsRoot() && IsLink(path.c_str())) {
+        information.attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    }
+    return information;
 }
 
 DWORD DeleteFound(const HostFile& file, const HostPlace& place) {

@@ -100,6 +100,9 @@ void FileSpec_Win32::DeleteTree(const SharedHandle<FolderSpec_IF>& self) {
     if (!IsPresent()) {
         return;
     }
-    DeleteContents(true, self);
+    // Of a link to a folder elsewhere the link goes, and what it leads to stays.
+    if ((GetPlatformAttributes().dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        DeleteContents(true, self);
+    }
     Delete();
 }
