@@ -6,44 +6,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "bench_machine.h"
 #include "processes.h"
+#include "rows.h"
 #include "subject_runner.h"
 
 namespace {
 
-struct Row {
-    std::string what;
-    std::string target;
-    std::string ours;
-    std::string peer;
-    std::string peerFigure;
-    std::string verdict;
-};
-
 constexpr int kProcessRuns = 201;
-constexpr Nanoseconds kMicrosecond = std::chrono::microseconds(1);
-constexpr Nanoseconds kMillisecond = std::chrono::milliseconds(1);
-
-std::string Text(Nanoseconds time) {
-    char text[32];
-    if (time < kMicrosecond) {
-        std::snprintf(text, sizeof text, "%.0f ns", time.count());
-    } else if (time < kMillisecond) {
-        std::snprintf(text, sizeof text, "%.2f us", time / kMicrosecond);
-    } else {
-        std::snprintf(text, sizeof text, "%.2f ms", time / kMillisecond);
-    }
-    return text;
-}
-
-std::string Verdict(bool met) {
-    return met ? "met" : "MISSED";
-}
 
 // Whole processes, taking turns.
 Row StartRow() {
@@ -87,21 +60,6 @@ Row LoadedLibrariesRow() {
             Verdict(found.empty())};
 }
 
-Row SubjectRow(const std::string& what, const std::string& subject, const std::string& peer,
-               const std::string& target, const std::function<bool(const Figures&)>& isMet) {
-    const Figures figures = MeasureSubject(subject);
-    return {what,
-            target,
-            Text(figures.ours),
-            peer,
-            Text(figures.peer),
-            isMet ? Verdict(isMet(figures)) : "-"};
-}
-
-std::function<bool(const Figures&)> Under(Nanoseconds bound) {
-    return [bound](const Figures& figures) { return figures.ours < bound; };
-}
-
 std::vector<Row> Measure() {
     const BenchMachine machine;
     std::vector<Row> rows = {StartRow(), LoadedLibrariesRow()};
@@ -112,16 +70,17 @@ std::vector<Row> Measure() {
     rows.push_back(SubjectRow("GetUserLanguage_Ids, three identifiers, sibling missing",
                               "language-without-sibling", "ICU uloc_acceptLanguage, three locales",
                               "< 40 us", Under(40 * kMicrosecond)));
-    rows.push_back(
-        SubjectRow("trace line, two arguments, nobody listening", "trace", "spdlog line, null sink",
-                   "<= 1.5 x peer",
-                   [](const Figures& figures) { return figures.ours <= 1.5 * figures.peer; }));
+    rows.push_back(SubjectRow("trace line, two arguments, nobody listening", "trace",
+                              "spdlog line, null sink", "<= 1.5 x peer", AtMost(1.5)));
     rows.push_back(SubjectRow("trace line, two arguments, a filter listening", "trace-filter",
                               "spdlog line, null sink", "(told only)", nullptr));
     rows.push_back(SubjectRow("cookie read, file of 50 cookies", "cookie-read",
                               "libcurl, load of that file", "< 100 us", Under(100 * kMicrosecond)));
     rows.push_back(SubjectRow("cookie write, file of 50 cookies", "cookie-write",
                               "libcurl, flush of that jar", "< 1 ms", Under(kMillisecond)));
+    for (const Row& row : FileRows()) {
+        rows.push_back(row);
+    }
     return rows;
 }
 
@@ -135,7 +94,8 @@ void Print(const std::vector<Row>& rows) {
     const char* path = std::getenv("PATH");
     const std::string folders = path != nullptr ? path : "";
     std::printf(
-        "Medians: processes over %d runs each, everything else over 21 repetitions each.\n"
+        "Medians: processes over %d runs each, scans, copies and deletions over 5, everything else "
+        "over 21.\n"
         "A missing sibling is searched for in the %td folders of PATH, among others.\n",
         kProcessRuns, std::count(folders.begin(), folders.end(), ':') + 1);
 }
@@ -146,6 +106,9 @@ int main(int argc, char** argv) {
     try {
         if (argc == 3 && std::string(argv[1]) == "--subject") {
             return RunSubject(argv[2]);
+        }
+        if (argc == 3 && std::string(argv[1]) == "--listing") {
+            return RunListing(argv[2]);
         }
         if (argc != 1) {
             std::fprintf(stderr, "usage: brevik_bench\n");

@@ -8,13 +8,18 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "file_subjects.h"
 #include "subjects.h"
 
 namespace {
 
+constexpr int kUsual = 21;
+constexpr int kLengthy = 5;
+
 struct Subject {
     std::string_view name;
     void (*registration)();
+    int repetitions = kUsual;
 };
 constexpr Subject kSubjects[] = {
     {"language-with-sibling", RegisterLanguageWithSibling},
@@ -23,6 +28,13 @@ constexpr Subject kSubjects[] = {
     {"trace-filter", RegisterTraceFilter},
     {"cookie-read", RegisterCookieRead},
     {"cookie-write", RegisterCookieWrite},
+    {"find-files", RegisterFindFiles, kLengthy},
+    {"find-growth", RegisterFindGrowth, kLengthy},
+    {"file-spec", RegisterFileSpec},
+    {"other-case", RegisterOtherCase},
+    {"copy-file", RegisterCopyFile, kLengthy},
+    {"copy-by-blocks", RegisterCopyByBlocks, kLengthy},
+    {"delete-tree", RegisterDeleteTree, kLengthy},
 };
 
 // Collects the time of one iteration from every repetition, under the benchmark's name.
@@ -44,6 +56,11 @@ class Collector : public benchmark::BenchmarkReporter {
     std::map<std::string, std::vector<Nanoseconds>> figures;
 };
 
+std::string OutputOfSelf(const std::string& option, const std::string& argument) {
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+    return OutputOf({self, option, argument});
+}
+
 }  // namespace
 
 int RunSubject(const std::string& name) {
@@ -53,8 +70,9 @@ int RunSubject(const std::string& name) {
         }
         subject.registration();
         // The repetitions of the two take turns, so that a slow moment of the host hits both.
-        const char* arguments[] = {"brevik_bench", "--benchmark_repetitions=21",
-                                   "--benchmark_min_time=0.02",
+        const std::string repetitions =
+            "--benchmark_repetitions=" + std::to_string(subject.repetitions);
+        const char* arguments[] = {"brevik_bench", repetitions.c_str(), "--benchmark_min_time=0.02",
                                    "--benchmark_enable_random_interleaving=true"};
         int count = static_cast<int>(std::size(arguments));
         benchmark::Initialize(&count, const_cast<char**>(arguments));
@@ -70,13 +88,21 @@ int RunSubject(const std::string& name) {
     return 1;
 }
 
+int RunListing(const std::string& folder) {
+    std::printf("%.3f\n", MeasureListingMemory(folder.c_str()));
+    return 0;
+}
+
 Figures MeasureSubject(const std::string& name) {
-    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
-    const std::string output = OutputOf({self, "--subject", name});
+    const std::string output = OutputOfSelf("--subject", name);
     double ours = 0;
     double peer = 0;
     if (std::sscanf(output.c_str(), "%lf %lf", &ours, &peer) != 2) {
         throw std::runtime_error("the subject " + name + " gave no figures");
     }
     return {Nanoseconds(ours), Nanoseconds(peer)};
+}
+
+double MeasureListing(const std::string& folder) {
+    return std::stod(OutputOfSelf("--listing", folder));
 }

@@ -16,3 +16,7 @@ int RunSubject(const std::string& name);
 
 // The parent's side: starts this program again as such a child. Throws when it fails.
 Figures MeasureSubject(const std::string& name);
+
+// The same for the memory that the listing of a folder below C:\ takes, in KiB.
+int RunListing(const std::string& folder);
+double MeasureListing(const std::string& folder);
