@@ -34,7 +34,12 @@ void BrevikConfigModule::LoadSiblingLibrary() {
 }
 
 BrevikConfigModule& GetModule() {
-    static BrevikConfigModule module;
+    // Never destroyed: a host may call while the process ends. What its destruction would do is
+    // done when the library is unloaded.
+    static BrevikConfigModule& module = *new BrevikConfigModule;
+    static const struct AtUnload {
+        ~AtUnload() { module.Forget(); }
+    } at_unload;
     return module;
 }
 

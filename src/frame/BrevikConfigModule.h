@@ -12,11 +12,14 @@ class BrevikConfigModule {
     BrevikConfigModule& operator=(const BrevikConfigModule&) = delete;
 
     // Unloads nothing: the sibling library stays to the end of the process.
-    virtual ~BrevikConfigModule() { libraryLoaded = 0; }
+    virtual ~BrevikConfigModule() { Forget(); }
 
     // Looks for the sibling library and loads it, once: until it was found each call tries again.
     // Any thread; throws std::bad_alloc alone.
     void LoadSiblingLibrary();
+
+    // The sibling library counts as not loaded from here on.
+    void Forget() { libraryLoaded = 0; }
 
   private:
     std::atomic<unsigned char> libraryLoaded = 0;
