@@ -8,12 +8,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <iterator>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "platform/posix/host_text.h"
 #include "platform/text.h"
@@ -62,8 +64,34 @@ std::u16string FoldHostName(std::string_view name) {
     return Fold(std::move(wide));
 }
 
+// FNV-1a over the units of a folded name.
+constexpr std::size_t kHashStart = 0xCBF29CE484222325;
+
+constexpr std::size_t HashOn(std::size_t hash, char16_t unit) {
+    return (hash ^ unit) * 0x100000001B3;
+}
+
 std::size_t HashOf(std::u16string_view folded) {
-    return std::hash<std::u16string_view>()(folded);
+    std::size_t hash = kHashStart;
+    for (const char16_t unit : folded) {
+        hash = HashOn(hash, unit);
+    }
+    return hash;
+}
+
+// The hash of a host's name as it is folded; nothing for one that is never found. Most names are
+// plain ASCII, and a folder's first listing has to be cheap.
+std::optional<std::size_t> HashOfHostName(std::string_view name) {
+    std::size_t hash = kHashStart;
+    for (const char byte : name) {
+        if (static_cast<unsigned char>(byte) >= 0x80) {
+            const std::u16string folded = FoldHostName(name);
+            return folded.empty() ? std::nullopt : std::optional(HashOf(folded));
+        }
+        const bool isLower = byte >= 'a' && byte <= 'z';
+        hash = HashOn(hash, static_cast<char16_t>(isLower ? byte - ('a' - 'A') : byte));
+    }
+    return hash;
 }
 
 // The better one of two names that both fold to the one looked for.
@@ -76,7 +104,18 @@ class Listing {
   public:
     Listing(const FolderStamp& stamp, bool complete) : stamp_(stamp), complete_(complete) {}
 
-    void Add(std::string_view name, std::size_t hash) { names_.emplace(hash, name); }
+    void Add(std::string_view name, std::size_t hash) {
+        names_.push_back({hash, static_cast<std::uint32_t>(bytes_.size()),
+                          static_cast<std::uint32_t>(name.size())});
+        bytes_ += name;
+    }
+
+    // Ends the adding; a look-up needs it.
+    void Seal() {
+        std::sort(names_.begin(), names_.end(),
+                  [](const Name& a, const Name& b) { return a.hash < b.hash; });
+    }
+
     const FolderStamp& Stamp() const { return stamp_; }
     std::size_t Size() const { return names_.size(); }
 
@@ -85,11 +124,14 @@ class Listing {
 
     std::optional<std::string> Find(const FoldedName& name) const {
         std::optional<std::string> best;
-        const auto [first, last] = names_.equal_range(name.Hash());
-        for (auto entry = first; entry != last; ++entry) {
-            if (IsBetter(entry->second, best, name.Name()) &&
-                FoldHostName(entry->second) == name.Folded()) {
-                best = entry->second;
+        auto entry =
+            std::lower_bound(names_.begin(), names_.end(), name.Hash(),
+                             [](const Name& a, std::size_t hash) { return a.hash < hash; });
+        for (; entry != names_.end() && entry->hash == name.Hash(); ++entry) {
+            const auto candidate = std::string_view(bytes_).substr(entry->begin, entry->size);
+            if (IsBetter(candidate, best, name.Name()) &&
+                FoldHostName(candidate) == name.Folded()) {
+                best = candidate;
             }
         }
         return best;
@@ -98,7 +140,13 @@ class Listing {
   private:
     FolderStamp stamp_;
     bool complete_;
-    std::unordered_multimap<std::size_t, std::string> names_;
+    struct Name {
+        std::size_t hash;
+        std::uint32_t begin;  // in bytes_
+        std::uint32_t size;
+    };
+    std::vector<Name> names_;
+    std::string bytes_;
 };
 
 class ListingCache {
@@ -166,17 +214,19 @@ NameInFolder Scan(const std::string& path, const FoldedName& name) {
     NameInFolder best;
     while (const dirent* entry = readdir(folder.get())) {
         const std::string_view candidate = entry->d_name;
-        const std::u16string folded = FoldHostName(candidate);
-        if (folded == name.Folded() && IsBetter(candidate, best.name, name.Name())) {
+        const std::optional<std::size_t> hash = HashOfHostName(candidate);
+        if (hash == name.Hash() && IsBetter(candidate, best.name, name.Name()) &&
+            FoldHostName(candidate) == name.Folded()) {
             best.name = candidate;
         }
         if (listing && listing->Size() == kMostNamesOfFolder) {
             listing = nullptr;
-        } else if (listing && !folded.empty()) {
-            listing->Add(candidate, HashOf(folded));
+        } else if (listing && hash) {
+            listing->Add(candidate, *hash);
         }
     }
     if (listing) {
+        listing->Seal();
         best.lasting = listing->IsComplete();
         ListingCache::Current().Keep(std::move(listing));
     }
