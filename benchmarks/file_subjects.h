@@ -2,7 +2,8 @@
 // are those of FileRows.
 #pragma once
 
-#include <cstddef>
+// How often the lengthy ones among them are repeated: those that scan, copy or delete.
+inline constexpr int kLengthyRepetitions = 5;
 
 void RegisterFindFiles();     // a pattern in 100,000 files; peer: the run-time library's iterator
 void RegisterFindGrowth();    // the same; peer: ours in a tree a tenth as large

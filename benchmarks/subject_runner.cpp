@@ -14,7 +14,7 @@
 namespace {
 
 constexpr int kUsual = 21;
-constexpr int kLengthy = 5;
+constexpr int kLengthy = kLengthyRepetitions;
 
 struct Subject {
     std::string_view name;
