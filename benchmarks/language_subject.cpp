@@ -1,6 +1,5 @@
 #include <benchmark/benchmark.h>
 #include <brevikconfig.h>
-#include <stdlib.h>
 #include <unicode/uenum.h>
 #include <unicode/uloc.h>
 
@@ -47,12 +46,7 @@ bool IsSiblingLoaded() {
     return text.find("VelmarHTTPClient13.dll") != std::string::npos;
 }
 
-// The search looks into each folder of PATH: the one that Debian gives a root user, so that figures
-// of different machines compare.
-constexpr const char* kSearchPath = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
-
 void Register(bool withSibling) {
-    setenv("PATH", kSearchPath, 1);
     const bvkc_langid offered = 1033;
     bvkc_langid selected = 0;
     bvkc_GetUserLanguage_Ids(&offered, 1, &selected);
