@@ -16,8 +16,8 @@ struct Scan {
     }
 
     // Takes an entry in. True when it is a folder to be looked into.
-    bool TakeFile(const FileSpec& entry) {
-        if (recursive && entry.IsFolder()) {
+    bool TakeFile(const FileSpec& entry, bool isFolder) {
+        if (recursive && isFolder) {
             return true;
         }
         if (IsMatch(entry)) {
@@ -25,8 +25,8 @@ struct Scan {
         }
         return false;
     }
-    bool TakeFolder(const FileSpec& entry) {
-        if (!entry.IsFolder()) {
+    bool TakeFolder(const FileSpec& entry, bool isFolder) {
+        if (!isFolder) {
             return false;
         }
         if (IsMatch(entry)) {
@@ -36,11 +36,11 @@ struct Scan {
         return recursive;
     }
 
-    void Run(const FolderSpec& folder, bool (Scan::*take)(const FileSpec&)) {
+    void Run(const FolderSpec& folder, bool (Scan::*take)(const FileSpec&, bool)) {
         std::vector<FileSpec> below;
         for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
              entries.Advance()) {
-            if ((this->*take)(entries.GetCurrent())) {
+            if ((this->*take)(entries.GetCurrent(), entries.IsFolder())) {
                 below.push_back(entries.GetCurrent());
             }
         }
@@ -51,7 +51,7 @@ struct Scan {
 };
 
 std::vector<FileSpec> RunScan(const FolderSpec& folder, const FilePath& pattern, bool recursive,
-                              bool (Scan::*take)(const FileSpec&)) {
+                              bool (Scan::*take)(const FileSpec&, bool)) {
     Scan scan = {pattern, Volume(folder.GetVolume()).IsCaseSensitive(), recursive, {}};
     scan.Run(folder, take);
     return std::move(scan.found);
@@ -73,7 +73,7 @@ std::uint64_t GetFolderSize(const FolderSpec& folder, bool recursive) {
     for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
          entries.Advance()) {
         const FileSpec& entry = entries.GetCurrent();
-        if (!entry.IsFolder()) {
+        if (!entries.IsFolder()) {
             size += entry.GetFileSize();
         } else if (recursive) {
             size += GetFolderSize(FolderSpec(entry), recursive);

@@ -16,6 +16,10 @@ class FolderIterator {
     // The entry; null at the end.
     const FileSpec& GetCurrent() const { return current; }
 
+    // Whether the entry is a folder, as the listing tells it; the disk is asked only where the
+    // listing does not. REQUIRES: the entry is not null.
+    bool IsFolder() const;
+
     // Goes to the next entry; at the end it does nothing.
     void Advance();
 

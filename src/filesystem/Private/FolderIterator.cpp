@@ -13,3 +13,8 @@ void FolderIterator::Advance() {
         impl.reset();
     }
 }
+
+bool FolderIterator::IsFolder() const {
+    const std::optional<bool> told = impl->IsFolder();
+    return told ? *told : current.IsFolder();
+}

@@ -52,6 +52,7 @@ SharedHandle<FileSpec_IF> FileSpec_Win32::Iterator::Next() {
         return nullptr;
     }
     SharedHandle<FileSpec_IF> entry = folder->MakeChildSpec(data.cFileName);
+    isFolder_ = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     Step();
     SkipDots();
     return entry;
