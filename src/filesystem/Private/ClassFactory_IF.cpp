@@ -8,8 +8,10 @@
 
 namespace {
 
-std::mutex factory_lock;
-constinit SharedHandle<ClassFactory_IF> factory;
+constinit std::mutex factory_lock;
+
+// Never destroyed: a host may make its last calls while the process ends.
+constinit SharedHandle<ClassFactory_IF>* factory = nullptr;
 
 // The factory once it is set, for readers without the lock.
 constinit std::atomic<ClassFactory_IF*> current_factory = nullptr;
@@ -18,8 +20,8 @@ constinit std::atomic<ClassFactory_IF*> current_factory = nullptr;
 
 void ClassFactory_IF::SetFactory(const SharedHandle<ClassFactory_IF>& newFactory) {
     const std::lock_guard<std::mutex> hold(factory_lock);
-    if (factory == nullptr) {
-        factory = newFactory;
+    if (factory == nullptr && newFactory != nullptr) {
+        factory = new SharedHandle<ClassFactory_IF>(newFactory);
         current_factory.store(newFactory.get(), std::memory_order_release);
     }
 }

@@ -14,7 +14,7 @@ namespace {
 
 constexpr DWORD kPathSize = 0x8000;
 
-std::mutex start_lock;
+constinit std::mutex start_lock;
 constinit std::atomic<bool> started = false;
 constinit std::atomic<HMODULE> start_module = nullptr;
 
@@ -72,13 +72,14 @@ HMODULE GetModule() {
     return start_module;
 }
 
+// These two are never destroyed: a host may make its last calls while the process ends.
 FolderSpec& GetTempFolderState() {
-    static FolderSpec temp_folder;
+    static FolderSpec& temp_folder = *new FolderSpec;
     return temp_folder;
 }
 
 BaseCriticalSection& GetTempFolderLock() {
-    static VelmarCriticalSection lock;
+    static VelmarCriticalSection& lock = *new VelmarCriticalSection;
     return lock;
 }
 

@@ -187,7 +187,9 @@ std::shared_ptr<const RegistrySnapshot> NewestRegistry() {
 }
 
 const std::string& RegistryFilePath() {
-    static const std::string path = Machine::Current().Folder() + "/registry.reg";
+    // Never destroyed: a thread may still ask while the process ends.
+    static const std::string& path =
+        *new std::string(Machine::Current().Folder() + "/registry.reg");
     return path;
 }
 
