@@ -12,6 +12,7 @@
 #include "filesystem/FileSpec_Impl.h"
 #include "filesystem/FileSystem.h"
 #include "support/drive_files.h"
+#include "support/open_file_count.h"
 
 inline std::string Text(const Utf8String& text) {
     return std::string(text.begin(), text.end());
@@ -53,11 +54,6 @@ std::string MessageOf(Operation operation) {
 
 inline std::string InternalError(const char* file, int line) {
     return std::string("internal software error: ") + file + ", line " + std::to_string(line);
-}
-
-// How many files this process holds open.
-inline std::ptrdiff_t OpenFiles() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 class FileLibrary : public testing::Test {
