@@ -197,7 +197,7 @@ TEST_F(FileChannelTest, StreamTakesTheFileOver) {
         bool reads;
         bool writes;
     } cases[] = {{kRead, true, false}, {kWrite, false, true}, {kRead | kWrite, true, true}};
-    const std::ptrdiff_t open = OpenFiles();
+    const std::ptrdiff_t open = OpenFileCount();
     for (const auto& each : cases) {
         std::FILE* stream = nullptr;
         {
@@ -215,7 +215,7 @@ TEST_F(FileChannelTest, StreamTakesTheFileOver) {
         EXPECT_EQ(Contents(), each.writes ? "x123456789" : "0123456789");
         WriteHostFile(folder / "file", "0123456789");
     }
-    EXPECT_EQ(OpenFiles(), open);
+    EXPECT_EQ(OpenFileCount(), open);
 }
 
 // A process of its own that holds the file until it is killed.

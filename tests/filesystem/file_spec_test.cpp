@@ -230,13 +230,13 @@ TEST_F(FileSpecTest, PlatformFailures) {
         {"DeleteFileW", [&] { work.DeleteTree(); }},
         {"CreateFileW", [&] { file.MakeFileChannel(FileChannelMode::kRead); }},
     };
-    const std::ptrdiff_t open = OpenFiles();
+    const std::ptrdiff_t open = OpenFileCount();
     for (const auto& each : cases) {
         api.Break(each.broken, 1112);
         const Failure failure = FailureOf(each.operation);
         EXPECT_EQ(failure.message, "media not found") << each.broken;
         EXPECT_TRUE(failure.path == "C:\\work" || failure.path == "C:\\work\\file");
-        EXPECT_EQ(OpenFiles(), open) << each.broken;
+        EXPECT_EQ(OpenFileCount(), open) << each.broken;
         api.Break(each.broken, 0);
     }
     EXPECT_EQ(ReadHostFile(folder / "file"), "text");

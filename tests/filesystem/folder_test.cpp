@@ -47,6 +47,7 @@ class ListingApi : public FaultyApi {
 
   private:
     void Take(WIN32_FIND_DATAW* data) {
+        data->dwFileAttributes = FILE_ATTRIBUTE_ARCHIVE;
         *std::copy(names.front().begin(), names.front().end(), data->cFileName) = 0;
         names.pop_front();
     }
@@ -65,7 +66,7 @@ TEST_F(FolderTest, ListsAllKindsOfEntries) {
 }
 
 TEST_F(FolderTest, WhatIsNoFolder) {
-    const std::ptrdiff_t open = OpenFiles();
+    const std::ptrdiff_t open = OpenFileCount();
     EXPECT_EQ(MessageOf([&] { FolderSpec(Child("missing")).MakeIterator(); }),
               "file path not found");
     EXPECT_NE(MessageOf([&] {
@@ -73,7 +74,7 @@ TEST_F(FolderTest, WhatIsNoFolder) {
                   FolderSpec(Child("file")).MakeIterator();
               }),
               "");
-    EXPECT_EQ(OpenFiles(), open);
+    EXPECT_EQ(OpenFileCount(), open);
     const FolderSpec null{FileSpec()};
     EXPECT_TRUE(null.IsNull());
     const Failure failure = FailureOf([&] { null.MakeIterator(); });
@@ -101,7 +102,7 @@ TEST_F(FolderTest, DotsAreNoEntriesWhereverTheyAreListed) {
 }
 
 TEST_F(FolderTest, ListingEndsOnceAndIsClosedEarlyOrLate) {
-    const std::ptrdiff_t open = OpenFiles();
+    const std::ptrdiff_t open = OpenFileCount();
     ListingApi api;
     api.names = {u"a", u"b"};
     {
@@ -110,7 +111,7 @@ TEST_F(FolderTest, ListingEndsOnceAndIsClosedEarlyOrLate) {
         EXPECT_EQ(PathOf(at.GetCurrent()), "C:\\work\\a");
         copy.Advance();
         EXPECT_EQ(PathOf(copy.GetCurrent()), "C:\\work\\b");
-        EXPECT_EQ(OpenFiles(), open) << "the last entry is handed out with the listing closed";
+        EXPECT_EQ(OpenFileCount(), open) << "the last entry is handed out with the listing closed";
         at.Advance();
         EXPECT_TRUE(at.GetCurrent().IsNull());
         at.Advance();
@@ -119,22 +120,22 @@ TEST_F(FolderTest, ListingEndsOnceAndIsClosedEarlyOrLate) {
     api.names = {u"a", u"b", u"c"};
     {
         const FolderIterator left = work.MakeIterator();
-        EXPECT_GT(OpenFiles(), open);
+        EXPECT_GT(OpenFileCount(), open);
     }
-    EXPECT_EQ(OpenFiles(), open);
+    EXPECT_EQ(OpenFileCount(), open);
 }
 
 TEST_F(FolderTest, NamesThatNoPathMayHoldRaise) {
     ListingApi api;
     api.names = {u"a", u"b ", u"c"};
-    const std::ptrdiff_t open = OpenFiles();
+    const std::ptrdiff_t open = OpenFileCount();
     {
         FolderIterator at = work.MakeIterator();
         const Failure failure = FailureOf([&] { at.Advance(); });
         EXPECT_EQ(failure.message, "invalid file path");
         EXPECT_EQ(failure.path, "C:\\work\\b ");
     }
-    EXPECT_EQ(OpenFiles(), open);
+    EXPECT_EQ(OpenFileCount(), open);
 }
 
 // Of dots alone, it would be the folder itself.

@@ -125,7 +125,7 @@ class VanishingApi : public FaultyApi {
 
 TEST_F(FileLibrary, AFileThatVanishesWhileItIsListed) {
     Tickler tickler;
-    const std::ptrdiff_t open = OpenFiles();
+    const std::ptrdiff_t open = OpenFileCount();
     const struct {
         std::function<void()> operation;
         const char* message;
@@ -144,7 +144,7 @@ TEST_F(FileLibrary, AFileThatVanishesWhileItIsListed) {
         ASSERT_FALSE(api.gone.empty());
         EXPECT_EQ(failure.message, each.message);
         EXPECT_EQ(failure.path, *each.message != '\0' ? "C:\\work\\" + api.gone : "");
-        EXPECT_EQ(OpenFiles(), open);
+        EXPECT_EQ(OpenFileCount(), open);
     }
     EXPECT_EQ(MessageOf([&] { work.DeleteTree(); }), "");
 }

@@ -150,14 +150,14 @@ TEST_F(MediumTest, SwappedUnderAFileObject) {
 TEST_F(MediumTest, UnmountedWhenNoFileIsOpen) {
     const FileSpec file = File("M:\\a");
     const SharedHandle<Volume_IF> volume = file.GetVolume();
-    const std::ptrdiff_t open = OpenFiles();
+    const std::ptrdiff_t open = OpenFileCount();
     {
         const FileChannel channel =
             file.MakeFileChannel(FileChannelMode::kWrite | FileChannelMode::kCreate);
         EXPECT_EQ(MessageOf([&] { volume->Unmount(); }), "access denied");
     }
     EXPECT_EQ(MessageOf([&] { volume->Unmount(); }), "");
-    EXPECT_EQ(OpenFiles(), open);
+    EXPECT_EQ(OpenFileCount(), open);
 }
 
 }  // namespace

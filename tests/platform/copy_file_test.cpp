@@ -19,6 +19,7 @@
 #include "platform/posix/host_text.h"
 #include "platform/posix/host_times.h"
 #include "platform/posix/machine.h"
+#include "support/open_file_count.h"
 
 namespace {
 
@@ -77,9 +78,6 @@ class Copying : public testing::Test {
     std::string Read(const std::string& name) const {
         std::ifstream file(folder_ / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
-    }
-    static std::ptrdiff_t CountDescriptors() {
-        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
     }
     static WIN32_FILE_ATTRIBUTE_DATA Describe(const WCHAR* path) {
         WIN32_FILE_ATTRIBUTE_DATA data = {};
@@ -142,7 +140,7 @@ TEST_F(Copying, FailsLikeTheSystem) {
 
 TEST_F(Copying, KeepsTheContentsAndTellsItsProgress) {
     constexpr std::size_t kMegabyte = 1 << 20;
-    const auto before = CountDescriptors();
+    const auto before = OpenFileCount();
     for (const std::size_t size :
          {std::size_t{0}, std::size_t{1}, 4 * kMegabyte, 9 * kMegabyte + 5}) {
         const std::string bytes = RandomBytes(size);
@@ -169,7 +167,7 @@ TEST_F(Copying, KeepsTheContentsAndTellsItsProgress) {
     ASSERT_TRUE(
         CopyFileExW(u"C:\\copy\\source", u"C:\\copy\\target", nullptr, nullptr, nullptr, 0));
     EXPECT_EQ(Read("Target"), "short");
-    EXPECT_EQ(CountDescriptors(), before);
+    EXPECT_EQ(OpenFileCount(), before);
 }
 
 TEST_F(Copying, IsCancelledAtEveryCall) {

@@ -12,12 +12,14 @@
 #include "filesystem/FileSpec_Impl.h"
 #include "filesystem/FileSystem.h"
 #include "support/drive_files.h"
+#include "support/open_file_count.h"
+#include "text/SystemException.h"
 
 inline std::string Text(const Utf8String& text) {
     return std::string(text.begin(), text.end());
 }
 
-inline FileSpec File(const char* path) {
+inline FileSpec File(const std::string& path) {
     return FileSpec(FilePath(path));
 }
 
@@ -28,9 +30,11 @@ inline std::string PathOf(const FileSpec& file) {
 // What an operation raised.
 struct Failure {
     std::string message;  // empty when it raised nothing
-    bool isFile = false;  // whether it is a FileException; only then the rest is told
+    bool isFile = false;  // whether it is a FileException; only then a path and what is beneath
     std::string path;
     std::string inner;
+    long number = 0;         // of a text
+    unsigned long code = 0;  // the system's beneath it
 };
 
 template <typename Operation>
@@ -39,10 +43,12 @@ Failure FailureOf(Operation operation) {
         operation();
         return {};
     } catch (const FileException& raised) {
-        const Utf8String inner = raised.GetInner()->GetMessage();
-        return {Text(raised.GetMessage()), true, Text(raised.GetPath()), Text(inner)};
+        const auto* system = dynamic_cast<const SystemException::Win32*>(raised.GetInner());
+        return {Text(raised.GetMessage()), true,
+                Text(raised.GetPath()),    Text(raised.GetInner()->GetMessage()),
+                raised.GetNumber(),        system != nullptr ? system->GetCode() : 0};
     } catch (const VelmarException& raised) {
-        return {Text(raised.GetMessage()), false, {}, {}};
+        return {Text(raised.GetMessage()), false, {}, {}, raised.GetNumber(), 0};
     }
 }
 
@@ -53,11 +59,6 @@ std::string MessageOf(Operation operation) {
 
 inline std::string InternalError(const char* file, int line) {
     return std::string("internal software error: ") + file + ", line " + std::to_string(line);
-}
-
-// How many files this process holds open.
-inline std::ptrdiff_t OpenFiles() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 class FileLibrary : public testing::Test {

@@ -1,5 +1,5 @@
-// What the tests of the file utilities share: the started library with two drives, a sink of
-// progress, and what an operation raised.
+// What the tests of the file utilities share: the started library with two drives, and a sink of
+// progress.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,26 +8,16 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "filesystem/FileException.h"
-#include "filesystem/FileSystem.h"
 #include "filesystem/FileUtilities.h"
+#include "support/file_library.h"
 #include "support/test_machine.h"
-#include "text/SystemException.h"
 #include "text/VelmarText.h"
 
-inline std::string Text(const Utf8String& text) {
-    return {text.begin(), text.end()};
-}
-
-inline FileSpec File(const std::string& path) {
-    return FileSpec(FilePath(path));
-}
 inline FolderSpec Folder(const std::string& path) {
     return FolderSpec(FilePath(path));
 }
@@ -59,24 +49,6 @@ class Sink : public TickleImplBase {
     std::vector<std::string> messages;
     std::vector<double> positions;
 };
-
-// The failure of an action: its number and its path, and the system's code beneath it.
-struct Failure {
-    long number = 0;
-    std::string path;
-    unsigned long code = 0;
-};
-
-inline Failure FailureOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const FileException& failure) {
-        const auto* inner = dynamic_cast<const SystemException::Win32*>(failure.GetInner());
-        return {failure.GetNumber(), Text(failure.GetPath()),
-                inner != nullptr ? inner->GetCode() : 0};
-    }
-    return {};
-}
 
 class FileUtilities : public testing::Test {
   protected:

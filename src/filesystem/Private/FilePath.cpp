@@ -82,6 +82,9 @@ FilePath FilePath::AddExtension(const FilePath& extension) const {
 }
 
 FilePath FilePath::GetLowerCase() const {
+    if (std::all_of(begin(), end(), [](unsigned char byte) { return byte < 0x80; })) {
+        return FilePath(AsciiToLower(*this));
+    }
     return FilePath(WideToUtf8(StringToLower(Utf8ToWide(*this))));
 }
 

@@ -5,6 +5,25 @@
 #include "platform/posix/text_buffer.h"
 
 namespace brevik::platform {
+namespace {
+
+// Whether the path is its own full path for certain: one on a drive, with plain names between
+// single separators. No name that ends in a dot is plain.
+bool IsPlain(std::u16string_view path) {
+    if (path.size() < 4 || path[1] != u':' || path[2] != u'\\') {
+        return false;
+    }
+    char16_t last = u'\\';
+    for (const char16_t unit : path.substr(3)) {
+        if (unit == u'/' || (unit == u'\\' && (last == u'\\' || last == u'.'))) {
+            return false;
+        }
+        last = unit;
+    }
+    return last != u'\\' && last != u'.';
+}
+
+}  // namespace
 
 DWORD GetFullPathNameW(const WCHAR* path, DWORD size, WCHAR* buffer, WCHAR** filePart) {
     if (path == nullptr) {
@@ -14,7 +33,12 @@ DWORD GetFullPathNameW(const WCHAR* path, DWORD size, WCHAR* buffer, WCHAR** fil
     if (*path == u'\0') {
         return 0;
     }
-    const std::u16string full = FullPath(path);
+    std::u16string_view full(path);
+    std::u16string completed;
+    if (!IsPlain(full)) {
+        completed = FullPath(full);
+        full = completed;
+    }
     if (full.empty()) {
         SetLastError(ERROR_PATH_NOT_FOUND);
         return 0;

@@ -1,71 +1,18 @@
 #include "platform/posix/registry_snapshot.h"
 
-#include <sys/stat.h>
-#include <time.h>
-
-#include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
 #include <mutex>
 #include <utility>
 
 #include "platform/debugger.h"
+#include "platform/posix/file_watch.h"
 #include "platform/posix/machine.h"
 #include "platform/posix/registry_text.h"
 #include "platform/posix/shared_text_file.h"
 
 namespace brevik::platform {
 namespace {
-
-constexpr std::int64_t kNanosecondsOfSecond = 1'000'000'000;
-
-// Twice the coarsest step in which a kernel's time stamps advance.
-constexpr std::int64_t kSettlingNanoseconds = 20'000'000;
-
-std::int64_t Nanoseconds(const timespec& time) {
-    return time.tv_sec * kNanosecondsOfSecond + time.tv_nsec;
-}
-
-std::int64_t Now() {
-    timespec now;
-    clock_gettime(CLOCK_REALTIME, &now);
-    return Nanoseconds(now);
-}
-
-// What changes when the file does.
-struct FileStamp {
-    int error = -1;  // of asking for it; -1 when it has not been asked for
-    dev_t device = 0;
-    ino_t number = 0;
-    off_t size = 0;
-    std::int64_t modified = 0;
-    std::int64_t changed = 0;
-
-    bool operator==(const FileStamp&) const = default;
-
-    // Whether no change from `moment` on can leave the same stamp: stamps advance in steps. The
-    // time of the last change is one that no program can set.
-    bool IsSettledAt(std::int64_t moment) const {
-        return error != 0 || std::abs(moment - changed) > kSettlingNanoseconds;
-    }
-};
-
-FileStamp StampOf(const std::string& path) {
-    FileStamp stamp;
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0) {
-        stamp.error = errno;
-        return stamp;
-    }
-    stamp.error = 0;
-    stamp.device = status.st_dev;
-    stamp.number = status.st_ino;
-    stamp.size = status.st_size;
-    stamp.modified = Nanoseconds(status.st_mtim);
-    stamp.changed = Nanoseconds(status.st_ctim);
-    return stamp;
-}
 
 FILETIME FileTime(std::int64_t nanoseconds) {
     constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
@@ -77,7 +24,6 @@ FILETIME FileTime(std::int64_t nanoseconds) {
 // One look at the file.
 struct FileReading {
     FileStamp stamp;
-    bool isSettled = false;  // whether the file is as read for as long as it has this stamp
     DWORD error = NO_ERROR;
     std::string text;
     std::size_t hash = 0;  // of the text
@@ -87,28 +33,19 @@ struct FileReading {
     }
 };
 
-bool IsMissing(const FileStamp& stamp) {
-    return stamp.error == ENOENT || stamp.error == ENOTDIR;
-}
-
-FileReading ReadRegistryFile(const std::string& path) {
+FileReading ReadRegistryFile(const std::string& path, const FileStamp& stamp) {
     FileReading reading;
-    const std::int64_t start = Now();
-    reading.stamp = StampOf(path);
-    reading.isSettled = reading.stamp.IsSettledAt(start);
-    if (reading.stamp.error != 0) {
-        reading.error = IsMissing(reading.stamp) ? NO_ERROR : ERROR_ACCESS_DENIED;
+    reading.stamp = stamp;
+    if (stamp.error != 0) {
+        reading.error = stamp.IsMissing() ? NO_ERROR : ERROR_ACCESS_DENIED;
         return reading;
     }
-    if (static_cast<std::uint64_t>(reading.stamp.size) > kLargestRegistryText) {
+    if (static_cast<std::uint64_t>(stamp.size) > kLargestRegistryText) {
         reading.error = ERROR_INVALID_DATA;
         return reading;
     }
     reading.error = SharedTextFile(path).Read(&reading.text);
     reading.hash = std::hash<std::string>()(reading.text);
-    // A reading that failed, or went on while the file changed, is no lasting answer.
-    reading.isSettled =
-        reading.isSettled && reading.error == NO_ERROR && StampOf(path) == reading.stamp;
     return reading;
 }
 
@@ -121,22 +58,18 @@ class RegistryCache {
     }
 
     std::shared_ptr<const RegistrySnapshot> Newest() {
-        const FileStamp stamp = StampOf(path_);
         const std::lock_guard lock(mutex_);
-        // Another thread may have read a newer file since.
-        if (!IsCurrent(stamp) && !IsCurrent(StampOf(path_))) {
+        if (!isLasting_ || !watch_.IsUnchanged()) {
             Refresh();
         }
         return snapshot_;
     }
 
   private:
-    bool IsCurrent(const FileStamp& stamp) const {
-        return reading_.isSettled && reading_.stamp == stamp;
-    }
-
     void Refresh() {
-        FileReading reading = ReadRegistryFile(path_);
+        FileReading reading = ReadRegistryFile(path_, watch_.Begin());
+        // A reading that failed, or went on while the file changed, is no lasting answer.
+        isLasting_ = watch_.Settle() && reading.error == NO_ERROR;
         const bool isNews = !reading.IsSameAs(reading_);
         const std::string text = std::exchange(reading.text, {});
         reading_ = std::move(reading);
@@ -154,7 +87,7 @@ class RegistryCache {
             return;
         }
         const auto snapshot = std::make_shared<RegistrySnapshot>();
-        if (!IsMissing(reading_.stamp)) {
+        if (!reading_.stamp.IsMissing()) {
             if (!MergeRegistryText(text, &snapshot->tree, &fault)) {
                 Refuse(fault);
                 return;
@@ -175,7 +108,9 @@ class RegistryCache {
 
     const std::string path_ = RegistryFilePath();
     std::mutex mutex_;
-    FileReading reading_;  // the last one, without its text
+    FileWatch watch_{path_};
+    bool isLasting_ = false;  // whether the reading holds for as long as the file is unchanged
+    FileReading reading_;     // the last one, without its text
     std::shared_ptr<const RegistrySnapshot> snapshot_ = std::make_shared<RegistrySnapshot>();
     bool isAnyRead_ = false;
 };

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <iterator>
 #include <memory>
+#include <mutex>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -178,19 +179,71 @@ bool IsShortage(int hostError) {
     return hostError == EMFILE || hostError == ENFILE || hostError == ENOMEM;
 }
 
+// A lock file that nobody uses at the moment, kept open for the next one: deleting a tree would
+// otherwise open one for each file.
+class SpareLockFile {
+  public:
+    static SpareLockFile& Current() {
+        // Never destroyed: a thread may still ask while the process ends.
+        static SpareLockFile& spare = *new SpareLockFile;
+        return spare;
+    }
+
+    // The spare, when it was opened by this process for this part of this device, and its path
+    // still leads to it; else none.
+    LockFile Take(pid_t process, dev_t device, std::uint64_t highBits) {
+        const std::lock_guard lock(mutex_);
+        if (!spare_.file || spare_.owner != process || spare_.device != device ||
+            spare_.highBits != highBits) {
+            return {};
+        }
+        LockFile taken = std::move(spare_);
+        struct stat status;
+        if (fstat(taken.file.Get(), &status) != 0 || status.st_dev != taken.ownDevice ||
+            status.st_ino != taken.ownNumber) {
+            // The host has closed a descriptor that it does not know; the number may be its own.
+            taken.file.Release();
+            return {};
+        }
+        return status.st_nlink != 0 ? std::move(taken) : LockFile();
+    }
+
+    // REQUIRES: nothing is locked by way of the file any more.
+    void Keep(LockFile file) {
+        const std::lock_guard lock(mutex_);
+        if (!spare_.file || spare_.owner != file.owner) {
+            spare_ = std::move(file);
+        }
+    }
+
+  private:
+    std::mutex mutex_;
+    LockFile spare_;
+};
+
 }  // namespace
 
 DWORD ShareMode::OpenLockFile(const struct stat& file) {
     const std::uint64_t number = file.st_ino;
-    const std::string path = LockFilePath(file.st_dev, number >> kNumberBits);
+    const std::uint64_t highBits = number >> kNumberBits;
     slot_ = static_cast<off_t>((number << (64 - kNumberBits)) >> (64 - kNumberBits)) *
             static_cast<off_t>(kSlotSize);
-    owner_ = getpid();
-    lockFile_ = ScopedDescriptor(OpenPath(path, 0));
-    if (!lockFile_ && errno == ENOENT) {
-        lockFile_ = MakeLockFile(path);
+    const pid_t process = getpid();
+    lockFile_ = SpareLockFile::Current().Take(process, file.st_dev, highBits);
+    if (lockFile_.file) {
+        return NO_ERROR;
     }
-    return !lockFile_ && IsShortage(errno) ? ErrorFromHost(errno) : NO_ERROR;
+    const std::string path = LockFilePath(file.st_dev, highBits);
+    ScopedDescriptor opened(OpenPath(path, 0));
+    if (!opened && errno == ENOENT) {
+        opened = MakeLockFile(path);
+    }
+    struct stat own;
+    if (!opened || fstat(opened.Get(), &own) != 0) {
+        return IsShortage(errno) ? ErrorFromHost(errno) : NO_ERROR;
+    }
+    lockFile_ = {std::move(opened), process, file.st_dev, highBits, own.st_dev, own.st_ino};
+    return NO_ERROR;
 }
 
 DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
@@ -199,13 +252,13 @@ DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
         return NO_ERROR;
     }
     const DWORD opened = OpenLockFile(file);
-    if (!lockFile_) {
+    if (!lockFile_.file) {
         return opened;
     }
-    const int lockFile = lockFile_.Get();
+    const int lockFile = lockFile_.file.Get();
     DWORD error = BeginSection(lockFile, slot_);
     if (error != NO_ERROR) {
-        lockFile_.Close();
+        lockFile_.file.Close();
         return error;
     }
     error = ForEachRun(bytes.excluded, [&](unsigned first, unsigned length) {
@@ -226,16 +279,16 @@ DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
 
 DWORD ShareMode::EnterToDelete(const struct stat& file) {
     const DWORD opened = OpenLockFile(file);
-    if (!lockFile_) {
+    if (!lockFile_.file) {
         return opened;
     }
     // Staying in the section is the part that is taken. Leave ends it with all locks of the file.
-    if (const DWORD error = BeginSection(lockFile_.Get(), slot_); error != NO_ERROR) {
-        lockFile_.Close();
+    if (const DWORD error = BeginSection(lockFile_.file.Get(), slot_); error != NO_ERROR) {
+        lockFile_.file.Close();
         return error;
     }
     struct flock lock = LockOf(F_WRLCK, slot_ + kDeniesDelete, 1);
-    if (FindLock(lockFile_.Get(), lock)) {
+    if (FindLock(lockFile_.file.Get(), lock)) {
         Leave();
         return ERROR_SHARING_VIOLATION;
     }
@@ -244,10 +297,10 @@ DWORD ShareMode::EnterToDelete(const struct stat& file) {
 
 DWORD ShareMode::LockVolume(const struct stat& root) {
     const DWORD opened = OpenLockFile(root);
-    if (!lockFile_) {
+    if (!lockFile_.file) {
         return opened;
     }
-    if (SetLock(lockFile_.Get(), F_WRLCK, slot_ + kVolumeLock, 1) != NO_ERROR) {
+    if (SetLock(lockFile_.file.Get(), F_WRLCK, slot_ + kVolumeLock, 1) != NO_ERROR) {
         Leave();
         return ERROR_ACCESS_DENIED;
     }
@@ -255,10 +308,11 @@ DWORD ShareMode::LockVolume(const struct stat& root) {
 }
 
 void ShareMode::Leave() {
-    if (lockFile_ && owner_ == getpid()) {
-        SetLock(lockFile_.Get(), F_UNLCK, slot_, kSlotSize);
+    if (lockFile_.file && lockFile_.owner == getpid()) {
+        SetLock(lockFile_.file.Get(), F_UNLCK, slot_, kSlotSize);
+        SpareLockFile::Current().Keep(std::move(lockFile_));
     }
-    lockFile_.Close();
+    lockFile_.file.Close();
 }
 
 namespace {

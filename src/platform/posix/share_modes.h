@@ -31,6 +31,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 
 #include "platform/errors.h"
@@ -38,6 +39,16 @@
 #include "platform/types.h"
 
 namespace brevik::platform {
+
+// An open description of a lock file, and what it is for.
+struct LockFile {
+    ScopedDescriptor file;
+    pid_t owner = 0;             // the process that opened it
+    dev_t device = 0;            // of the files that are locked with it
+    std::uint64_t highBits = 0;  // of their numbers
+    dev_t ownDevice = 0;         // of the lock file itself
+    ino_t ownNumber = 0;
+};
 
 // The part that one handle takes. Any one thread at a time.
 //
@@ -64,9 +75,8 @@ class PLATFORM_API ShareMode {
   private:
     DWORD OpenLockFile(const struct stat& file);
 
-    ScopedDescriptor lockFile_;
+    LockFile lockFile_;
     off_t slot_ = 0;
-    pid_t owner_ = 0;
 };
 
 // Which open files are asked for.

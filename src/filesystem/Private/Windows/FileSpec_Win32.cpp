@@ -46,7 +46,7 @@ FilePath FileSpec_Win32::GetExtension() const {
 }
 
 FilePath FileSpec_Win32::GetName() const {
-    return FilePath(path).GetName();
+    return FilePath(path.substr(path.rfind(WIDE('\\')) + 1));
 }
 
 WideString FileSpec_Win32::GetNativePath() const {

@@ -78,6 +78,9 @@ class FileSpec_Win32 : public FileSpec_IF,
     SharedHandle<FileSpec_IF> MakeVariant(WideString text) const;
     WIN32_FILE_ATTRIBUTE_DATA GetPlatformAttributes() const;
 
+    // Deletes what was just found; raises also where it has gone since.
+    void DeletePresent(bool isFolder) const;
+
     // Opens what exists, without sharing; raises on failure.
     HANDLE Open(DWORD access, DWORD flags) const;
 

@@ -40,13 +40,18 @@ void FileSpec_Win32::CreateFolder() {
 }
 
 void FileSpec_Win32::Delete() {
-    if (!IsPresent()) {
+    WIN32_FILE_ATTRIBUTE_DATA found;
+    if (!GetApi()->GetFileAttributesExW(GetLongPath().c_str(), GetFileExInfoStandard, &found)) {
         return;
     }
+    DeletePresent((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
+}
+
+void FileSpec_Win32::DeletePresent(bool isFolder) const {
     const WideString longPath = GetLongPath();
     for (bool isFirst = true;; isFirst = false) {
-        const BOOL isDeleted = IsFolder() ? GetApi()->RemoveDirectoryW(longPath.c_str())
-                                          : GetApi()->DeleteFileW(longPath.c_str());
+        const BOOL isDeleted = isFolder ? GetApi()->RemoveDirectoryW(longPath.c_str())
+                                        : GetApi()->DeleteFileW(longPath.c_str());
         if (isDeleted) {
             return;
         }

@@ -2,6 +2,7 @@
 // it holds.
 
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "filesystem/FileSpec.h"
@@ -88,8 +89,9 @@ SharedHandle<FolderSpec_Iterator> FileSpec_Win32::MakeIterator(
 void FileSpec_Win32::DeleteContents(bool recursive, const SharedHandle<FolderSpec_IF>& self) {
     const SharedHandle<FolderSpec_Iterator> listing = MakeIterator(self);
     while (const SharedHandle<FileSpec_IF> entry = listing->Next()) {
-        if (!entry->IsFolder()) {
-            entry->Delete();
+        const std::optional<FolderSpec_Iterator::Kind>& kind = listing->GetKind();
+        if (!(kind ? kind->isFolder : entry->IsFolder())) {
+            static_cast<const FileSpec_Win32&>(*entry).DeletePresent(false);
         } else if (recursive) {
             const auto folder = std::dynamic_pointer_cast<FolderSpec_IF>(entry);
             folder->DeleteTree(folder);

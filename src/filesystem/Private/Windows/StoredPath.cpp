@@ -1,6 +1,7 @@
 #include "filesystem/Private/Windows/StoredPath.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "filesystem/Private/Windows/API.h"
@@ -14,7 +15,16 @@ using View = std::basic_string_view<WCHAR>;
 constexpr WCHAR kSeparator = WIDE('\\');
 constexpr View kLongPrefix = WIDE("\\\\?\\");
 constexpr View kLongSharePrefix = WIDE("\\\\?\\UNC\\");
-constexpr View kBanned = WIDE("\"*<>?|");
+
+// What no path may hold among the units below 128, the colon left out.
+constexpr auto kBanned = [] {
+    std::array<bool, 128> table = {};
+    std::fill_n(table.begin(), 0x20, true);
+    for (const WCHAR unit : View(WIDE("\"*<>?|"))) {
+        table[unit] = true;
+    }
+    return table;
+}();
 
 void StripPrefix(WideString& path) {
     if (path.starts_with(kLongSharePrefix)) {
@@ -41,7 +51,7 @@ bool IsWellFormed(const WideString& path) {
             if (i != 1 || !IsDriveLetter(path[0])) {
                 return false;
             }
-        } else if (unit < 0x20 || kBanned.find(unit) != View::npos) {
+        } else if (unit < kBanned.size() && kBanned[unit]) {
             return false;
         }
     }
