@@ -24,7 +24,10 @@ void CopyTree(const FileSpec& target, const FileSpec& source, bool recursive, Ti
     for (FolderIterator entries = FolderSpec(source).MakeIterator(); !entries.GetCurrent().IsNull();
          entries.Advance()) {
         const FileSpec& entry = entries.GetCurrent();
-        if (!entry.IsFolder() || entry.IsAlias()) {
+        if (entries.HasNoContents()) {
+            continue;
+        }
+        if (!entries.IsFolder() || entry.IsAlias()) {
             CopyFile(target.MakeChild(entry.GetName()), entry, tickler);
         } else if (recursive) {
             folders.push_back(entry);

@@ -110,7 +110,12 @@ std::int64_t DateTime::GetTotalTicks() const {
 }
 
 DateTime DateTime::AddSeconds(std::int64_t seconds) const {
-    return DateTime(GetTotalTicks() + seconds * TimeOfDay::kTicksPerSecond, TimeZone::GetLocal());
+    // Half of what a count holds is far beyond the calendar already, where every moment is one.
+    constexpr std::int64_t kMost =
+        std::numeric_limits<std::int64_t>::max() / 2 / TimeOfDay::kTicksPerSecond;
+    return DateTime(
+        GetTotalTicks() + std::clamp(seconds, -kMost, kMost) * TimeOfDay::kTicksPerSecond,
+        TimeZone::GetLocal());
 }
 
 std::int64_t DateTime::GetSecondsBetween(const DateTime& earlier) const {

@@ -54,7 +54,8 @@ class DateTime {
     // Universal Time.
     std::int64_t GetTotalTicks() const;
 
-    // The moment `seconds` later, told in the platform's local zone.
+    // The moment `seconds` later, told in the platform's local zone. Beyond the years of a Date it
+    // has the default one.
     DateTime AddSeconds(std::int64_t seconds) const;
 
     // Whole seconds from `earlier` to this moment; negative when it lies behind.

@@ -3,6 +3,10 @@
 //
 // A failure raises a FileException unless told otherwise and leaves what was done so far. Any
 // thread. FileSystem_Start has run before.
+//
+// What goes through a whole tree does not go through a link to a folder: it may lead back into the
+// tree, which would never end, or to another one that nobody asked for. The folder that an
+// operation is given may itself be such a link.
 #pragma once
 
 #include <cstdint>
@@ -23,11 +27,13 @@ void CopyFile(const FileSpec& target, const FileSpec& source, Tickler& tickler);
 
 // Copies the files and shortcuts of a folder and then, where `recursive`, its folders. A target
 // that is missing is made, with the source's attributes; one that exists is added to. A target that
-// lies below the source raises "access denied" where `recursive`. Progress as above, file by file.
+// lies below the source raises "access denied" where `recursive`. Links to folders, and those that
+// lead nowhere, are left out. Progress as above, file by file.
 void CopyFolder(const FileSpec& target, const FileSpec& source, bool recursive, Tickler& tickler);
 
 // Renames the source or, where the platform refuses, copies it and then deletes it. A folder is
-// moved with all that it holds. The source is deleted only after a complete copy.
+// moved with all that it holds. The source is deleted only after a complete copy: a folder with
+// something in it that a copy leaves out raises "access denied" ahead of copying.
 void Move(const FileSpec& target, const FileSpec& source, Tickler& tickler);
 
 // Makes a folder and all folders above it that are missing. A file on the way raises "file exists"
@@ -41,7 +47,7 @@ FileSpec MakeUniqueName(const FileSpec& folder, const FilePath& name, const File
 
 // The entries whose names match the pattern (FilePath::IsMatch): those of the folder in the
 // platform's order, then those of each folder below it. Where `recursive`, folders are looked into
-// and never found themselves; else they are found like files.
+// and never found themselves, links to folders neither; else they are found like files.
 std::vector<FileSpec> FindFiles(const FolderSpec& folder, const FilePath& pattern, bool recursive);
 
 // The folders whose names match, in the same order. One that matches is not looked into.

@@ -16,31 +16,31 @@ struct Scan {
     }
 
     // Takes an entry in. True when it is a folder to be looked into.
-    bool TakeFile(const FileSpec& entry, bool isFolder) {
-        if (recursive && isFolder) {
-            return true;
+    bool TakeFile(const FolderIterator& entry) {
+        if (recursive && entry.IsFolder()) {
+            return !entry.IsFolderLink();
         }
-        if (IsMatch(entry)) {
-            found.push_back(entry);
+        if (IsMatch(entry.GetCurrent())) {
+            found.push_back(entry.GetCurrent());
         }
         return false;
     }
-    bool TakeFolder(const FileSpec& entry, bool isFolder) {
-        if (!isFolder) {
+    bool TakeFolder(const FolderIterator& entry) {
+        if (!entry.IsFolder()) {
             return false;
         }
-        if (IsMatch(entry)) {
-            found.push_back(entry);
+        if (IsMatch(entry.GetCurrent())) {
+            found.push_back(entry.GetCurrent());
             return false;
         }
-        return recursive;
+        return recursive && !entry.IsFolderLink();
     }
 
-    void Run(const FolderSpec& folder, bool (Scan::*take)(const FileSpec&, bool)) {
+    void Run(const FolderSpec& folder, bool (Scan::*take)(const FolderIterator&)) {
         std::vector<FileSpec> below;
         for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
              entries.Advance()) {
-            if ((this->*take)(entries.GetCurrent(), entries.IsFolder())) {
+            if ((this->*take)(entries)) {
                 below.push_back(entries.GetCurrent());
             }
         }
@@ -51,7 +51,7 @@ struct Scan {
 };
 
 std::vector<FileSpec> RunScan(const FolderSpec& folder, const FilePath& pattern, bool recursive,
-                              bool (Scan::*take)(const FileSpec&, bool)) {
+                              bool (Scan::*take)(const FolderIterator&)) {
     Scan scan = {pattern, Volume(folder.GetVolume()).IsCaseSensitive(), recursive, {}};
     scan.Run(folder, take);
     return std::move(scan.found);
@@ -73,6 +73,9 @@ std::uint64_t GetFolderSize(const FolderSpec& folder, bool recursive) {
     for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
          entries.Advance()) {
         const FileSpec& entry = entries.GetCurrent();
+        if (entries.HasNoContents()) {
+            continue;
+        }
         if (!entries.IsFolder()) {
             size += entry.GetFileSize();
         } else if (recursive) {

@@ -4,6 +4,8 @@
 // time.
 #pragma once
 
+#include <optional>
+
 #include "filesystem/FileSpec.h"
 #include "filesystem/FolderSpec_Iterator.h"
 #include "text/SharedHandle.h"
@@ -20,10 +22,19 @@ class FolderIterator {
     // listing does not. REQUIRES: the entry is not null.
     bool IsFolder() const;
 
+    // Whether the entry is a link to a folder, which leads to what may be looked into already: no
+    // operation on a whole tree goes through one. REQUIRES: as above.
+    bool IsFolderLink() const;
+
+    // Whether there is nothing behind the entry that could be read as a file or folder of this
+    // place: it is a link to a folder, or one that leads nowhere. REQUIRES: as above.
+    bool HasNoContents() const;
+
     // Goes to the next entry; at the end it does nothing.
     void Advance();
 
   private:
     SharedHandle<FolderSpec_Iterator> impl;
     FileSpec current;
+    std::optional<FolderSpec_Iterator::Kind> kind;  // of `current`, which copies may leave behind
 };

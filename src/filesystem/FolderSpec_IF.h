@@ -9,8 +9,8 @@ class FolderSpec_IF {
     virtual ~FolderSpec_IF() = default;
 
     // Deletes the folder with all that it holds, depth first; a folder that does not exist is no
-    // failure. What a link to a folder leads to stays. Stops at the first failure and raises it:
-    // what was deleted stays deleted.
+    // failure. Of links, also of a folder that is one, what they lead to stays. Stops at the first
+    // failure and raises it: what was deleted stays deleted.
     virtual void DeleteTree(const SharedHandle<FolderSpec_IF>& self) = 0;
 
     // Deletes the folder's files and, where `recursive`, its folders with all that they hold.

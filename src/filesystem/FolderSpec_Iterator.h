@@ -11,13 +11,23 @@ class FolderSpec_Iterator {
   public:
     virtual ~FolderSpec_Iterator() = default;
 
+    // What a listing tells of an entry by itself.
+    struct Kind {
+        bool isFolder;
+
+        // It stands for something elsewhere: a link to a folder or one that leads nowhere, and
+        // whatever else the platform calls a reparse point.
+        bool isLink;
+    };
+
     // The next entry, files and folders alike, in the platform's order; null at the end, and from
-    // then on. Raises for a name that no path may hold.
+    // then on. Raises for a name that no path may hold; one that ends in a dot is passed over,
+    // since a path loses that dot and would name another file, or the folder itself.
     virtual SharedHandle<FileSpec_IF> Next() = 0;
 
-    // Whether the entry that Next gave last is a folder, where the listing itself tells that.
-    std::optional<bool> IsFolder() const { return isFolder_; }
+    // Of the entry that Next gave last; nothing from a listing that does not tell.
+    const std::optional<Kind>& GetKind() const { return kind_; }
 
   protected:
-    std::optional<bool> isFolder_;
+    std::optional<Kind> kind_;
 };

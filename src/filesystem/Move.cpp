@@ -15,6 +15,34 @@ bool TryRename(const FileSpec& target, const FileSpec& source) {
     }
 }
 
+// What a copy of the folder would leave out, the first one met; null when it would be whole.
+FileSpec FindLeftOut(const FolderSpec& folder) {
+    for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
+         entries.Advance()) {
+        const FileSpec& entry = entries.GetCurrent();
+        if (entries.HasNoContents()) {
+            return entry;
+        }
+        if (entries.IsFolder() && !entry.IsAlias()) {
+            const FileSpec below = FindLeftOut(FolderSpec(entry));
+            if (!below.IsNull()) {
+                return below;
+            }
+        }
+    }
+    return {};
+}
+
+void MoveFolderByCopying(const FileSpec& target, const FileSpec& source, Tickler& tickler) {
+    const FolderSpec folder(source);
+    const FileSpec leftOut = FindLeftOut(folder);
+    if (!leftOut.IsNull()) {
+        ThrowFileError(ERROR_ACCESS_DENIED, leftOut.GetPath());
+    }
+    CopyFolder(target, source, true, tickler);
+    folder.DeleteTree();
+}
+
 }  // namespace
 
 void Move(const FileSpec& target, const FileSpec& source, Tickler& tickler) {
@@ -23,8 +51,7 @@ void Move(const FileSpec& target, const FileSpec& source, Tickler& tickler) {
             CopyFile(target, source, tickler);
             source.Delete();
         } else if (source.IsFolder()) {
-            CopyFolder(target, source, true, tickler);
-            FolderSpec(source).DeleteTree();
+            MoveFolderByCopying(target, source, tickler);
         } else {
             ThrowFileError(ERROR_ACCESS_DENIED, source.GetPath());
         }

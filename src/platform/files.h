@@ -104,7 +104,8 @@ PLATFORM_API BOOL DeviceIoControl(HANDLE device, DWORD code, void* input, DWORD 
                                   OVERLAPPED* none);
 
 // Off Windows links are followed; a folder that is reached through one bears the attribute of a
-// reparse point.
+// reparse point, and so does a link that leads nowhere, which can be deleted and moved but has
+// nothing to be opened.
 PLATFORM_API BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS level,
                                        void* information);
 PLATFORM_API BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes);
@@ -126,8 +127,9 @@ PLATFORM_API BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROU
 // A listing; the pattern is the last component, see posix/name_pattern.h. INVALID_HANDLE_VALUE with
 // error 2 when nothing matches, 3 when the folder is missing. FindNextFileW ends with error 18.
 // Off Windows the data tell a name and whether it is a folder's, which costs no look at the file;
-// times, sizes and other attributes are 0 there, and GetFileAttributesExW tells them. Names that no
-// path can hold, and links that lead nowhere, are passed over.
+// times, sizes and other attributes but that of a reparse point are 0 there, and
+// GetFileAttributesExW tells them. Names that no path can hold, and those that end in a dot or
+// blank and need the prefix \\?\, are passed over.
 PLATFORM_API HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* data);
 PLATFORM_API BOOL FindNextFileW(HANDLE listing, WIN32_FIND_DATAW* data);
 PLATFORM_API BOOL FindClose(HANDLE listing);

@@ -3,6 +3,9 @@
 // Off Windows it is the file registry.reg of the machine, in the standard text export form; see
 // docs/machine-folder.md. Results are error numbers; GetLastError is left as it was. Any thread; a
 // handle may be used by several.
+//
+// Besides what each operation tells, all but RegCloseKey give 6 for what is no open key, 87 for
+// arguments that do not go together, and 1018 for a key that was deleted since it was opened.
 #pragma once
 
 #include "platform/errors.h"
@@ -39,22 +42,28 @@ inline constexpr DWORD REG_MULTI_SZ = 7;
 inline constexpr DWORD REG_QWORD = 11;
 
 // Opens a key below another, its path without regard to case. 2 when it is missing, 161 for a path
-// that begins with a backslash, 6 for a parent that is none. A path under SOFTWARE is looked for
-// below SOFTWARE\Wow6432Node first and then as it stands, with KEY_WOW64_64KEY as it stands alone.
+// that begins with a backslash, 87 for a null `key` or for both views at once. The handle can do
+// what `access` asks for; KEY_READ holds both rights there are. 1450 when no handle is left. A path
+// under SOFTWARE is looked for below SOFTWARE\Wow6432Node first and then as it stands, with
+// KEY_WOW64_64KEY as it stands alone.
 PLATFORM_API LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD options, REGSAM access,
                                 HKEY* key);
+
+// 6 for what is no open key. The predefined keys stay open.
 PLATFORM_API LONG RegCloseKey(HKEY key);
 
 // The name of a sub key by its place in the order of upper-cased code units. `length` is the
 // buffer's size in units, and receives the length without the NUL. 259 behind the last, 234 when
-// the buffer is too small.
+// the buffer is too small, 5 for a handle without KEY_ENUMERATE_SUB_KEYS. 87 without a buffer or
+// its length, with a class name but no length for it, or when `reserved` is not null.
 PLATFORM_API LONG RegEnumKeyExW(HKEY key, DWORD index, WCHAR* name, DWORD* length, DWORD* reserved,
                                 WCHAR* className, DWORD* classLength, FILETIME* lastWrite);
 
 // A value's type and bytes; `size` is the buffer's size in bytes and receives that of the value. 2
 // for a missing value, 234 with the size needed when the buffer is too small. A text that was
-// stored without its NUL gets one where there is room. The narrow form gives texts in the narrow
-// code page.
+// stored without its NUL gets one where there is room. 5 for a handle without KEY_QUERY_VALUE, 87
+// for a buffer without its size or when `reserved` is not null. The narrow form gives texts in the
+// narrow code page.
 PLATFORM_API LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,
                                    BYTE* data, DWORD* size);
 PLATFORM_API LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type,

@@ -177,6 +177,11 @@ TEST(DateTime, AddsSecondsInTheLocalZone) {
     EXPECT_EQ(Written(next.AddSeconds(-86400)), "00:00:00-21.10.1582-UTC-05:00");
     EXPECT_EQ(Written(DateTime(TimeOfDay(3, 0, 0), Date(1, 1, 2000), kUniversal).AddSeconds(0)),
               "22:00:00-31.12.1999-UTC-05:00");
+    using Limits = std::numeric_limits<std::int64_t>;
+    UseZone("UTC0");
+    for (const std::int64_t seconds : {Limits::min(), Limits::max()}) {
+        EXPECT_EQ(late.AddSeconds(seconds).GetDate(), Date());
+    }
 }
 
 TEST(TimeZone, TheHostsZonesComeBackToTheirOffsets) {

@@ -138,18 +138,36 @@ TEST_F(FolderTest, NamesThatNoPathMayHoldRaise) {
     EXPECT_EQ(OpenFileCount(), open);
 }
 
-TEST_F(FolderTest, EntryThatVanishesDuringADeletion) {
-    WriteHostFile(folder / "a");
-    WriteHostFile(folder / "c");
+// Of dots alone, it would be the folder itself.
+TEST_F(FolderTest, NamesThatEndInDotsAreNotOneOfTheOthers) {
     ListingApi api;
-    api.names = {u"a", u"b", u"c"};
-    const std::ptrdiff_t open = OpenFileCount();
-    const Failure failure = FailureOf([&] { work.DeleteTree(); });
-    EXPECT_EQ(failure.message, "file not found");
-    EXPECT_EQ(failure.path, "C:\\work\\b");
-    EXPECT_FALSE(fs::exists(folder / "a"));
-    EXPECT_TRUE(fs::exists(folder / "c"));
-    EXPECT_EQ(OpenFileCount(), open);
+    api.names = {u"...", u"a", u"b.", u"..."};
+    const std::set<std::string> one = {"a"};
+    EXPECT_EQ(Entries(work), one);
+}
+
+TEST_F(FolderTest, NamesOfTheHostThatNoPathCanSpellStay) {
+    fs::create_directories(folder / "tree/...");
+    fs::create_directories(folder / "tree/a ");
+    WriteHostFile(folder / "tree/a");
+    WriteHostFile(folder / "tree/a.");
+    EXPECT_EQ(Entries(FolderSpec(Child("tree"))).size(), 1u);
+    EXPECT_EQ(MessageOf([&] { FolderSpec(Child("tree")).DeleteTree(); }), "folder not empty");
+    EXPECT_FALSE(fs::exists(folder / "tree/a"));
+    EXPECT_TRUE(fs::exists(folder / "tree/a."));
+}
+
+// Folders and a file, told apart by each of two copies of one iterator.
+TEST_F(FolderTest, ACopyLeftBehindTellsOfItsOwnEntry) {
+    fs::create_directory(folder / "folder");
+    WriteHostFile(folder / "file");
+    const FolderIterator first = work.MakeIterator();
+    FolderIterator second = first;
+    second.Advance();
+    EXPECT_EQ(first.IsFolder(), first.GetCurrent().IsFolder());
+    EXPECT_EQ(second.IsFolder(), second.GetCurrent().IsFolder());
+    second.Advance();
+    EXPECT_EQ(first.IsFolder(), first.GetCurrent().IsFolder());
 }
 
 TEST_F(FolderTest, DeletesReadOnlyTrees) {
@@ -171,8 +189,17 @@ TEST_F(FolderTest, DeletionLeavesWhatLinksLeadTo) {
     WriteHostFile(folder / "elsewhere/file");
     fs::create_directory_symlink("../elsewhere", folder / "tree/folder");
     fs::create_symlink("../elsewhere/file", folder / "tree/file");
+    fs::create_symlink("nowhere", folder / "tree/nowhere");
+    fs::create_symlink("circle", folder / "tree/circle");
+    fs::create_directory_symlink(".", folder / "tree/self");
+    fs::permissions(folder / "elsewhere/file", fs::perms::owner_read);
     FolderSpec(Child("tree")).DeleteTree();
     EXPECT_FALSE(fs::exists(folder / "tree"));
+    EXPECT_EQ(fs::status(folder / "elsewhere/file").permissions(), fs::perms::owner_read);
+
+    fs::create_directory_symlink("elsewhere", folder / "tree");
+    FolderSpec(Child("tree")).DeleteTree();
+    EXPECT_FALSE(fs::exists(fs::symlink_status(folder / "tree")));
     EXPECT_TRUE(fs::exists(folder / "elsewhere/file"));
 }
 

@@ -55,6 +55,48 @@ TEST_F(Files, OfLinksTheLinkIsDeleted) {
     EXPECT_TRUE(DeleteFileW(u"C:\\Files\\link"));
     EXPECT_FALSE(fs::exists(fs::symlink_status(folder_ / "link")));
     EXPECT_TRUE(fs::exists(folder_ / "File.txt"));
+
+    // What stands against deleting the target does not stand against deleting the link.
+    fs::create_symlink("read-only", folder_ / "link");
+    EXPECT_TRUE(DeleteFileW(u"C:\\Files\\link"));
+    fs::create_symlink("File.txt", folder_ / "link");
+    const OpenedFile used(u"C:\\Files\\File.txt", GENERIC_READ);
+    ASSERT_TRUE(used.IsOpen());
+    EXPECT_TRUE(DeleteFileW(u"C:\\Files\\link"));
+    ASSERT_TRUE(SetFileAttributesW(u"C:\\Files\\Empty", FILE_ATTRIBUTE_READONLY));
+    fs::create_directory_symlink("Empty", folder_ / "link");
+    EXPECT_TRUE(RemoveDirectoryW(u"C:\\Files\\link"));
+    EXPECT_FALSE(fs::exists(fs::symlink_status(folder_ / "link")));
+    EXPECT_EQ(AttributesAt(u"C:\\Files\\Empty"), FILE_ATTRIBUTE_DIRECTORY | 1u);
+}
+
+TEST_F(Files, BrokenLinksAreThereAndHoldNothing) {
+    const struct {
+        const char* target;
+        DWORD openError;
+    } cases[] = {{"nowhere", 2}, {"link", 3}, {"File.txt/x", 2}};
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.target);
+        fs::create_symlink(row.target, folder_ / "link");
+        EXPECT_EQ(AttributesAt(u"C:\\Files\\LINK"),
+                  FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_ARCHIVE);
+        EXPECT_EQ(OpenedFile(u"C:\\Files\\link", GENERIC_READ).Error(), row.openError);
+        EXPECT_EQ(ErrorOf(CreateDirectoryW(u"C:\\Files\\link", nullptr)),
+                  row.openError == 2 ? 183 : row.openError);
+        EXPECT_EQ(ErrorOf(RemoveDirectoryW(u"C:\\Files\\link")), 267u);
+        EXPECT_EQ(ErrorOf(DeleteFileW(u"C:\\Files\\link\\")), 123u);
+        EXPECT_EQ(ErrorOf(MoveFileW(u"C:\\Files\\File.txt", u"C:\\Files\\link")),
+                  row.openError == 2 ? 183 : row.openError);
+        EXPECT_TRUE(MoveFileW(u"C:\\Files\\LINK", u"C:\\Files\\moved"));
+        EXPECT_EQ(fs::read_symlink(folder_ / "moved"), row.target);
+        EXPECT_TRUE(DeleteFileW(u"C:\\Files\\Moved"));
+        EXPECT_FALSE(fs::exists(fs::symlink_status(folder_ / "moved")));
+    }
+    // A drive that leads nowhere is none, and not to be deleted.
+    fs::create_symlink("nowhere", DriveC().parent_path() / "q");
+    EXPECT_EQ(AttributesAt(u"Q:\\"), 0xFFFFFFFF);
+    EXPECT_NE(ErrorOf(DeleteFileW(u"\\\\?\\Q:\\")), 0u);
+    EXPECT_TRUE(fs::is_symlink(DriveC().parent_path() / "q"));
 }
 
 TEST_F(Files, FoldersAreRemovedAsTheSystemDoes) {

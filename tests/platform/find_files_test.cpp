@@ -122,25 +122,28 @@ TEST(Listing, HasNoDotsInARoot) {
     EXPECT_EQ(List(u"C:\\*.*").find('.'), std::string::npos);
 }
 
-TEST(Listing, TellsFoldersFromFiles) {
+TEST(Listing, TellsFoldersAndLinksFromFiles) {
     const fs::path folder = NewFolder("Kinds");
     fs::create_directory(folder / "folder");
     std::ofstream(folder / "file") << "text";
     fs::create_directory_symlink("folder", folder / "folder-link");
     fs::create_symlink("file", folder / "file-link");
     fs::create_symlink("nowhere", folder / "dangling");
+    fs::create_symlink("circle", folder / "circle");
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     WIN32_FIND_DATAW data;
     const HANDLE listing = FindFirstFileW(u"C:\\kinds\\*.*", &data);
     ASSERT_NE(listing, INVALID_HANDLE_VALUE);
-    std::set<std::pair<std::string, bool>> found;
+    std::set<std::pair<std::string, DWORD>> found;
     do {
-        found.emplace(Utf8FromWide(data.cFileName),
-                      (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
+        found.emplace(Utf8FromWide(data.cFileName), data.dwFileAttributes);
     } while (FindNextFileW(listing, &data));
-    const std::set<std::pair<std::string, bool>> expected = {
-        {".", true},     {"..", true},          {"folder", true},    {"file", false},
-        {"pipe", false}, {"folder-link", true}, {"file-link", false}};
+    constexpr DWORD kFolder = FILE_ATTRIBUTE_DIRECTORY;
+    constexpr DWORD kLink = FILE_ATTRIBUTE_REPARSE_POINT;
+    const std::set<std::pair<std::string, DWORD>> expected = {
+        {".", kFolder},   {"..", kFolder}, {"folder", kFolder}, {"folder-link", kFolder | kLink},
+        {"file", 0},      {"pipe", 0},     {"file-link", 0},    {"dangling", kLink},
+        {"circle", kLink}};
     EXPECT_EQ(found, expected);
     EXPECT_TRUE(FindClose(listing));
 }
@@ -148,16 +151,18 @@ TEST(Listing, TellsFoldersFromFiles) {
 TEST(Listing, PassesOverNamesThatNoPathCanHold) {
     const fs::path folder = NewFolder("Names");
     const std::string longest(255, 'n');
-    const char* const kept[] = {"dot.", "blank ", "\xC3\xA9", "\xF0\x9F\x98\x80", longest.c_str()};
+    const char* const kept[] = {".d.o t", "\xC3\xA9", "\xF0\x9F\x98\x80", longest.c_str()};
     for (const char* name : kept) {
         std::ofstream(folder / name) << "text";
     }
-    for (const char* name : {"back\\slash", "a*b", "a?b", "a\"b", "a<b", "a>b", "a|b",
-                             "C:", "tab\t", "\xFF", "\xC3", "\xED\xA0\x80", "a\x01"}) {
+    // The last five need the prefix \\?\.
+    for (const char* name :
+         {"back\\slash", "a*b", "a?b", "a\"b", "a<b", "a>b", "a|b", "C:", "tab\t", "\xFF", "\xC3",
+          "\xED\xA0\x80", "a\x01", "dot.", "blank ", "both. ", "...", " "}) {
         std::ofstream(folder / name) << "text";
     }
     std::string expected = ". ..";
-    for (const char* name : {"blank ", "dot.", longest.c_str(), "\xC3\xA9", "\xF0\x9F\x98\x80"}) {
+    for (const char* name : {".d.o t", longest.c_str(), "\xC3\xA9", "\xF0\x9F\x98\x80"}) {
         expected += std::string(" ") + name;
     }
     EXPECT_EQ(List(u"C:\\names\\*.*"), expected);

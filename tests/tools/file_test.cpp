@@ -90,6 +90,17 @@ TEST_F(BrevikctlFile, CopiesMovesAndDeletesBetweenHostAndMachine) {
     EXPECT_FALSE(fs::exists(source));
 }
 
+TEST_F(BrevikctlFile, BrokenLinksAreShownAndDeleted) {
+    fs::create_directory(Drive() / "t");
+    fs::create_symlink("nowhere", Drive() / "t/link");
+    EXPECT_THAT(OutputOf({"list", "C:\\t"}),
+                MatchesRegex("l---a            0 [-0-9]+ [:0-9]+ link\n"));
+    EXPECT_THAT(OutputOf({"stat", "C:\\t\\link"}), HasSubstr("\nkind           broken link\n"));
+    EXPECT_EQ(OutputOf({"size", "C:\\t"}), "0\n");
+    OutputOf({"delete", "C:\\t\\link"});
+    EXPECT_TRUE(fs::is_empty(Drive() / "t"));
+}
+
 TEST_F(BrevikctlFile, TellsOfFilesAndFolders) {
     Write(Drive() / "t/one.txt", std::string(1000, 'x'));
     Write(Drive() / "t/below/\xC3\xA9t\xC3\xA9.TXT", std::string(234, 'x'));

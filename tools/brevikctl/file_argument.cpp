@@ -64,7 +64,7 @@ FileSpec FileArgument(const std::string& path) {
 
 std::string HostPath(const FileSpec& file) {
     const HostFile found = FindFile(file.GetNativePath());
-    if (found.error != NO_ERROR) {
+    if (!found.HasName()) {
         return {};
     }
     std::error_code error;

@@ -4,10 +4,12 @@
 #include <vector>
 
 #include "file_argument.h"
+#include "filesystem/FileException.h"
 #include "filesystem/FileSpec_Impl.h"
 #include "filesystem/VolumeInfo.h"
 #include "filesystem/Volume_IF.h"
 #include "terminal.h"
+#include "text/Texts.h"
 
 namespace {
 
@@ -88,11 +90,30 @@ Fact AttributesFact(std::uint32_t attributes) {
     return {"attributes", fact.text.empty() ? "none" : fact.text, "[" + fact.json + "]"};
 }
 
+const char* KindOf(const FileReport& report) {
+    return report.isFolder       ? "folder"
+           : report.isBrokenLink ? "broken link"
+           : report.isShortcut   ? "shortcut"
+                                 : "file";
+}
+
+// False for what has a name and attributes and still cannot be found.
+bool ReadSize(const FileSpec& file, std::uint64_t* size) {
+    try {
+        *size = file.GetFileSize();
+        return true;
+    } catch (const FileException& failure) {
+        if (failure.GetNumber() == Texts::fileNotFound.GetId() ||
+            failure.GetNumber() == Texts::filePathNotFound.GetId()) {
+            return false;
+        }
+        throw;
+    }
+}
+
 std::vector<Fact> FileFacts(const FileReport& report) {
     std::vector<Fact> facts = {TextFact("path", report.path), TextFact("host", report.host),
-                               TextFact("kind", report.isFolder     ? "folder"
-                                                : report.isShortcut ? "shortcut"
-                                                                    : "file")};
+                               TextFact("kind", KindOf(report))};
     if (!report.isFolder) {
         facts.push_back(NumberFact("size", report.size));
     }
@@ -130,8 +151,10 @@ FileReport::FileReport(const FileSpec& file)
       host(HostPath(file)),
       isFolder(file.IsFolder()),
       isShortcut(!isFolder && file.IsAlias()),
-      size(isFolder ? 0 : file.GetFileSize()),
       attributes(file.GetAttributes()) {
+    if (!isFolder) {
+        isBrokenLink = !ReadSize(file, &size);
+    }
     const FileSpec_IF& details = *FileSpec_Impl(file).Get();
     created = details.GetCreationTime();
     accessed = details.GetAccessTime();
@@ -143,7 +166,7 @@ std::string FileReport::ToText() const {
 }
 
 std::string FileReport::ToRow() const {
-    std::string letters = isFolder ? "d" : "-";
+    std::string letters = isFolder ? "d" : isBrokenLink ? "l" : "-";
     for (const AttributeName& attribute : kAttributes) {
         letters += (attributes & attribute.bit) != 0 ? attribute.letter : '-';
     }

@@ -25,7 +25,8 @@ struct FileReport {
     std::string host;  // where it lies on the host
     bool isFolder = false;
     bool isShortcut = false;
-    std::uint64_t size = 0;  // 0 for a folder
+    bool isBrokenLink = false;  // a link of the host that leads nowhere
+    std::uint64_t size = 0;     // 0 for a folder and a broken link
     std::uint32_t attributes = 0;
     DateTime created;
     DateTime accessed;

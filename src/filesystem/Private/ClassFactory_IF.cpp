@@ -8,8 +8,13 @@
 
 namespace {
 
-std::mutex factory_lock;
-constinit SharedHandle<ClassFactory_IF> factory;
+// The lock and the factory are never destroyed: a host may make its last calls while the process
+// ends.
+std::mutex& GetFactoryLock() {
+    static std::mutex& lock = *new std::mutex;
+    return lock;
+}
+constinit SharedHandle<ClassFactory_IF>* factory = nullptr;
 
 // The factory once it is set, for readers without the lock.
 constinit std::atomic<ClassFactory_IF*> current_factory = nullptr;
@@ -17,9 +22,9 @@ constinit std::atomic<ClassFactory_IF*> current_factory = nullptr;
 }  // namespace
 
 void ClassFactory_IF::SetFactory(const SharedHandle<ClassFactory_IF>& newFactory) {
-    const std::lock_guard<std::mutex> hold(factory_lock);
-    if (factory == nullptr) {
-        factory = newFactory;
+    const std::lock_guard<std::mutex> hold(GetFactoryLock());
+    if (factory == nullptr && newFactory != nullptr) {
+        factory = new SharedHandle<ClassFactory_IF>(newFactory);
         current_factory.store(newFactory.get(), std::memory_order_release);
     }
 }

@@ -14,7 +14,12 @@ namespace {
 
 constexpr DWORD kPathSize = 0x8000;
 
-std::mutex start_lock;
+// Never destroyed: a host may make its last calls while the process ends.
+std::mutex& GetStartLock() {
+    static std::mutex& lock = *new std::mutex;
+    return lock;
+}
+
 constinit std::atomic<bool> started = false;
 constinit std::atomic<HMODULE> start_module = nullptr;
 
@@ -33,7 +38,7 @@ void Start(HMODULE module) {
 }  // namespace
 
 void FileSystem_Start(HMODULE module) {
-    const std::lock_guard<std::mutex> hold(start_lock);
+    const std::lock_guard<std::mutex> hold(GetStartLock());
     Start(module);
 }
 
@@ -46,7 +51,7 @@ void FileSystem_Stop() {
             folder = FolderSpec();
         }
     }
-    const std::lock_guard<std::mutex> hold(start_lock);
+    const std::lock_guard<std::mutex> hold(GetStartLock());
     FileSystem_Win32::ClearVolumes();
     FileSystem_Win32::ClearApi();
     started = false;
@@ -62,7 +67,7 @@ void EnsureStarted() {
     if (IsStarted()) {
         return;
     }
-    const std::lock_guard<std::mutex> hold(start_lock);
+    const std::lock_guard<std::mutex> hold(GetStartLock());
     if (!IsStarted()) {
         Start(nullptr);
     }
@@ -72,13 +77,14 @@ HMODULE GetModule() {
     return start_module;
 }
 
+// Never destroyed, as above; nor is its lock.
 FolderSpec& GetTempFolderState() {
-    static FolderSpec temp_folder;
+    static FolderSpec& temp_folder = *new FolderSpec;
     return temp_folder;
 }
 
 BaseCriticalSection& GetTempFolderLock() {
-    static VelmarCriticalSection lock;
+    static VelmarCriticalSection& lock = *new VelmarCriticalSection;
     return lock;
 }
 

@@ -1,5 +1,22 @@
 #include "filesystem/FolderIterator.h"
 
+#include "filesystem/FileException.h"
+#include "text/Texts.h"
+
+namespace {
+
+bool LeadsNowhere(const FileSpec& file) {
+    try {
+        file.GetFileSize();
+        return false;
+    } catch (const FileException& failure) {
+        return failure.GetNumber() == Texts::fileNotFound.GetId() ||
+               failure.GetNumber() == Texts::filePathNotFound.GetId();
+    }
+}
+
+}  // namespace
+
 FolderIterator::FolderIterator(const SharedHandle<FolderSpec_Iterator>& listing) : impl(listing) {
     Advance();
 }
@@ -9,12 +26,20 @@ void FolderIterator::Advance() {
         return;
     }
     current = FileSpec(impl->Next());
+    kind = impl->GetKind();
     if (current.IsNull()) {
         impl.reset();
     }
 }
 
 bool FolderIterator::IsFolder() const {
-    const std::optional<bool> told = impl->IsFolder();
-    return told ? *told : current.IsFolder();
+    return kind ? kind->isFolder : current.IsFolder();
+}
+
+bool FolderIterator::IsFolderLink() const {
+    return kind && kind->isLink && kind->isFolder;
+}
+
+bool FolderIterator::HasNoContents() const {
+    return kind && kind->isLink && (kind->isFolder || LeadsNowhere(current));
 }

@@ -41,14 +41,22 @@ std::optional<FileInformation> FindInformation(const HostPlace& place, bool* fol
     if (place.error != NO_ERROR ||
         statx(AT_FDCWD, path.c_str(), flags, kInformationMask, &status) != 0) {
         HostFile file = FindFile(place);
-        if (file.error != NO_ERROR) {
+        if (!file.HasName()) {
             SetLastError(file.error);
             return std::nullopt;
         }
         path = std::move(file.path);
-        if (statx(AT_FDCWD, path.c_str(), flags, kInformationMask, &status) != 0) {
+        const int ofLink = file.isBrokenLink ? AT_SYMLINK_NOFOLLOW : 0;
+        if (statx(AT_FDCWD, path.c_str(), flags | ofLink, kInformationMask, &status) != 0) {
             SetLastError(ErrorFromHost(errno));
             return std::nullopt;
+        }
+        if (file.isBrokenLink) {
+            FileInformation information = FileInformationOf(status, path.c_str());
+            information.attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+            information.size = 0;
+            *folder = false;
+            return information;
         }
     }
     *folder = S_ISDIR(status.stx_mode);
@@ -66,11 +74,13 @@ DWORD DeleteFound(const HostFile& file, const HostPlace& place) {
     if (place.trailingSeparator) {
         return ERROR_INVALID_NAME;
     }
-    if (IsReadOnlyFile(file.status.st_mode)) {
+    // What a link leads to stays, and so does not stand against it.
+    if (IsReadOnlyFile(file.status.st_mode) && !IsLink(file.path.c_str())) {
         return ERROR_ACCESS_DENIED;
     }
     ShareMode share;
-    if (const DWORD error = share.EnterToDelete(file.status); error != NO_ERROR) {
+    const DWORD error = share.EnterToDelete(file.status);
+    if (error != NO_ERROR && !IsLink(file.path.c_str())) {
         return error;
     }
     return unlink(file.path.c_str()) == 0 ? NO_ERROR : ErrorFromHost(errno);
@@ -86,7 +96,14 @@ DWORD RemoveFound(const HostFile& file, const HostPlace& place) {
     if (!S_ISDIR(file.status.st_mode)) {
         return ERROR_DIRECTORY;
     }
-    if (place.IsRoot() || IsReadOnlyFolder(file.status.st_mode, file.path.c_str())) {
+    if (place.IsRoot()) {
+        return ERROR_ACCESS_DENIED;
+    }
+    // Of a link to a folder the link goes; the folder stays, and so does not stand against it.
+    if (IsLink(file.path.c_str())) {
+        return unlink(file.path.c_str()) == 0 ? NO_ERROR : ErrorFromHost(errno);
+    }
+    if (IsReadOnlyFolder(file.status.st_mode, file.path.c_str())) {
         return ERROR_ACCESS_DENIED;
     }
     if (IsCurrentFolder(file.status)) {
@@ -97,10 +114,6 @@ DWORD RemoveFound(const HostFile& file, const HostPlace& place) {
         return error;
     }
     if (rmdir(file.path.c_str()) == 0) {
-        return NO_ERROR;
-    }
-    // It was found to be a folder, so this is a link to one: the link goes, the folder stays.
-    if (errno == ENOTDIR && unlink(file.path.c_str()) == 0) {
         return NO_ERROR;
     }
     // The host may put "not empty" into these words too.
@@ -148,7 +161,7 @@ BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes) {
 BOOL DeleteFileW(const WCHAR* path) {
     const HostPlace place = PlaceOf(TextOf(path));
     const HostFile file = FindFile(place);
-    return Answer(file.error != NO_ERROR ? file.error : DeleteFound(file, place));
+    return Answer(file.HasName() ? DeleteFound(file, place) : file.error);
 }
 
 BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES*) {
@@ -166,7 +179,7 @@ BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES*) {
 BOOL RemoveDirectoryW(const WCHAR* path) {
     const HostPlace place = PlaceOf(TextOf(path));
     const HostFile file = FindFile(place);
-    return Answer(file.error != NO_ERROR ? file.error : RemoveFound(file, place));
+    return Answer(file.HasName() ? RemoveFound(file, place) : file.error);
 }
 
 }  // namespace brevik::platform

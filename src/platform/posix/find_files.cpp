@@ -41,6 +41,12 @@ constexpr auto kForbidden = [] {
     return table;
 }();
 
+// A path without the prefix \\?\ loses dots and blanks at its end, so it would name another file:
+// the one without them or, for a name of dots alone, the folder itself.
+bool EndsUnspellably(std::string_view name) {
+    return name.ends_with('.') || name.ends_with(' ');
+}
+
 // The name in UTF-16 with its NUL. False for one that no path can hold or that has no room.
 bool ConvertName(std::string_view name, WCHAR (&target)[MAX_PATH]) {
     UnitWriter<WCHAR> writer(target, MAX_PATH - 1);
@@ -97,20 +103,33 @@ class Listing : public HandleObject {
   private:
     bool Take(const dirent& entry, WIN32_FIND_DATAW* data) const {
         const std::string_view name = entry.d_name;
-        if (name == "." || name == ".." || !ConvertName(name, data->cFileName) ||
+        if (EndsUnspellably(name) || !ConvertName(name, data->cFileName) ||
             !pattern_.Matches(data->cFileName)) {
             return false;
         }
-        bool folder = entry.d_type == DT_DIR;
-        if (entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN) {
-            // One that has gone since, and a link that leads nowhere, are none.
-            struct stat status;
-            if (fstatat(dirfd(folder_.get()), entry.d_name, &status, 0) != 0) {
-                return false;
-            }
-            folder = S_ISDIR(status.st_mode);
+        if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) {
+            data->dwFileAttributes = entry.d_type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : 0;
+            return true;
         }
-        data->dwFileAttributes = folder ? FILE_ATTRIBUTE_DIRECTORY : 0;
+        return LookAt(entry.d_name, &data->dwFileAttributes);
+    }
+
+    // False for a name that has gone since.
+    bool LookAt(const char* name, DWORD* attributes) const {
+        const int folder = dirfd(folder_.get());
+        struct stat status;
+        if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+            return false;
+        }
+        *attributes = S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : 0;
+        if (S_ISLNK(status.st_mode)) {
+            const bool leadsOn = fstatat(folder, name, &status, 0) == 0;
+            if (!leadsOn) {
+                *attributes = FILE_ATTRIBUTE_REPARSE_POINT;
+            } else if (S_ISDIR(status.st_mode)) {
+                *attributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+            }
+        }
         return true;
     }
 

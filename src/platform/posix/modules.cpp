@@ -56,7 +56,8 @@ bool IsNamed(std::u16string_view path, std::u16string_view name) {
 }
 
 HMODULE HostModule() {
-    static ModuleHandle host;
+    // Never destroyed: a thread may still ask while the process ends.
+    static ModuleHandle& host = *new ModuleHandle;
     return &host;
 }
 

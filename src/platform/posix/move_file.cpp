@@ -150,7 +150,7 @@ BOOL MoveFileW(const WCHAR* from, const WCHAR* to) {
     }
     Move move = {from, to, PlaceOf(from), PlaceOf(to), {}, {}};
     move.source = FindFile(move.sourcePlace);
-    if (move.source.error != NO_ERROR) {
+    if (!move.source.HasName()) {
         return Answer(move.source.error);
     }
     move.target = FindFile(move.targetPlace);

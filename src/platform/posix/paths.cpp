@@ -216,6 +216,16 @@ bool IsMissing(int hostError) {
     return hostError == ENOENT || hostError == ENOTDIR;
 }
 
+// Looks whether a name that cannot be looked through is a link that is there itself.
+void NoteBrokenLink(const HostPlace& place, const std::string& path, HostFile& file) {
+    struct stat status;
+    if (!place.IsRoot() && lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+        file.path = path;
+        file.status = status;
+        file.isBrokenLink = true;
+    }
+}
+
 // A folder in the state in which it was looked into.
 struct SeenFolder {
     std::string path;
@@ -315,7 +325,10 @@ HostFile FindWithoutCase(const HostPlace& place) {
         if (!inFolder && file.error == ERROR_FILE_NOT_FOUND) {
             file.error = ERROR_PATH_NOT_FOUND;
         }
-        if (file.error != ERROR_FILE_NOT_FOUND) {
+        if (found.name && end == place.path.size()) {
+            NoteBrokenLink(place, std::string(file.path), file);
+        }
+        if (file.error != ERROR_FILE_NOT_FOUND && !file.isBrokenLink) {
             file.path.clear();
         }
         HostFile result = file;
@@ -523,6 +536,7 @@ HostFile FindFile(const HostPlace& place) {
     }
     if (!IsMissing(errno)) {
         file.error = ErrorFromHost(errno);
+        NoteBrokenLink(place, place.path, file);
         return file;
     }
     return FindWithoutCase(place);

@@ -53,15 +53,22 @@ struct HostFile {
     DWORD error = 0;
 
     // The path with the names as they stand on the disk. With error 2 the path at which the missing
-    // file or folder is to be made, else empty.
+    // file or folder is to be made. Of a broken link its own path. Else empty.
     std::string path;
 
-    // REQUIRES: error is 0. Symbolic links are followed.
+    // REQUIRES: error is 0, and then symbolic links are followed, or the link is broken, and then
+    // it is the link's own.
     struct stat status = {};
+
+    // Whether the name is there and is a symbolic link, below a root, that leads nowhere, in a
+    // circle, or where this process may not look. It can be deleted and renamed, and no more.
+    bool isBrokenLink = false;
+
+    bool HasName() const { return error == 0 || isBrokenLink; }
 };
 
 // Looks the place up: as spelled in one system call, and only where that misses without regard to
-// case. A symbolic link that leads nowhere counts as missing.
+// case. To a symbolic link that leads nowhere the error is that of a missing file.
 PLATFORM_API HostFile FindFile(const HostPlace& place);
 
 // Looks a path up and leaves its error to GetLastError.

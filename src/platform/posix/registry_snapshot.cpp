@@ -110,7 +110,7 @@ class RegistryCache {
     std::mutex mutex_;
     FileWatch watch_{path_};
     bool isLasting_ = false;  // whether the reading holds for as long as the file is unchanged
-    FileReading reading_;  // the last one, without its text
+    FileReading reading_;     // the last one, without its text
     std::shared_ptr<const RegistrySnapshot> snapshot_ = std::make_shared<RegistrySnapshot>();
     bool isAnyRead_ = false;
 };
@@ -123,7 +123,8 @@ std::shared_ptr<const RegistrySnapshot> NewestRegistry() {
 
 const std::string& RegistryFilePath() {
     // Never destroyed: a thread may still ask while the process ends.
-    static const std::string& path = *new std::string(Machine::Current().Folder() + "/registry.reg");
+    static const std::string& path =
+        *new std::string(Machine::Current().Folder() + "/registry.reg");
     return path;
 }
 

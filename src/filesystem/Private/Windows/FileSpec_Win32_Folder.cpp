@@ -2,7 +2,6 @@
 // it holds.
 
 #include <memory>
-#include <optional>
 #include <string_view>
 
 #include "filesystem/FileSpec.h"
@@ -11,9 +10,10 @@
 
 namespace {
 
-bool IsDots(const WCHAR* name) {
-    const std::basic_string_view<WCHAR> text(name);
-    return text == WIDE(".") || text == WIDE("..");
+// The folder itself and the one above are no entries, wherever a platform lists them. Nor are names
+// that a path cannot spell: it loses dots at its end, and of dots alone it would be the folder.
+bool IsPassedOver(const WCHAR* name) {
+    return std::basic_string_view<WCHAR>(name).ends_with(WIDE('.'));
 }
 
 }  // namespace
@@ -29,7 +29,7 @@ class FileSpec_Win32::Iterator : public FolderSpec_Iterator {
 
   private:
     void Step();
-    void SkipDots();
+    void PassOver();
     void End();
 
     SharedHandle<FileSpec_Win32> folder;
@@ -45,7 +45,7 @@ FileSpec_Win32::Iterator::Iterator(const SharedHandle<FileSpec_Win32>& listed) :
         folder->Fail(GetLastError());
     }
     find = listing;
-    SkipDots();
+    PassOver();
 }
 
 SharedHandle<FileSpec_IF> FileSpec_Win32::Iterator::Next() {
@@ -53,9 +53,10 @@ SharedHandle<FileSpec_IF> FileSpec_Win32::Iterator::Next() {
         return nullptr;
     }
     SharedHandle<FileSpec_IF> entry = folder->MakeChildSpec(data.cFileName);
-    isFolder_ = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    kind_ = {.isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+             .isLink = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
     Step();
-    SkipDots();
+    PassOver();
     return entry;
 }
 
@@ -66,10 +67,8 @@ void FileSpec_Win32::Iterator::Step() {
     }
 }
 
-// The folder itself and the one above are no entries, wherever a platform lists
-// them.
-void FileSpec_Win32::Iterator::SkipDots() {
-    while (find != nullptr && IsDots(data.cFileName)) {
+void FileSpec_Win32::Iterator::PassOver() {
+    while (find != nullptr && IsPassedOver(data.cFileName)) {
         Step();
     }
 }
@@ -89,8 +88,7 @@ SharedHandle<FolderSpec_Iterator> FileSpec_Win32::MakeIterator(
 void FileSpec_Win32::DeleteContents(bool recursive, const SharedHandle<FolderSpec_IF>& self) {
     const SharedHandle<FolderSpec_Iterator> listing = MakeIterator(self);
     while (const SharedHandle<FileSpec_IF> entry = listing->Next()) {
-        const std::optional<bool> told = listing->IsFolder();
-        if (!(told ? *told : entry->IsFolder())) {
+        if (!listing->GetKind()->isFolder) {
             static_cast<const FileSpec_Win32&>(*entry).DeletePresent(false);
         } else if (recursive) {
             const auto folder = std::dynamic_pointer_cast<FolderSpec_IF>(entry);

@@ -15,7 +15,8 @@ struct Registry {
 };
 
 Registry& GetRegistry() {
-    static Registry registry;
+    // Never destroyed: a host may make its last calls while the process ends.
+    static Registry& registry = *new Registry;
     return registry;
 }
 
