@@ -2,7 +2,6 @@
 // it holds.
 
 #include <memory>
-#include <optional>
 #include <string_view>
 
 #include "filesystem/FileSpec.h"
@@ -89,8 +88,7 @@ SharedHandle<FolderSpec_Iterator> FileSpec_Win32::MakeIterator(
 void FileSpec_Win32::DeleteContents(bool recursive, const SharedHandle<FolderSpec_IF>& self) {
     const SharedHandle<FolderSpec_Iterator> listing = MakeIterator(self);
     while (const SharedHandle<FileSpec_IF> entry = listing->Next()) {
-        const std::optional<FolderSpec_Iterator::Kind>& kind = listing->GetKind();
-        if (!(kind ? kind->isFolder : entry->IsFolder())) {
+        if (!listing->GetKind()->isFolder) {
             static_cast<const FileSpec_Win32&>(*entry).DeletePresent(false);
         } else if (recursive) {
             const auto folder = std::dynamic_pointer_cast<FolderSpec_IF>(entry);
