@@ -61,13 +61,13 @@ class Sink : public TickleImplBase {
 };
 
 // The failure of an action: its number and its path, and the system's code beneath it.
-struct Failure {
+struct NumberedFailure {
     long number = 0;
     std::string path;
     unsigned long code = 0;
 };
 
-inline Failure FailureOf(const std::function<void()>& action) {
+inline NumberedFailure NumberedFailureOf(const std::function<void()>& action) {
     try {
         action();
     } catch (const FileException& failure) {
