@@ -63,13 +63,13 @@ TEST_P(CopyRoutes, AnEmptyFileKeepsItsTime) {
 TEST_P(CopyRoutes, ATargetThatExistsStays) {
     Write("C:\\source", "new");
     Write("C:\\target", "old");
-    const Failure failure = FailureOf([this] { Copy(); });
+    const NumberedFailure failure = NumberedFailureOf([this] { Copy(); });
     EXPECT_EQ(failure.number, Texts::fileExists.GetId());
     EXPECT_EQ(Read(Host("C:\\target")), "old");
 }
 
 TEST_P(CopyRoutes, AMissingSourceLeavesNoTarget) {
-    const Failure failure = FailureOf([this] { Copy(); });
+    const NumberedFailure failure = NumberedFailureOf([this] { Copy(); });
     EXPECT_EQ(failure.number, Texts::fileNotFound.GetId());
     EXPECT_EQ(failure.path, "C:\\source");
     EXPECT_FALSE(IsTargetPresent());
@@ -78,7 +78,7 @@ TEST_P(CopyRoutes, AMissingSourceLeavesNoTarget) {
 TEST_P(CopyRoutes, AStopLeavesNoTarget) {
     Write("C:\\source", std::string(3'000'000, 'x'));
     sink.cancelAt = 2;
-    const Failure failure = FailureOf([this] { Copy(); });
+    const NumberedFailure failure = NumberedFailureOf([this] { Copy(); });
     EXPECT_EQ(failure.number, -12);
     EXPECT_EQ(failure.code, 1235u);
     EXPECT_EQ(failure.path, "C:\\source");
@@ -102,7 +102,7 @@ TEST_P(CopyRoutes, AHostThatTakesNoMoreIsAFailure) {
     getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit small = {100'000, limit.rlim_max};
     setrlimit(RLIMIT_FSIZE, &small);
-    const Failure failure = FailureOf([this] { Copy(); });
+    const NumberedFailure failure = NumberedFailureOf([this] { Copy(); });
     setrlimit(RLIMIT_FSIZE, &limit);
     EXPECT_EQ(failure.number, Texts::volumeFull.GetId());
     // Block by block what was written stays.
@@ -137,11 +137,13 @@ TEST_F(FileUtilities, CopyFolderTakesShortcutsAsFilesAndLeavesFoldersOut) {
 TEST_F(FileUtilities, AFolderIsNotCopiedOrMovedIntoItself) {
     Write("C:\\source\\folder\\file", "1");
     for (const char* target : {"C:\\source\\new", "C:\\SOURCE\\folder\\new\\deep"}) {
-        EXPECT_EQ(
-            FailureOf([&] { CopyFolder(File(target), File("C:\\source"), true, tickler); }).number,
-            Texts::accessDenied.GetId());
-        EXPECT_EQ(FailureOf([&] { Move(File(target), File("C:\\source"), tickler); }).number,
+        EXPECT_EQ(NumberedFailureOf([&] {
+                      CopyFolder(File(target), File("C:\\source"), true, tickler);
+                  }).number,
                   Texts::accessDenied.GetId());
+        EXPECT_EQ(
+            NumberedFailureOf([&] { Move(File(target), File("C:\\source"), tickler); }).number,
+            Texts::accessDenied.GetId());
     }
     EXPECT_EQ(Listing(Host("C:\\source")).size(), 2u);
 }
@@ -155,13 +157,14 @@ TEST_F(FileUtilities, MoveReportsAndKeepsTheSourceOfAStoppedCopy) {
 
     Write("C:\\folder\\file", std::string(100'000, 'x'));
     sink.cancelAt = 0;
-    EXPECT_EQ(FailureOf([&] { Move(File("D:\\folder"), File("C:\\folder"), tickler); }).code,
-              1235u);
+    EXPECT_EQ(
+        NumberedFailureOf([&] { Move(File("D:\\folder"), File("C:\\folder"), tickler); }).code,
+        1235u);
     EXPECT_EQ(fs::file_size(Host("C:\\folder\\file")), 100'000u);
 
-    EXPECT_EQ(FailureOf([&] { Move(File("C:\\x"), File("C:\\none"), tickler); }).number,
+    EXPECT_EQ(NumberedFailureOf([&] { Move(File("C:\\x"), File("C:\\none"), tickler); }).number,
               Texts::fileNotFound.GetId());
-    EXPECT_EQ(FailureOf([&] { Move(File("C:\\x"), FileSpec(), tickler); }).number,
+    EXPECT_EQ(NumberedFailureOf([&] { Move(File("C:\\x"), FileSpec(), tickler); }).number,
               Texts::accessDenied.GetId());
 }
 
@@ -201,15 +204,17 @@ TEST_F(FileUtilities, FailuresOfThePlatformBearTheirKindAndPath) {
     EXPECT_FALSE(fs::exists(Host("C:\\source")));
 
     api.copies = false;
-    Failure failure = FailureOf([&] { Move(File("C:\\new"), File("C:\\target"), tickler); });
+    NumberedFailure failure =
+        NumberedFailureOf([&] { Move(File("C:\\new"), File("C:\\target"), tickler); });
     EXPECT_EQ(failure.number, Texts::volumeFull.GetId());
     EXPECT_EQ(failure.path, "C:\\target");
     EXPECT_TRUE(fs::exists(Host("C:\\target")));
 
-    failure = FailureOf([] { GetTempFolder(); });
+    failure = NumberedFailureOf([] { GetTempFolder(); });
     EXPECT_EQ(failure.number, Texts::accessDenied.GetId());
     EXPECT_EQ(failure.path, "");
-    EXPECT_EQ(FailureOf([] { GetCurrentFolder(); }).number, Texts::filePathNotFound.GetId());
+    EXPECT_EQ(NumberedFailureOf([] { GetCurrentFolder(); }).number,
+              Texts::filePathNotFound.GetId());
     FileSystem_Win32::SetApi(nullptr);
 }
 

@@ -204,8 +204,8 @@ TEST_F(Links, CopiesLeaveThemOutAndMovesRefuse) {
     EXPECT_THAT(Listing(Host("C:\\copy")).size(), 3u);
     EXPECT_EQ(Read(Host("C:\\copy\\link")), "12");
 
-    const Failure failure =
-        FailureOf([this] { Move(File("D:\\tree"), File("C:\\tree"), tickler); });
+    const NumberedFailure failure =
+        NumberedFailureOf([this] { Move(File("D:\\tree"), File("C:\\tree"), tickler); });
     EXPECT_EQ(failure.number, Texts::accessDenied.GetId());
     EXPECT_TRUE(fs::is_symlink(Host(failure.path))) << failure.path;
     EXPECT_FALSE(fs::exists(Host("D:\\tree")));

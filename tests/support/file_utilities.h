@@ -50,6 +50,24 @@ class Sink : public TickleImplBase {
     std::vector<double> positions;
 };
 
+// The failure of an action: its number and its path, and the system's code beneath it.
+struct NumberedFailure {
+    long number = 0;
+    std::string path;
+    unsigned long code = 0;
+};
+
+inline NumberedFailure NumberedFailureOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const FileException& failure) {
+        const auto* inner = dynamic_cast<const SystemException::Win32*>(failure.GetInner());
+        return {failure.GetNumber(), Text(failure.GetPath()),
+                inner != nullptr ? inner->GetCode() : 0};
+    }
+    return {};
+}
+
 class FileUtilities : public testing::Test {
   protected:
     void SetUp() override {
