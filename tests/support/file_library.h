@@ -13,13 +13,12 @@
 #include "filesystem/FileSystem.h"
 #include "support/drive_files.h"
 #include "support/open_file_count.h"
-#include "text/SystemException.h"
 
 inline std::string Text(const Utf8String& text) {
     return std::string(text.begin(), text.end());
 }
 
-inline FileSpec File(const std::string& path) {
+inline FileSpec File(const char* path) {
     return FileSpec(FilePath(path));
 }
 
@@ -30,11 +29,9 @@ inline std::string PathOf(const FileSpec& file) {
 // What an operation raised.
 struct Failure {
     std::string message;  // empty when it raised nothing
-    bool isFile = false;  // whether it is a FileException; only then a path and what is beneath
+    bool isFile = false;  // whether it is a FileException; only then the rest is told
     std::string path;
     std::string inner;
-    long number = 0;         // of a text
-    unsigned long code = 0;  // the system's beneath it
 };
 
 template <typename Operation>
@@ -43,12 +40,10 @@ Failure FailureOf(Operation operation) {
         operation();
         return {};
     } catch (const FileException& raised) {
-        const auto* system = dynamic_cast<const SystemException::Win32*>(raised.GetInner());
-        return {Text(raised.GetMessage()), true,
-                Text(raised.GetPath()),    Text(raised.GetInner()->GetMessage()),
-                raised.GetNumber(),        system != nullptr ? system->GetCode() : 0};
+        const Utf8String inner = raised.GetInner()->GetMessage();
+        return {Text(raised.GetMessage()), true, Text(raised.GetPath()), Text(inner)};
     } catch (const VelmarException& raised) {
-        return {Text(raised.GetMessage()), false, {}, {}, raised.GetNumber(), 0};
+        return {Text(raised.GetMessage()), false, {}, {}};
     }
 }
 

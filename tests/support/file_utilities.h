@@ -1,5 +1,5 @@
-// What the tests of the file utilities share: the started library with two drives, and a sink of
-// progress.
+// What the tests of the file utilities share: the started library with two drives, a sink of
+// progress, and what an operation raised.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,16 +8,26 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "filesystem/FileException.h"
+#include "filesystem/FileSystem.h"
 #include "filesystem/FileUtilities.h"
-#include "support/file_library.h"
 #include "support/test_machine.h"
+#include "text/SystemException.h"
 #include "text/VelmarText.h"
 
+inline std::string Text(const Utf8String& text) {
+    return {text.begin(), text.end()};
+}
+
+inline FileSpec File(const std::string& path) {
+    return FileSpec(FilePath(path));
+}
 inline FolderSpec Folder(const std::string& path) {
     return FolderSpec(FilePath(path));
 }
