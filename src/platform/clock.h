@@ -12,6 +12,9 @@ namespace brevik::platform {
 // Milliseconds since the system's start, wrapping at 32 bits; some milliseconds coarse.
 PLATFORM_API DWORD GetTickCount();
 
+// Keeps the calling thread waiting for so many milliseconds.
+PLATFORM_API void Sleep(DWORD milliseconds);
+
 // The rate of the counter in counts per second, constant for the life of the system.
 PLATFORM_API BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency);
 PLATFORM_API BOOL QueryPerformanceCounter(LARGE_INTEGER* counter);

@@ -26,6 +26,13 @@ DWORD GetTickCount() {
     return static_cast<DWORD>(now.tv_sec * 1000 + now.tv_nsec / 1'000'000);
 }
 
+void Sleep(DWORD milliseconds) {
+    timespec rest = {static_cast<time_t>(milliseconds / 1000),
+                     static_cast<long>(milliseconds % 1000) * 1'000'000};
+    while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+    }
+}
+
 BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency) {
     frequency->QuadPart = kCountsPerSecond;
     return TRUE;
