@@ -55,7 +55,8 @@ class SQLCertificate {
     // failure.
     virtual void GetFieldAsText(const char* name, char* buffer, std::uint32_t size);
 
-    // The decimal number at the start of the first value; 0 where none stands there, and on failure.
+    // The decimal number at the start of the first value; 0 where none stands there, and on
+    // failure.
     virtual std::int32_t GetFieldAsNumber(const char* name);
 
     // All values in row order; `values` is cleared first.
@@ -82,7 +83,8 @@ class SQLCertificate {
     virtual void GetFieldVocabAsVector(const std::string& name, std::vector<std::string>* values);
 
     // Writes a field into the database: a new row, or where the field has a value, that value for
-    // all its rows. 1 when written, else 0. The rows in memory stay as they are until the next Read.
+    // all its rows. 1 when written, else 0. The rows in memory stay as they are until the next
+    // Read.
     virtual std::uint8_t SetFieldAsText(const std::string& name, const std::string& value);
     virtual std::uint8_t SetFieldAsText(const char* name, const char* value);
 
@@ -110,6 +112,16 @@ class SQLCertificate {
     static bool GetDatabaseKeys(std::vector<std::string>* keys);
 
   private:
+    // Whether there is a current certificate, and a name to ask it for.
+    bool CanRead(const char* name) const;
+
+    // The first value, null when there is none, and all values.
+    const char* FindValue(const char* name) const;
+    std::vector<std::string> FindValues(const char* name) const;
+
+    void WriteField(const std::string& name, const std::string& value);
+    SharedHandle<SQLite3WrapperTable> LoadRows(const std::string& key);
+
     SQLite3WrapperDB* db_;
     SharedHandle<SQLite3WrapperTable> table_;
     std::string key_;
