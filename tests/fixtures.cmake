@@ -52,5 +52,7 @@ target_link_libraries(platform_probe PRIVATE brevikplatform)
 add_executable(file_holder fixtures/file_holder.cpp)
 target_link_libraries(file_holder PRIVATE brevikplatform)
 if(TARGET test_platform)
-    add_dependencies(test_platform plain_library dependent_library platform_probe file_holder)
+    target_compile_definitions(test_platform PRIVATE
+        BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>")
+    add_dependencies(test_platform test_component plain_library dependent_library platform_probe file_holder)
 endif()
