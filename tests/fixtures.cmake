@@ -56,3 +56,15 @@ if(TARGET test_platform)
         BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>")
     add_dependencies(test_platform test_component plain_library dependent_library platform_probe file_holder)
 endif()
+
+# A reader for certificates in plain text, and a host that reads numbered ones.
+add_library(text_reader MODULE fixtures/text_reader.cpp)
+target_link_libraries(text_reader PRIVATE brevikplatform)
+add_executable(record_host fixtures/record_host.cpp)
+target_link_libraries(record_host PRIVATE brevikcore)
+target_include_directories(record_host PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+if(TARGET test_catalogue)
+    target_compile_definitions(test_catalogue PRIVATE
+        BREVIK_TEST_READER="$<TARGET_FILE:text_reader>")
+    add_dependencies(test_catalogue text_reader record_host)
+endif()

@@ -59,14 +59,18 @@ std::unique_ptr<SqliteLibrary> Load() {
 }
 
 constinit std::atomic<const SqliteLibrary*> loaded_library = nullptr;
-constinit std::mutex loading;
+
+std::mutex& LoadingMutex() {
+    static std::mutex& mutex = *new std::mutex;
+    return mutex;
+}
 
 }  // namespace
 
 const SqliteLibrary& SqliteLibrary::Get() {
     const SqliteLibrary* library = loaded_library.load(std::memory_order_acquire);
     if (library == nullptr) {
-        const std::lock_guard lock(loading);
+        const std::lock_guard lock(LoadingMutex());
         library = loaded_library.load(std::memory_order_relaxed);
         if (library == nullptr) {
             library = Load().release();  // never freed: the connection outlives all static objects
