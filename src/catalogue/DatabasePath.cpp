@@ -28,8 +28,7 @@ Utf8String FindDatabasePath() {
         return {};
     }
     path += WIDE("\\Velmar");
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) {
+    if (!PathFileExistsW(path.c_str())) {
         CreateSharedFolder(path);
     }
     return WideToUtf8(path + WIDE("\\qzc13.db"));

@@ -46,11 +46,6 @@ bool IsDamaged(SQLite3WrapperDB& db) {
     }
 }
 
-bool IsPresent(const WideString& path) {
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    return GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) != FALSE;
-}
-
 bool CanBeOpened(const std::string& path) {
     std::FILE* const file = _wfopen(NarrowToWide(path).c_str(), WIDE("r"));
     return file != nullptr && std::fclose(file) == 0;
@@ -94,7 +89,7 @@ void SharedRecordStore::EnsureOpen() {
 
 void SharedRecordStore::Open() {
     const std::string path = SQLCertificate::SqlDatabasePath();
-    const bool existed = IsPresent(NarrowToWide(path));
+    const bool existed = PathFileExistsW(NarrowToWide(path).c_str());
     snapshot_.Clear();
     db_.Open(path);
     std::vector<std::string> scratch;

@@ -50,8 +50,7 @@ PLATFORM_API BOOL SHGetPathFromIDListW(const ITEMIDLIST* list, WCHAR* path);
 // The path of a system folder into MAX_PATH units, made first where `create` is set.
 PLATFORM_API BOOL SHGetSpecialFolderPathW(HWND owner, WCHAR* path, int folder, BOOL create);
 
-// The system's own folder, C:\Windows. Result: its length without the NUL, or the size needed with
-// it where it does not fit.
+// The folder of the system's own files. Results as those of GetTempPathW.
 PLATFORM_API UINT GetWindowsDirectoryW(WCHAR* path, UINT size);
 
 // fopen for a wide path. A folder is refused, also for reading.

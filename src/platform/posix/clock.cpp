@@ -26,13 +26,6 @@ DWORD GetTickCount() {
     return static_cast<DWORD>(now.tv_sec * 1000 + now.tv_nsec / 1'000'000);
 }
 
-void Sleep(DWORD milliseconds) {
-    timespec rest = {static_cast<time_t>(milliseconds / 1000),
-                     static_cast<long>(milliseconds % 1000) * 1'000'000};
-    while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
-    }
-}
-
 BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency) {
     frequency->QuadPart = kCountsPerSecond;
     return TRUE;
@@ -43,6 +36,13 @@ BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) {
     clock_gettime(CLOCK_MONOTONIC, &now);
     counter->QuadPart = now.tv_sec * kCountsPerSecond + now.tv_nsec / kNanosecondsPerCount;
     return TRUE;
+}
+
+void Sleep(DWORD milliseconds) {
+    timespec rest = {static_cast<time_t>(milliseconds / 1000),
+                     static_cast<long>(milliseconds % 1000) * 1'000'000};
+    while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+    }
 }
 
 __time64_t _time64(__time64_t* result) {
