@@ -57,14 +57,25 @@ if(TARGET test_platform)
     add_dependencies(test_platform test_component plain_library dependent_library platform_probe file_holder)
 endif()
 
-# A reader for certificates in plain text, and a host that reads numbered ones.
+# A reader for certificates in plain text, a host that reads numbered ones, and a program that shows
+# the catalogue.
 add_library(text_reader MODULE fixtures/text_reader.cpp)
 target_link_libraries(text_reader PRIVATE brevikplatform)
 add_executable(record_host fixtures/record_host.cpp)
 target_link_libraries(record_host PRIVATE brevikcore)
 target_include_directories(record_host PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+add_executable(catalogue_probe fixtures/catalogue_probe.cpp)
+target_link_libraries(catalogue_probe PRIVATE brevikcore)
+foreach(test test_catalogue test_language test_exports test_tools)
+    if(TARGET ${test})
+        target_compile_definitions(${test} PRIVATE
+            BREVIK_TEST_READER="$<TARGET_FILE:text_reader>")
+        add_dependencies(${test} text_reader)
+    endif()
+endforeach()
 if(TARGET test_catalogue)
     target_compile_definitions(test_catalogue PRIVATE
-        BREVIK_TEST_READER="$<TARGET_FILE:text_reader>")
-    add_dependencies(test_catalogue text_reader record_host)
+        BREVIK_TEST_CATALOGUE_PROBE="$<TARGET_FILE:catalogue_probe>"
+        BREVIK_TEST_HOST="$<TARGET_FILE:export_host>")
+    add_dependencies(test_catalogue record_host catalogue_probe export_host)
 endif()

@@ -30,6 +30,12 @@ class CCertificateReference {
     // The installer GUID, empty where no source gives it.
     Utf8String GetGUID() const;
 
+    // Whether GetGUID would give this one, byte for byte. Copies nothing.
+    bool HasGUID(const Utf8String& guid) const {
+        const std::lock_guard hold(mutex_);
+        return guid_ == guid;
+    }
+
     // Also has the next GetUsedBy look again.
     void SetGUID(const Utf8String& guid);
 
