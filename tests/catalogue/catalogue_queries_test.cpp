@@ -29,7 +29,7 @@ class Certifier : public CatalogueTest {
         return result;
     }
 
-    const CVelmarProductCertifier certifier_;
+    CVelmarProductCertifier certifier_;
 
   private:
     int stores_ = 0;
