@@ -79,3 +79,11 @@ if(TARGET test_catalogue)
         BREVIK_TEST_HOST="$<TARGET_FILE:export_host>")
     add_dependencies(test_catalogue record_host catalogue_probe export_host)
 endif()
+
+# The reader component, and the keys that it tests files against here.
+if(TARGET test_components)
+    target_compile_definitions(test_components PRIVATE
+        BREVIK_TEST_READER_COMPONENT="$<TARGET_FILE:brevikcertificatereader>"
+        BREVIK_TEST_KEYS="${PROJECT_SOURCE_DIR}/keys")
+    add_dependencies(test_components brevikcertificatereader)
+endif()
