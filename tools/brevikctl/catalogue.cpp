@@ -20,7 +20,7 @@ struct Options {
     std::string guid;
     std::string product;
     std::string item;
-    std::vector<std::string> ids;
+    std::vector<int> ids;
     std::vector<std::string> codes;
     bool json = false;
 };
@@ -109,29 +109,21 @@ void Guids(const Options& options) {
     }
 }
 
-LANGID IdentifierOf(const std::string& text) {
-    unsigned number = 0;
-    if (!CLI::detail::lexical_cast(text, number) || number > 0xFFFF) {
-        throw std::runtime_error(Quoted(text) + " is no language identifier" +
-                                 "\nOne is a number up to 65535, such as 1033 or 0x0409.");
-    }
-    return static_cast<LANGID>(number);
-}
-
 void Language(const Options& options) {
     const CLibraryUtils::SmartComInitializer apartment;
     const LangManager languages;
     LANGID selected = 0;
     if (!options.ids.empty()) {
-        std::vector<LANGID> ids;
-        for (const std::string& text : options.ids) {
-            ids.push_back(IdentifierOf(text));
-        }
+        const std::vector<LANGID> ids(options.ids.begin(), options.ids.end());
         LangManager::GetLang(ids.data(), static_cast<std::uint32_t>(ids.size()), &selected);
     } else {
         std::vector<const char*> codes;
         for (const std::string& code : options.codes) {
             codes.push_back(code.c_str());
+            if (languages.GetLangIdFromCode(code) == 0) {
+                std::fprintf(stderr, "brevikctl: %s is no code of the suite, and stands for 0\n",
+                             Quoted(code).c_str());
+            }
         }
         languages.GetLang(codes.data(), static_cast<std::uint32_t>(codes.size()), &selected);
     }
@@ -178,7 +170,8 @@ void AddCatalogueCommands(CLI::App& app) {
         app, "language", "Choose a language as an application would be told", Language, language);
     CLI::Option_group* offered = languageCommand->add_option_group("languages");
     offered->add_option("--ids", language->ids, "Identifiers that the application offers")
-        ->delimiter(',');
+        ->delimiter(',')
+        ->check(CLI::Range(0, 0xFFFF));
     offered->add_option("--codes", language->codes, "Codes that the application offers, as DEU,ENU")
         ->delimiter(',');
     offered->require_option(1);
