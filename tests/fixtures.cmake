@@ -66,16 +66,20 @@ target_link_libraries(record_host PRIVATE brevikcore)
 target_include_directories(record_host PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 add_executable(catalogue_probe fixtures/catalogue_probe.cpp)
 target_link_libraries(catalogue_probe PRIVATE brevikcore)
-foreach(test test_catalogue test_language test_exports test_tools)
-    if(TARGET ${test})
-        target_compile_definitions(${test} PRIVATE
-            BREVIK_TEST_READER="$<TARGET_FILE:text_reader>")
-        add_dependencies(${test} text_reader)
-    endif()
-endforeach()
 if(TARGET test_catalogue)
     target_compile_definitions(test_catalogue PRIVATE
+        BREVIK_TEST_READER="$<TARGET_FILE:text_reader>"
         BREVIK_TEST_CATALOGUE_PROBE="$<TARGET_FILE:catalogue_probe>"
         BREVIK_TEST_HOST="$<TARGET_FILE:export_host>")
-    add_dependencies(test_catalogue record_host catalogue_probe export_host)
+    add_dependencies(test_catalogue text_reader record_host catalogue_probe export_host)
 endif()
+
+# The reader component, and the keys that it tests files against here.
+foreach(test test_components test_catalogue test_language test_exports test_tools)
+    if(TARGET ${test})
+        target_compile_definitions(${test} PRIVATE
+            BREVIK_TEST_READER_COMPONENT="$<TARGET_FILE:brevikcertificatereader>"
+            BREVIK_TEST_KEYS="${PROJECT_SOURCE_DIR}/keys")
+        add_dependencies(${test} brevikcertificatereader)
+    endif()
+endforeach()

@@ -52,7 +52,7 @@ TEST_F(CertificateMgr, EntriesWithoutAReadablePathArePassedOver) {
     Register("{4 longest}", longest);
     Register("{5 too long}", tooLong);
     Register("{6 missing}", "C:\\missing.qzc");
-    PutDamagedCertificate("C:\\damaged.qzc");
+    PutFile("C:\\damaged.qzc", ForeignCertificate("N = x\n"));
     Register("{7 damaged}", "C:\\damaged.qzc");
     Install("{8}\\only below", "C:\\below.qzc", "Below");
 
@@ -255,7 +255,7 @@ TEST_F(CertificateMgr, FoldersComeFirstFilesAheadOfTheFoldersBelow) {
     PutCertificate("C:\\apps\\zz.qzc", "N = 2\n");
     PutCertificate("C:\\apps\\a.qzc.txt", "N = no\n");
     PutCertificate("C:\\apps\\qzc", "N = no\n");
-    PutDamagedCertificate("C:\\apps\\deep\\damaged.qzc");
+    PutFile("C:\\apps\\deep\\damaged.qzc", ForeignCertificate("N = x\n"));
     Register("{Z}", "C:\\apps\\zz.qzc");
     std::vector<FileSpec> files;
     EXPECT_EQ(manager_.GetCertificatesFolderPath(FilePath("C:\\apps"), &files), 0);

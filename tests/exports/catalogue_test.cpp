@@ -19,7 +19,7 @@ using namespace CatalogueMachine;
 
 class CatalogueExports : public testing::Test {
   protected:
-    void SetUp() override { RegisterReader(BREVIK_TEST_READER); }
+    void SetUp() override { RegisterReader(BREVIK_TEST_READER_COMPONENT); }
 
     // A host in this folder of drive C:.
     static std::string PutHost(const std::string& folder) {

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 
+#include "certificate_reader/certificate_file.h"
 #include "support/test_machine.h"
 
 namespace CatalogueMachine {
@@ -45,10 +47,10 @@ void WriteRegistryFile() {
     fs::rename(next, file);
 }
 
-void WriteFile(const std::string& path, const std::string& bytes) {
-    const fs::path file = HostPath(path);
-    fs::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+CertificateKeys::PrivateKey DevelopmentKey() {
+    std::ifstream file(BREVIK_TEST_KEYS "/DEVELOPMENT-ONLY-private-key.txt", std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    return CertificateKeys::PrivateKey::Parse(text).value();
 }
 
 }  // namespace
@@ -66,12 +68,22 @@ fs::path HostPath(const std::string& path) {
     return TestMachine::Folder() / "drives/c" / below;
 }
 
-void PutCertificate(const std::string& path, const std::string& text) {
-    WriteFile(path, text);
+std::string SignedCertificate(const std::string& text) {
+    return MakeCertificate(text, DevelopmentKey());
 }
 
-void PutDamagedCertificate(const std::string& path) {
-    WriteFile(path, "unreadable");
+std::string ForeignCertificate(const std::string& text) {
+    return MakeCertificate(text, CertificateKeys::PrivateKey::Make());
+}
+
+void PutFile(const std::string& path, const std::string& bytes) {
+    const fs::path file = HostPath(path);
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+void PutCertificate(const std::string& path, const std::string& text) {
+    PutFile(path, SignedCertificate(text));
 }
 
 void SetEntry(const std::string& key, const Values& values) {

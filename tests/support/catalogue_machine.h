@@ -10,14 +10,18 @@ namespace CatalogueMachine {
 // Registers the certificate reader component. The first step of every test with certificates.
 void RegisterReader(const std::filesystem::path& library);
 
+// The bytes of a certificate file, signed with the development key, or with one that nobody knows.
+std::string SignedCertificate(const std::string& text);
+std::string ForeignCertificate(const std::string& text);
+
 // The host's path of a path on drive C:.
 std::filesystem::path HostPath(const std::string& path);
 
 // Puts a certificate file at a path on drive C:. It does not tell the registry.
 void PutCertificate(const std::string& path, const std::string& text);
 
-// Puts a file there that no reader takes for a certificate.
-void PutDamagedCertificate(const std::string& path);
+// Puts a file of any bytes there.
+void PutFile(const std::string& path, const std::string& bytes);
 
 // Writes values of a key below the registry key of the certificates, such as "{G}" or "{G}\\more",
 // in place of those it had. A text that begins with "dword:" or "hex" stands for what it says.

@@ -47,7 +47,7 @@ inline std::ptrdiff_t CountOf(const std::string& part, const std::string& text) 
 class CatalogueTest : public testing::Test {
   protected:
     CatalogueTest() {
-        CatalogueMachine::RegisterReader(BREVIK_TEST_READER);
+        CatalogueMachine::RegisterReader(BREVIK_TEST_READER_COMPONENT);
         UTrace::Initialize();
         UTrace::SetLevel(4);
         EXPECT_EQ(CoInitialize(nullptr), S_OK);

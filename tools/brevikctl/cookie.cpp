@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -19,6 +17,7 @@
 #include "platform/posix/machine.h"
 #include "platform/posix/shared_text_file.h"
 #include "terminal.h"
+#include "text_table.h"
 
 namespace {
 
@@ -162,34 +161,14 @@ std::string Flags(const CookieRow& row) {
     return flags.empty() ? "-" : flags.substr(0, flags.size() - 1);
 }
 
-using Columns = std::array<std::string, 6>;
-
-// A terminal counts characters, and a byte that continues one takes no place of its own.
-std::size_t Width(const std::string& text) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(text, [](char byte) { return (byte & 0xC0) != 0x80; }));
-}
-
-void PrintTable(const std::vector<CookieRow>& rows) {
-    std::vector<Columns> table = {{"DOMAIN", "PATH", "FLAGS", "EXPIRES", "NAME", "VALUE"}};
+void PrintCookies(const std::vector<CookieRow>& rows) {
+    TextTable table = {{"DOMAIN", "PATH", "FLAGS", "EXPIRES", "NAME", "VALUE"}};
     for (const CookieRow& row : rows) {
-        table.push_back({SafeText(row.domain), SafeText(row.path), Flags(row),
-                         row.expires == 0 ? "session" : Time(row.expires), SafeText(row.name),
-                         row.isHttpOnly ? "(hidden)" : SafeText(row.value)});
+        table.push_back({row.domain, row.path, Flags(row),
+                         row.expires == 0 ? "session" : Time(row.expires), row.name,
+                         row.isHttpOnly ? "(hidden)" : row.value});
     }
-    std::array<std::size_t, 6> widths = {};
-    for (const Columns& line : table) {
-        for (std::size_t i = 0; i < line.size(); ++i) {
-            widths[i] = std::max(widths[i], Width(line[i]));
-        }
-    }
-    for (const Columns& line : table) {
-        std::string text;
-        for (std::size_t i = 0; i + 1 < line.size(); ++i) {
-            text += line[i] + std::string(widths[i] - Width(line[i]) + 2, ' ');
-        }
-        std::printf("%s%s\n", text.c_str(), line.back().c_str());
-    }
+    PrintTable(table);
 }
 
 std::string ToJson(const CookieRow& row) {
@@ -223,7 +202,7 @@ void List(const Options& options) {
             std::printf("%s\n", ToJson(row).c_str());
         }
     } else if (!rows.empty()) {
-        PrintTable(rows);
+        PrintCookies(rows);
     } else {
         std::fprintf(stderr, "brevikctl: no cookies in %s\n", SafeText(path).c_str());
     }

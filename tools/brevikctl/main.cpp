@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "catalogue.h"
 #include "cookie.h"
 #include "file.h"
 #include "trace.h"
@@ -37,6 +38,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "brevikctl " BREVIK_VERSION);
     app.require_subcommand(1);
     app.footer(kFooter);
+    AddCatalogueCommands(app);
     AddCookieCommands(app);
     AddFileCommands(app);
     AddTraceCommands(app);
