@@ -1,5 +1,6 @@
 #include "catalogue_subjects.h"
 
+#define BREVIKCONFIG_NO_COTASKMEMFREE  // the platform's own is used
 #include <benchmark/benchmark.h>
 #include <brevikconfig.h>
 

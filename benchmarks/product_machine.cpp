@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "bench_machine.h"
 #include "certificate_reader/certificate_file.h"
 #include "certificate_reader/reader.h"
 
@@ -51,6 +52,7 @@ std::string EscapedHostPath(const fs::path& path) {
 }  // namespace
 
 ProductMachine::ProductMachine(const fs::path& folder, int products) : folder_(folder) {
+    PutSibling(folder);
     const CertificateKeys::PrivateKey key = SigningKey();
     std::string registry =
         "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\"

@@ -1,4 +1,5 @@
-// A machine with a number of installed products, each with a certificate of 40 fields.
+// A machine with the sibling library and a number of installed products, each with a certificate of
+// 40 fields.
 #pragma once
 
 #include <filesystem>
