@@ -4,7 +4,7 @@
 #include "catalogue/CatalogueQueries.h"
 #include "catalogue/ReadProductLanguage.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
-#include "registry/SplitRegistryPath.h"
+#include "catalogue/SplitRegistryPath.h"
 #include "support/catalogue_test.h"
 
 namespace {
@@ -44,10 +44,25 @@ TEST_F(Certifier, ItemIsReadAsASwitch) {
         std::int32_t before;
         std::int32_t after;
     } rows[] = {
-        {"zero", -1, 0}, {"one", -1, 1},  {"seven", -1, 1}, {"below", -1, 1},   {"word", -1, 0},
-        {"late", -1, 0}, {"list", -1, 0}, {"none", -1, -1}, {"none", 0, 0},     {"one", 0, 1},
-        {"zero", 1, 1},  {"zero", 5, 5},  {"Suite", -1, 1}, {"Mixer", -1, 1},   {"Mixer", 0, 1},
-        {"0", -1, 1},    {"", -1, -1},    {"suite", -1, -1}, {"QDR_ProductName", -1, 0},
+        {"zero", -1, 0},
+        {"one", -1, 1},
+        {"seven", -1, 1},
+        {"below", -1, 1},
+        {"word", -1, 0},
+        {"late", -1, 0},
+        {"list", -1, 0},
+        {"none", -1, -1},
+        {"none", 0, 0},
+        {"one", 0, 1},
+        {"zero", 1, 1},
+        {"zero", 5, 5},
+        {"Suite", -1, 1},
+        {"Mixer", -1, 1},
+        {"Mixer", 0, 1},
+        {"0", -1, 1},
+        {"", -1, -1},
+        {"suite", -1, -1},
+        {"QDR_ProductName", -1, 0},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(Switch(row.name, row.before, store), row.after)
@@ -147,9 +162,9 @@ TEST_F(Certifier, SeveralCertificatesOfOneProductFeedOneRecord) {
     EXPECT_EQ(info.dialogWidth, 640);
     EXPECT_EQ(info.dialogHeight, 480);
 
-    for (const char* stranger : {"QDR_ProductID = 43\nVector Location = here\n",
-                                 "QDR_ProductID = 42\nVector Location = there\n",
-                                 "Vector Location = here\n"}) {
+    for (const char* stranger :
+         {"QDR_ProductID = 43\nVector Location = here\n",
+          "QDR_ProductID = 42\nVector Location = there\n", "Vector Location = here\n"}) {
         certifier_.CollectProductInfo(
             *Store(stranger + std::string("SKUName = Stranger\nQDR_DialogWidth = 9999\n")), &info,
             U("Stranger"), U("{3}"), {});

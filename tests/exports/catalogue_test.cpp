@@ -133,8 +133,7 @@ TEST_F(CatalogueExports, FirstCallsOfManyThreadsAtOnceAllAnswer) {
             const std::string name = std::to_string(i % 5);
             void* value = nullptr;
             std::uint32_t size = 0;
-            EXPECT_EQ(
-                bvkc_CertificateItemValue(("{" + name + "}").c_str(), "x", &value, &size), 1);
+            EXPECT_EQ(bvkc_CertificateItemValue(("{" + name + "}").c_str(), "x", &value, &size), 1);
             EXPECT_EQ(std::string(static_cast<const char*>(value), size), name + '\0');
             brevik_CoTaskMemFree(value);
         });

@@ -10,6 +10,7 @@
 
 #include "catalogue.h"
 #include "cookie.h"
+#include "database.h"
 #include "file.h"
 #include "trace.h"
 
@@ -40,6 +41,7 @@ int main(int argc, char** argv) {
     app.footer(kFooter);
     AddCatalogueCommands(app);
     AddCookieCommands(app);
+    AddDatabaseCommands(app);
     AddFileCommands(app);
     AddTraceCommands(app);
     try {
