@@ -72,3 +72,11 @@ if(TARGET test_catalogue)
         BREVIK_TEST_READER="$<TARGET_FILE:text_reader>")
     add_dependencies(test_catalogue text_reader record_host plain_sqlite_host plain_library)
 endif()
+
+# The reader component, and the keys that it tests files against here.
+if(TARGET test_components)
+    target_compile_definitions(test_components PRIVATE
+        BREVIK_TEST_READER_COMPONENT="$<TARGET_FILE:brevikcertificatereader>"
+        BREVIK_TEST_KEYS="${PROJECT_SOURCE_DIR}/keys")
+    add_dependencies(test_components brevikcertificatereader)
+endif()
