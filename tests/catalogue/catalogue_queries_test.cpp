@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace CatalogueMachine;
+using namespace InstalledProducts;
 
 class Certifier : public CatalogueTest {
   protected:

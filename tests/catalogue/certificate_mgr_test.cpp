@@ -14,7 +14,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using namespace CatalogueMachine;
+using namespace InstalledProducts;
 
 using Texts = std::vector<std::string>;
 

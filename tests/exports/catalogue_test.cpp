@@ -9,13 +9,13 @@
 #include <thread>
 #include <vector>
 
-#include "support/catalogue_machine.h"
+#include "support/installed_products.h"
 #include "support/child_process.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using namespace CatalogueMachine;
+using namespace InstalledProducts;
 
 class CatalogueExports : public testing::Test {
   protected:

@@ -1,41 +1,89 @@
-// The products of the test's machine: their certificate files and their entries in the registry.
+// A machine whose certificates lie in C:\certs as plain text.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
-namespace CatalogueMachine {
+#include "catalogue/SQLCertificate.h"
+#include "modules/SmartComInitializer.h"
+#include "platform/posix/host_text.h"
+#include "support/child_process.h"
+#include "support/debug_output.h"
+#include "support/drive_files.h"
+#include "support/numbered_certificates.h"
+#include "support/registry_machine.h"
+#include "support/test_machine.h"
+#include "trace/UTrace.h"
 
-// Registers the certificate reader component. The first step of every test with certificates.
-void RegisterReader(const std::filesystem::path& library);
+class CatalogueMachine : public testing::Test {
+  protected:
+    void SetUp() override {
+        WriteRegistry(
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\"
+            "{91C11C22-4B99-439F-90A6-A0F3758E1717}\\InprocServer32]\n@=\"Z:" BREVIK_TEST_READER
+            "\"\n");
+        NewFolder("certs");
+        setenv("TEXT_READER_COUNT", CountFile().c_str(), 1);
+        UTrace::Initialize();
+        UTrace::SetClientName("T");
+        output_.Take();
+    }
 
-// The bytes of a certificate file, signed with the development key, or with one that nobody knows.
-std::string SignedCertificate(const std::string& text);
-std::string ForeignCertificate(const std::string& text);
+    // Makes a certificate and gives its record key.
+    static std::string AddCertificate(const std::string& name, const std::string& text) {
+        WriteHostFile(DriveC() / "certs" / name, text);
+        return "c:\\certs\\" + name;
+    }
 
-// The host's path of a path on drive C:.
-std::filesystem::path HostPath(const std::string& path);
+    static void AddNumberedCertificates(int count) {
+        for (int number = 0; number < count; ++number) {
+            AddCertificate(NumberedCertificate::FileName(number),
+                           NumberedCertificate::Text(number));
+        }
+    }
 
-// Puts a certificate file at a path on drive C:. It does not tell the registry.
-void PutCertificate(const std::string& path, const std::string& text);
+    // Reads the first numbered certificates in a process of its own.
+    static ChildResult RunRecordHost(int count,
+                                     const std::map<std::string, std::string>& environment = {}) {
+        return RunChild(RecordHost(count), environment);
+    }
+    static std::vector<std::string> RecordHost(int count) {
+        return {BREVIK_TEST_BINARY_FOLDER "/record_host", "c:\\certs", std::to_string(count)};
+    }
 
-// Puts a file of any bytes there.
-void PutFile(const std::string& path, const std::string& bytes);
+    // How often a certificate file was opened by any process of the test.
+    static std::size_t ReaderOpenings() { return ReadHostFile(CountFile()).size(); }
 
-// Writes values of a key below the registry key of the certificates, such as "{G}" or "{G}\\more",
-// in place of those it had. A text that begins with "dword:" or "hex" stands for what it says.
-void SetEntry(const std::string& key, const std::map<std::string, std::string>& values);
+    // The lines of the trace since the last call.
+    std::vector<std::string> Lines() {
+        std::vector<std::string> lines;
+        std::string text = output_.Take();
+        for (std::size_t end; (end = text.find("\r\n")) != std::string::npos;
+             text.erase(0, end + 2)) {
+            lines.push_back(text.substr(3, end - 3));  // behind "T: "
+        }
+        return lines;
+    }
 
-// The same for the one value Filename.
-void Register(const std::string& guid, const std::string& path);
-void RemoveEntry(const std::string& key);
+    static std::filesystem::path DatabaseFile() { return DriveC() / "ProgramData/Velmar/qzc13.db"; }
 
-// Adds text to the registry file as it stands.
-void AddToRegistry(const std::string& text);
+    static bool HasLoaded(const std::string& library) {
+        return ReadHostFile("/proc/self/maps").find(library) != std::string::npos;
+    }
 
-// Puts a certificate with a product name and registers it.
-void Install(const std::string& guid, const std::string& path, const std::string& productName,
-             const std::string& moreFields = {});
+    static constexpr char kKey[] =
+        "0123456789012345678901234567890123456789012345678901234567890123456789012345678901234567"
+        "890123456789012345678901234567890123456789";
 
-}  // namespace CatalogueMachine
+  private:
+    static std::string CountFile() { return TestMachine::ScratchFolder() / "openings"; }
+
+    DebugOutput output_;
+    CLibraryUtils::SmartComInitializer apartment_;
+};
+
+using Texts = std::vector<std::string>;

@@ -9,7 +9,7 @@
 
 #include "catalogue/CBrevikKitCertificateMgr.h"
 #include "platform/component_model.h"
-#include "support/catalogue_machine.h"
+#include "support/installed_products.h"
 #include "support/debug_output.h"
 #include "trace/UTrace.h"
 
@@ -47,7 +47,7 @@ inline std::ptrdiff_t CountOf(const std::string& part, const std::string& text) 
 class CatalogueTest : public testing::Test {
   protected:
     CatalogueTest() {
-        CatalogueMachine::RegisterReader(BREVIK_TEST_READER_COMPONENT);
+        InstalledProducts::RegisterReader(BREVIK_TEST_READER_COMPONENT);
         UTrace::Initialize();
         UTrace::SetLevel(4);
         EXPECT_EQ(CoInitialize(nullptr), S_OK);
