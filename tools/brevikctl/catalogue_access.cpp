@@ -1,17 +1,14 @@
 #include "catalogue_access.h"
 
-#include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "catalogue/CertificateReader.h"
 #include "catalogue/RecordTable.h"
 #include "catalogue/SQLCertificate.h"
 #include "catalogue/VerificationKey.h"
-#include "certificate_reader/certificate_file.h"
+#include "certificate_argument.h"
 #include "file_argument.h"
-#include "platform/folders.h"
+#include "platform/component_model.h"
 #include "terminal.h"
 
 namespace {
@@ -19,11 +16,6 @@ namespace {
 std::string Text(const SQLite3WrapperTable& rows, std::int32_t row, std::int32_t column) {
     const char* text = rows.GetText(row, column);
     return text != nullptr ? text : "";
-}
-
-bool IsReadable(const std::string& path) {
-    std::FILE* file = _wfopen(NarrowToWide(path).c_str(), WIDE("r"));
-    return file != nullptr && std::fclose(file) == 0;
 }
 
 const char* HintOn(CertificateFault fault) {
@@ -43,28 +35,25 @@ const char* HintOn(CertificateFault fault) {
 
 // REQUIRES: the component gave no text for it.
 CertificateTrouble TroubleOfFile(const std::string& path) {
-    const FileSpec file = FileArgument(path);
-    if (!file.IsPresent()) {
+    const std::string file = HostPath(FileArgument(path));
+    if (file.empty()) {
         return {"the file is missing",
                 "Put it there, or forget it with brevikctl certificate remove."};
     }
-    if (!file.IsFile() || !IsReadable(path)) {
-        return {"the file cannot be read", "See ls -l " + SafeText(HostPath(file)) +
-                                               "; every user has to be able to read it."};
+    const CertificateReport report(file, kVerificationKey);
+    if (!report.systemError.empty()) {
+        return {report.State(),
+                "See ls -l " + SafeText(file) + "; every user has to be able to read it."};
     }
-    std::ifstream stream(HostPath(file), std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    const auto key = CertificateKeys::ParseVerificationText(kVerificationKey);
-    std::string text;
-    const CertificateFault fault =
-        key ? ReadCertificate(bytes, *key, &text) : CertificateFault::kBadKey;
-    if (fault == CertificateFault::kNone && !text.empty()) {
-        return {"the certificate reader of this machine does not read it, though it is good",
-                "brevikctl machine create registers the reader that belongs to the library."};
+    if (!report.IsGood()) {
+        return {report.State(), HintOn(report.fault)};
     }
-    return fault == CertificateFault::kNone
-               ? CertificateTrouble{"it is signed, and empty", "Sign a text with fields in it."}
-               : CertificateTrouble{Explain(fault), HintOn(fault)};
+    if (report.fields.empty()) {
+        return {"it is signed, but has no fields",
+                "A field is a line with a name, an equals sign and a value."};
+    }
+    return {"the certificate reader of this machine does not read it, though it is good",
+            "brevikctl machine create registers the reader that belongs to the library."};
 }
 
 std::optional<CertificateTrouble> TroubleOfFields(const std::string& path,
@@ -156,10 +145,4 @@ CertificateContent ReadContent(const std::string& path) {
     CertificateContent content = {ParseCertificateText(text), {}};
     content.trouble = TroubleOfFields(path, content.fields);
     return content;
-}
-
-std::string FirstValue(const std::vector<CertificateField>& fields, const std::string& name) {
-    const auto found = std::ranges::find_if(
-        fields, [&name](const CertificateField& field) { return EqualNoCase(field.name, name); });
-    return found != fields.end() ? found->value : "";
 }

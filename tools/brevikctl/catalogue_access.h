@@ -39,6 +39,3 @@ struct CertificateContent {
     std::optional<CertificateTrouble> trouble;
 };
 CertificateContent ReadContent(const std::string& path);
-
-// The first value of a field, as the library finds it; empty without one.
-std::string FirstValue(const std::vector<CertificateField>& fields, const std::string& name);

@@ -9,6 +9,7 @@
 
 #include "catalogue/CBrevikKitCertificateMgr.h"
 #include "catalogue_access.h"
+#include "certificate_argument.h"
 #include "file_argument.h"
 #include "filesystem/FileSystem.h"
 #include "modules/SmartComInitializer.h"
