@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "support/installed_products.h"
 #include "support/child_process.h"
+#include "support/installed_products.h"
 
 namespace {
 

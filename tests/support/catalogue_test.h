@@ -9,8 +9,8 @@
 
 #include "catalogue/CBrevikKitCertificateMgr.h"
 #include "platform/component_model.h"
-#include "support/installed_products.h"
 #include "support/debug_output.h"
+#include "support/installed_products.h"
 #include "trace/UTrace.h"
 
 inline Utf8String U(const std::string& text) {
