@@ -74,7 +74,8 @@ if(TARGET test_catalogue)
     target_compile_definitions(test_catalogue PRIVATE
         BREVIK_TEST_READER="$<TARGET_FILE:text_reader>"
         BREVIK_TEST_CATALOGUE_PROBE="$<TARGET_FILE:catalogue_probe>"
-        BREVIK_TEST_HOST="$<TARGET_FILE:export_host>")
+        BREVIK_TEST_HOST="$<TARGET_FILE:export_host>"
+        $<$<BOOL:${BREVIK_SANITIZE}>:BREVIK_TEST_SANITIZED>)
     add_dependencies(test_catalogue text_reader record_host catalogue_probe plain_sqlite_host
                      plain_library export_host)
 endif()

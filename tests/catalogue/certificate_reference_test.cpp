@@ -14,7 +14,7 @@
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "platform/component_model.h"
-#include "support/catalogue_machine.h"
+#include "support/record_machine.h"
 #include "text/VelmarException.h"
 
 namespace {
@@ -23,7 +23,7 @@ Utf8String Utf8(const std::string& text) {
     return NarrowToUtf8(text);
 }
 
-class CertificateReference : public CatalogueMachine {
+class CertificateReference : public RecordMachine {
   protected:
     static constexpr std::uint32_t kNormal = 0;
     static constexpr std::uint32_t kProcessing = 1;
@@ -42,7 +42,7 @@ TEST_F(CertificateReference, TellsWhatTheCertificateSays) {
                                            "CertReferencePath = c:\\certs\\b.qzc\n");
     CCertificateReference reference;
     ASSERT_EQ(reference.Init(Utf8(key), {}, kNormal, 0), 1);
-    const Texts lines = Lines();
+    const TextList lines = Lines();
     EXPECT_EQ(lines[lines.size() - 2], "CCertificateReference::Init(), certPath = " + key);
     EXPECT_EQ(lines.back(), "TableExist failed, path: " + key + " ");
     EXPECT_EQ(reference.GetGUID(), Utf8("{GUID-1}"));
@@ -70,9 +70,9 @@ TEST_F(CertificateReference, GuidComesFromTheCallerFirst) {
     EXPECT_EQ(nameless.Init(Utf8(none), {}, kNormal, 0), 1);
     EXPECT_EQ(nameless.GetGUID(), Utf8String());
     EXPECT_FALSE(nameless.HasProductName({}));
-    EXPECT_EQ(Lines(), (Texts{"CCertificateReference::Init(), certPath = " + none,
-                              "GetFieldAsVector failed, FieldName: QDR_ProductName",
-                              "GetFieldAsText failed, FieldName: Vector Location"}));
+    EXPECT_EQ(Lines(), (TextList{"CCertificateReference::Init(), certPath = " + none,
+                                 "GetFieldAsVector failed, FieldName: QDR_ProductName",
+                                 "GetFieldAsText failed, FieldName: Vector Location"}));
 }
 
 TEST_F(CertificateReference, UsersOfTheProductComeFromTheRegistry) {

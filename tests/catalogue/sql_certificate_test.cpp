@@ -10,11 +10,11 @@
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
-#include "support/catalogue_machine.h"
+#include "support/record_machine.h"
 
 namespace {
 
-class SqlCertificate : public CatalogueMachine {
+class SqlCertificate : public RecordMachine {
   protected:
     // A store with a current certificate.
     std::unique_ptr<SQLCertificate> MakeRead() {
@@ -35,9 +35,9 @@ TEST_F(SqlCertificate, ANewMachineGetsItsFolderAndItsFile) {
         const SQLCertificate store;
         EXPECT_EQ(store.GetKey(), "");
     }
-    EXPECT_EQ(Lines(), (Texts{"CreateDirectoryW path = C:\\ProgramData\\Velmar, result = TRUE",
-                              "SqlDatabasePath result = C:\\ProgramData\\Velmar\\qzc13.db)",
-                              "TableList failed "}));
+    EXPECT_EQ(Lines(), (TextList{"CreateDirectoryW path = C:\\ProgramData\\Velmar, result = TRUE",
+                                 "SqlDatabasePath result = C:\\ProgramData\\Velmar\\qzc13.db)",
+                                 "TableList failed "}));
     EXPECT_EQ(ReadHostFile(DatabaseFile()), "");
     const auto mode = [](const std::filesystem::path& path) {
         return std::filesystem::status(path).permissions() & std::filesystem::perms::all;
@@ -48,16 +48,17 @@ TEST_F(SqlCertificate, ANewMachineGetsItsFolderAndItsFile) {
     // Nothing so far has taken a database library, and no later construction says anything.
     SQLCertificate store;
     EXPECT_FALSE(store.TableExist("c:\\certs\\a.qzc"));
-    Texts keys = {"before"};
+    TextList keys = {"before"};
     EXPECT_FALSE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(keys, Texts());
+    EXPECT_EQ(keys, TextList());
     EXPECT_FALSE(HasLoaded("sqlcipher"));
-    EXPECT_EQ(Lines(), (Texts{"TableExist failed, path: c:\\certs\\a.qzc ", "TableList failed "}));
+    EXPECT_EQ(Lines(),
+              (TextList{"TableExist failed, path: c:\\certs\\a.qzc ", "TableList failed "}));
 
     const std::string key = AddCertificate("a.qzc", "Name = a\n");
     EXPECT_TRUE(store.Read(key.c_str(), kKey, false));
     EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(keys, Texts{key});
+    EXPECT_EQ(keys, TextList{key});
     EXPECT_EQ(store.GetKey(), key);
 }
 
@@ -84,10 +85,10 @@ TEST_F(SqlCertificate, Fields) {
     EXPECT_EQ(store->GetFieldEnumAsValueNumber("Size", 2), 20);
     store->GetFieldVocabAsText("Languages", &text);
     EXPECT_EQ(text, "English,German,French");
-    Texts values = {"before"};
+    TextList values = {"before"};
     store->GetFieldVocabAsVector("Size", &values);
-    EXPECT_EQ(values, (Texts{"", "1", "20"}));
-    EXPECT_EQ(Lines(), Texts());
+    EXPECT_EQ(values, (TextList{"", "1", "20"}));
+    EXPECT_EQ(Lines(), TextList());
 }
 
 // Every field operation, with what it writes for a field without a row and for an object without a
@@ -97,7 +98,7 @@ TEST_F(SqlCertificate, FailureLines) {
     const struct {
         const char* what;
         std::function<Result(SQLCertificate&, const char* name)> run;
-        Texts lines;
+        TextList lines;
         Result left;
     } cases[] = {
         {"GetFieldAsText",
@@ -124,7 +125,7 @@ TEST_F(SqlCertificate, FailureLines) {
          "0"},
         {"GetFieldAsVector",
          [](SQLCertificate& store, const char* name) {
-             Texts values = {"before"};
+             TextList values = {"before"};
              store.GetFieldAsVector(name, &values);
              return std::to_string(values.size());
          },
@@ -181,35 +182,37 @@ TEST_F(SqlCertificate, FailureLinesOfOperationsThatCallOthers) {
     const auto read = MakeRead();
     SQLCertificate none;
     EXPECT_EQ(read->GetFieldEnumAsValueNumber("Size", 3), 0);
-    EXPECT_EQ(Lines(), Texts{"GetFieldEnumAsValueText failed, FieldName: Size , FieldEnum: 3"});
+    EXPECT_EQ(Lines(), TextList{"GetFieldEnumAsValueText failed, FieldName: Size , FieldEnum: 3"});
     EXPECT_EQ(none.GetFieldEnumAsValueNumber("Size", 3), 0);
-    EXPECT_EQ(Lines(), Texts{"GetFieldEnumAsValueNumber failed, FieldName: Size , FieldEnum: 3"});
-    Texts values = {"before"};
+    EXPECT_EQ(Lines(),
+              TextList{"GetFieldEnumAsValueNumber failed, FieldName: Size , FieldEnum: 3"});
+    TextList values = {"before"};
     none.GetFieldVocabAsVector("Size", &values);
-    EXPECT_EQ(Lines(), Texts{"GetFieldVocabAsVector failed, FieldName: Size "});
-    EXPECT_EQ(values, Texts{"before"});
+    EXPECT_EQ(Lines(), TextList{"GetFieldVocabAsVector failed, FieldName: Size "});
+    EXPECT_EQ(values, TextList{"before"});
     read->GetFieldVocabAsVector("Absent", &values);
-    EXPECT_EQ(Lines(), Texts{"GetFieldAsVector failed, FieldName: Absent"});
-    EXPECT_EQ(values, Texts());
+    EXPECT_EQ(Lines(), TextList{"GetFieldAsVector failed, FieldName: Absent"});
+    EXPECT_EQ(values, TextList());
     for (const std::int32_t number : {0, -1, 3}) {
         std::string text = "before";
         read->GetFieldEnumAsValueText("Size", number, &text);
         EXPECT_EQ(text, "before");
-        EXPECT_EQ(Lines(), Texts{"GetFieldEnumAsValueText failed, FieldName: Size , FieldEnum: " +
-                                 std::to_string(number)});
+        EXPECT_EQ(Lines(),
+                  TextList{"GetFieldEnumAsValueText failed, FieldName: Size , FieldEnum: " +
+                           std::to_string(number)});
     }
     EXPECT_EQ(read->GetFieldValueAsEnum("Size", "2"), 0u);
-    EXPECT_EQ(Lines(), Texts{"GetFieldValueAsEnum failed, FieldName: Size , FieldValue: 2"});
+    EXPECT_EQ(Lines(), TextList{"GetFieldValueAsEnum failed, FieldName: Size , FieldValue: 2"});
     EXPECT_EQ(none.SetFieldAsText("Size", "2"), 0);
     EXPECT_EQ(none.SetFieldAsNumber("Size", 3), 0);
     EXPECT_EQ(read->SetFieldAsText("It's", "v"), 0);
     EXPECT_EQ(read->SetFieldAsText("Size", "it's"), 0);
     EXPECT_EQ(read->SetFieldAsText(std::string("Size"), std::string("a\0b", 3)), 0);
-    EXPECT_EQ(Lines(), (Texts{"SetFieldAsText failed, FieldName: Size , FieldValue: 2",
-                              "SetFieldAsText failed, FieldName: Size , FieldValue: 3",
-                              "SetFieldAsText failed, FieldName: It's , FieldValue: v",
-                              "SetFieldAsText failed, FieldName: Size , FieldValue: it's",
-                              "SetFieldAsText failed, FieldName: Size , FieldValue: a"}));
+    EXPECT_EQ(Lines(), (TextList{"SetFieldAsText failed, FieldName: Size , FieldValue: 2",
+                                 "SetFieldAsText failed, FieldName: Size , FieldValue: 3",
+                                 "SetFieldAsText failed, FieldName: It's , FieldValue: v",
+                                 "SetFieldAsText failed, FieldName: Size , FieldValue: it's",
+                                 "SetFieldAsText failed, FieldName: Size , FieldValue: a"}));
 }
 
 TEST_F(SqlCertificate, NullArgumentsAreFailures) {
@@ -235,7 +238,7 @@ TEST_F(SqlCertificate, WrittenFieldsShowAtTheNextRead) {
     EXPECT_EQ(store->SetFieldAsNumber("Number", -7), 1);
     EXPECT_EQ(ReadField(*store, "New"), "");
     EXPECT_EQ(ReadNumber(*store, "Number"), 42);
-    EXPECT_EQ(Lines(), Texts{"GetFieldAsText failed, FieldName: New"});
+    EXPECT_EQ(Lines(), TextList{"GetFieldAsText failed, FieldName: New"});
     ASSERT_TRUE(store->Read(store->GetKey().c_str(), kKey, false));
     EXPECT_EQ(ReadField(*store, "New"), "v");
     EXPECT_EQ(ReadNumber(*store, "Number"), -7);
@@ -285,16 +288,16 @@ TEST_F(SqlCertificate, ApostrophesNeverReachTheDatabase) {
         SQLCertificate certificate;
         Lines();
         EXPECT_FALSE(certificate.Read(key.c_str(), kKey, false)) << key;
-        const Texts lines = Lines();
+        const TextList lines = Lines();
         EXPECT_EQ(lines.back(), "Read failed, path: " + key + " ");
         EXPECT_EQ(lines.size(), key.find('\'') != std::string::npos ? 2u : 1u);
         EXPECT_EQ(certificate.GetKey(), "");
     }
-    Texts keys;
+    TextList keys;
     EXPECT_TRUE(store->TableList(&keys));
-    EXPECT_EQ(keys, Texts{store->GetKey()});
+    EXPECT_EQ(keys, TextList{store->GetKey()});
     store->DeleteRecord(cases[3].c_str());
-    EXPECT_EQ(Lines(), Texts{"TableExist failed, path: " + cases[3] + " "});
+    EXPECT_EQ(Lines(), TextList{"TableExist failed, path: " + cases[3] + " "});
     EXPECT_TRUE(store->TableExist(store->GetKey().c_str()));
 }
 
@@ -304,13 +307,13 @@ TEST_F(SqlCertificate, RecordsOfFilesThatAreGoneAreDropped) {
     ASSERT_EQ(RunRecordHost(3).output, "ok\n");
     std::filesystem::remove(DriveC() / "certs/product0.qzc");
     std::filesystem::remove(DriveC() / "certs/product2.qzc");
-    Texts keys;
+    TextList keys;
     EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(keys, Texts{"c:\\certs\\product1.qzc"});
+    EXPECT_EQ(keys, TextList{"c:\\certs\\product1.qzc"});
     // One pass a process: what goes later stays.
     std::filesystem::remove(DriveC() / "certs/product1.qzc");
     EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(keys, Texts{"c:\\certs\\product1.qzc"});
+    EXPECT_EQ(keys, TextList{"c:\\certs\\product1.qzc"});
 }
 
 }  // namespace

@@ -19,7 +19,7 @@
 #include "support/test_machine.h"
 #include "trace/UTrace.h"
 
-class CatalogueMachine : public testing::Test {
+class RecordMachine : public testing::Test {
   protected:
     void SetUp() override {
         WriteRegistry(
@@ -86,4 +86,4 @@ class CatalogueMachine : public testing::Test {
     CLibraryUtils::SmartComInitializer apartment_;
 };
 
-using Texts = std::vector<std::string>;
+using TextList = std::vector<std::string>;
