@@ -63,10 +63,15 @@ target_link_libraries(text_reader PRIVATE brevikplatform)
 add_executable(record_host fixtures/record_host.cpp)
 target_link_libraries(record_host PRIVATE brevikcore)
 target_include_directories(record_host PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
+add_executable(plain_sqlite_host fixtures/plain_sqlite_host.cpp)
+target_link_libraries(plain_sqlite_host PRIVATE brevikcore PkgConfig::SQLITE)
 if(TARGET test_catalogue)
     target_compile_definitions(test_catalogue PRIVATE
-        BREVIK_TEST_READER="$<TARGET_FILE:text_reader>")
-    add_dependencies(test_catalogue text_reader record_host)
+        BREVIK_TEST_READER="$<TARGET_FILE:text_reader>"
+        $<$<BOOL:${BREVIK_SANITIZE}>:BREVIK_TEST_SANITIZED>)
+    add_dependencies(test_catalogue text_reader record_host plain_sqlite_host plain_library)
 endif()
 
 # The reader component, and the keys that it tests files against here.
