@@ -74,8 +74,10 @@ if(TARGET test_catalogue)
     target_compile_definitions(test_catalogue PRIVATE
         BREVIK_TEST_READER="$<TARGET_FILE:text_reader>"
         BREVIK_TEST_CATALOGUE_PROBE="$<TARGET_FILE:catalogue_probe>"
-        BREVIK_TEST_HOST="$<TARGET_FILE:export_host>"
-        $<$<BOOL:${BREVIK_SANITIZE}>:BREVIK_TEST_SANITIZED>)
+        BREVIK_TEST_HOST="$<TARGET_FILE:export_host>")
+    if(BREVIK_SANITIZE)
+        target_compile_definitions(test_catalogue PRIVATE BREVIK_TEST_SANITIZED)
+    endif()
     add_dependencies(test_catalogue text_reader record_host catalogue_probe plain_sqlite_host
                      plain_library export_host)
 endif()

@@ -1,11 +1,24 @@
 // What the catalogue says about one product.
 
+#include <cstdlib>
+
 #include "catalogue/CVelmarProductCertifier.h"
 #include "catalogue/CatalogueQueries.h"
 #include "catalogue/ReadProductLanguage.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "catalogue/SplitRegistryPath.h"
 #include "support/catalogue_test.h"
+
+namespace {
+
+bool is_memory_short = false;
+
+}  // namespace
+
+// In place of the platform's, for this program.
+void* brevik::platform::CoTaskMemAlloc(std::size_t size) {
+    return is_memory_short ? nullptr : std::malloc(size);
+}
 
 namespace {
 
@@ -224,6 +237,25 @@ TEST_F(Certifier, ValidatedCertificateComesWithItsUser) {
     ASSERT_NE(store, nullptr);
     EXPECT_EQ(store->GetKey(), "c:\\g.qzc");
     EXPECT_EQ(N(guid) + N(usedBy), "{G}{user}");
+}
+
+TEST_F(Certifier, QueryWithoutMemoryLeavesItsOutArguments) {
+    Install("{G}", "C:\\g.qzc", "Mixer", "x = y\n");
+    void* value = &value;
+    std::uint32_t size = 9;
+    char list[] = "before";
+    char* guids = list;
+    is_memory_short = true;
+    EXPECT_FALSE(CatalogueQueries::CertificateItemValue("{G}", "x", &value, &size));
+    EXPECT_FALSE(CatalogueQueries::CertificateItemValueByProdName("Mixer", "x", &value, &size));
+    EXPECT_EQ(CatalogueQueries::GetLocalGUIDs(&guids), 0);
+    EXPECT_EQ(value, static_cast<void*>(&value));
+    EXPECT_EQ(size, 9u);
+    EXPECT_EQ(guids, list);
+    is_memory_short = false;
+    EXPECT_TRUE(CatalogueQueries::CertificateItemValue("{G}", "x", &value, &size));
+    EXPECT_STREQ(static_cast<const char*>(value), "y");
+    CoTaskMemFree(value);
 }
 
 TEST(SplitRegistryPath, KnowsNineRootsByTheirExactNames) {
