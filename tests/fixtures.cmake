@@ -66,12 +66,20 @@ target_link_libraries(record_host PRIVATE brevikcore)
 target_include_directories(record_host PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 add_executable(catalogue_probe fixtures/catalogue_probe.cpp)
 target_link_libraries(catalogue_probe PRIVATE brevikcore)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
+add_executable(plain_sqlite_host fixtures/plain_sqlite_host.cpp)
+target_link_libraries(plain_sqlite_host PRIVATE brevikcore PkgConfig::SQLITE)
 if(TARGET test_catalogue)
     target_compile_definitions(test_catalogue PRIVATE
         BREVIK_TEST_READER="$<TARGET_FILE:text_reader>"
         BREVIK_TEST_CATALOGUE_PROBE="$<TARGET_FILE:catalogue_probe>"
         BREVIK_TEST_HOST="$<TARGET_FILE:export_host>")
-    add_dependencies(test_catalogue text_reader record_host catalogue_probe export_host)
+    if(BREVIK_SANITIZE)
+        target_compile_definitions(test_catalogue PRIVATE BREVIK_TEST_SANITIZED)
+    endif()
+    add_dependencies(test_catalogue text_reader record_host catalogue_probe plain_sqlite_host
+                     plain_library export_host)
 endif()
 
 # The reader component, and the keys that it tests files against here.

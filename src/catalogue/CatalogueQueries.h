@@ -12,12 +12,13 @@
 namespace CatalogueQueries {
 
 // The first value of an item of the first certificate with this GUID, byte for byte, as narrow text
-// with its NUL; `size` receives its bytes. A certificate without the item gives the empty text. False
-// without such a certificate, or when there is no memory for the block.
+// with its NUL; `size` receives its bytes. A certificate without the item gives the empty text.
+// False without such a certificate, or when there is no memory for the block.
 bool CertificateItemValue(const std::string& installerGuid, const std::string& identifier,
                           void** value, std::uint32_t* size);
 
-// The same for the first certificate of a product name, without regard to the case of ASCII letters.
+// The same for the first certificate of a product name, without regard to the case of ASCII
+// letters.
 bool CertificateItemValueByProdName(const std::string& productName, const std::string& identifier,
                                     void** value, std::uint32_t* size);
 

@@ -70,6 +70,7 @@ std::string Narrow(BSTR text) {
 
 }  // namespace
 
+CALLS_FOREIGN_OBJECTS
 std::string ReadCertificateFile(const std::string& path, const std::string& verificationKey) {
     const ScopedReader reader;
     const ScopedText pathText(path);

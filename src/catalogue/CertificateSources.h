@@ -26,9 +26,9 @@ HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files);
 // walked to its end gives none.
 HRESULT GetCertificatesFolderPath(const FilePath& folder, std::vector<FileSpec>* files);
 
-// The paths and GUIDs of the registry, two lists of equal length, in the order of the sub keys: each
-// sub key's path, then those of its own sub keys with the same GUID. An entry without a readable
-// path is passed over.
+// The paths and GUIDs of the registry, two lists of equal length, in the order of the sub keys:
+// each sub key's path, then those of its own sub keys with the same GUID. An entry without a
+// readable path is passed over.
 HRESULT GetCertificatePathsFromRegistry(Utf8StringList* paths, Utf8StringList* guids);
 
 }  // namespace CertificateSources

@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <mutex>
+#include <utility>
 
 #include "catalogue/CertificateImport.h"
 #include "catalogue/ImmediateTransaction.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <mutex>
 
 #include "catalogue/ImmediateTransaction.h"

@@ -77,8 +77,8 @@ std::uint32_t LangManager::GetLang(const LANGID* langIds, std::uint32_t count, L
     return 0;
 }
 
-std::uint32_t LangManager::GetLang(const char* const* codes, std::uint32_t count,
-                                   LANGID* selected, InstalledLanguage find) const {
+std::uint32_t LangManager::GetLang(const char* const* codes, std::uint32_t count, LANGID* selected,
+                                   InstalledLanguage find) const {
     if (codes == nullptr || count == 0) {
         return 1;
     }

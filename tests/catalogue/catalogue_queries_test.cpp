@@ -1,15 +1,28 @@
 // What the catalogue says about one product.
 
+#include <cstdlib>
+
 #include "catalogue/CVelmarProductCertifier.h"
 #include "catalogue/CatalogueQueries.h"
 #include "catalogue/ReadProductLanguage.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
-#include "registry/SplitRegistryPath.h"
+#include "catalogue/SplitRegistryPath.h"
 #include "support/catalogue_test.h"
 
 namespace {
 
-using namespace CatalogueMachine;
+bool is_memory_short = false;
+
+}  // namespace
+
+// In place of the platform's, for this program.
+void* brevik::platform::CoTaskMemAlloc(std::size_t size) {
+    return is_memory_short ? nullptr : std::malloc(size);
+}
+
+namespace {
+
+using namespace InstalledProducts;
 
 class Certifier : public CatalogueTest {
   protected:
@@ -44,10 +57,25 @@ TEST_F(Certifier, ItemIsReadAsASwitch) {
         std::int32_t before;
         std::int32_t after;
     } rows[] = {
-        {"zero", -1, 0}, {"one", -1, 1},  {"seven", -1, 1}, {"below", -1, 1},   {"word", -1, 0},
-        {"late", -1, 0}, {"list", -1, 0}, {"none", -1, -1}, {"none", 0, 0},     {"one", 0, 1},
-        {"zero", 1, 1},  {"zero", 5, 5},  {"Suite", -1, 1}, {"Mixer", -1, 1},   {"Mixer", 0, 1},
-        {"0", -1, 1},    {"", -1, -1},    {"suite", -1, -1}, {"QDR_ProductName", -1, 0},
+        {"zero", -1, 0},
+        {"one", -1, 1},
+        {"seven", -1, 1},
+        {"below", -1, 1},
+        {"word", -1, 0},
+        {"late", -1, 0},
+        {"list", -1, 0},
+        {"none", -1, -1},
+        {"none", 0, 0},
+        {"one", 0, 1},
+        {"zero", 1, 1},
+        {"zero", 5, 5},
+        {"Suite", -1, 1},
+        {"Mixer", -1, 1},
+        {"Mixer", 0, 1},
+        {"0", -1, 1},
+        {"", -1, -1},
+        {"suite", -1, -1},
+        {"QDR_ProductName", -1, 0},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(Switch(row.name, row.before, store), row.after)
@@ -147,9 +175,9 @@ TEST_F(Certifier, SeveralCertificatesOfOneProductFeedOneRecord) {
     EXPECT_EQ(info.dialogWidth, 640);
     EXPECT_EQ(info.dialogHeight, 480);
 
-    for (const char* stranger : {"QDR_ProductID = 43\nVector Location = here\n",
-                                 "QDR_ProductID = 42\nVector Location = there\n",
-                                 "Vector Location = here\n"}) {
+    for (const char* stranger :
+         {"QDR_ProductID = 43\nVector Location = here\n",
+          "QDR_ProductID = 42\nVector Location = there\n", "Vector Location = here\n"}) {
         certifier_.CollectProductInfo(
             *Store(stranger + std::string("SKUName = Stranger\nQDR_DialogWidth = 9999\n")), &info,
             U("Stranger"), U("{3}"), {});
@@ -209,6 +237,25 @@ TEST_F(Certifier, ValidatedCertificateComesWithItsUser) {
     ASSERT_NE(store, nullptr);
     EXPECT_EQ(store->GetKey(), "c:\\g.qzc");
     EXPECT_EQ(N(guid) + N(usedBy), "{G}{user}");
+}
+
+TEST_F(Certifier, QueryWithoutMemoryLeavesItsOutArguments) {
+    Install("{G}", "C:\\g.qzc", "Mixer", "x = y\n");
+    void* value = &value;
+    std::uint32_t size = 9;
+    char list[] = "before";
+    char* guids = list;
+    is_memory_short = true;
+    EXPECT_FALSE(CatalogueQueries::CertificateItemValue("{G}", "x", &value, &size));
+    EXPECT_FALSE(CatalogueQueries::CertificateItemValueByProdName("Mixer", "x", &value, &size));
+    EXPECT_EQ(CatalogueQueries::GetLocalGUIDs(&guids), 0);
+    EXPECT_EQ(value, static_cast<void*>(&value));
+    EXPECT_EQ(size, 9u);
+    EXPECT_EQ(guids, list);
+    is_memory_short = false;
+    EXPECT_TRUE(CatalogueQueries::CertificateItemValue("{G}", "x", &value, &size));
+    EXPECT_STREQ(static_cast<const char*>(value), "y");
+    CoTaskMemFree(value);
 }
 
 TEST(SplitRegistryPath, KnowsNineRootsByTheirExactNames) {

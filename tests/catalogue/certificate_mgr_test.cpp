@@ -1,4 +1,5 @@
-// The list of certificates: where they come from, in which order they stand, and how they are found.
+// The list of certificates: where they come from, in which order they stand, and how they are
+// found.
 
 #include <sys/stat.h>
 
@@ -13,7 +14,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using namespace CatalogueMachine;
+using namespace InstalledProducts;
 
 using Texts = std::vector<std::string>;
 
@@ -39,8 +40,8 @@ TEST_F(CertificateMgr, EntriesBelowAnEntryBelongToItsGuid) {
     Install("{A}\\z", "C:\\a z.qzc", "A");
     Install("{A}\\b", "C:\\a b.qzc", "A");
     Install("{A}\\b\\deeper", "C:\\deeper.qzc", "A");
-    EXPECT_EQ(Lines(manager_), (Texts{"c:\\a.qzc {A}", "c:\\a b.qzc {A}", "c:\\a z.qzc {A}",
-                                      "c:\\b.qzc {B}"}));
+    EXPECT_EQ(Lines(manager_),
+              (Texts{"c:\\a.qzc {A}", "c:\\a b.qzc {A}", "c:\\a z.qzc {A}", "c:\\b.qzc {B}"}));
 }
 
 TEST_F(CertificateMgr, EntriesWithoutAReadablePathArePassedOver) {
@@ -93,9 +94,12 @@ TEST_F(CertificateMgr, FirstMatchWinsInEveryLookup) {
         const char* path;
         const char* parent;
     } names[] = {
-        {"Writer", "c:\\1.qzc", "Suite"}, {"wRITER", "c:\\1.qzc", "Suite"},
-        {"pen", "c:\\1.qzc", "Suite"},    {"READER", "c:\\2.qzc", "Other"},
-        {"Mixer", "c:\\3.qzc", ""},       {"Writ", "", ""},
+        {"Writer", "c:\\1.qzc", "Suite"},
+        {"wRITER", "c:\\1.qzc", "Suite"},
+        {"pen", "c:\\1.qzc", "Suite"},
+        {"READER", "c:\\2.qzc", "Other"},
+        {"Mixer", "c:\\3.qzc", ""},
+        {"Writ", "", ""},
         {"", "", ""},
     };
     for (const auto& row : names) {
@@ -273,8 +277,8 @@ TEST_F(CertificateMgr, FoldersOfHostAndParentAreScanned) {
     PutCertificate("C:\\Program\\p.qzc", "N = p\n");
     fs::copy_file(BREVIK_TEST_HOST, HostPath("C:\\Launcher\\start"));
     fs::copy_file(BREVIK_TEST_CATALOGUE_PROBE, HostPath("C:\\Program\\probe"));
-    const ChildResult result = RunChild({HostPath("C:\\Launcher\\start"), "start",
-                                         HostPath("C:\\Program\\probe"), "3"});
+    const ChildResult result =
+        RunChild({HostPath("C:\\Launcher\\start"), "start", HostPath("C:\\Program\\probe"), "3"});
     EXPECT_EQ(result.output, "c:\\program\\p.qzc \nc:\\launcher\\l.qzc \n");
     EXPECT_EQ(RunChild({HostPath("C:\\Program\\probe"), "0"}).output,
               "c:\\program\\p.qzc \nc:\\launcher\\l.qzc \n");  // in the database by now

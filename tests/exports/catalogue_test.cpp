@@ -9,13 +9,13 @@
 #include <thread>
 #include <vector>
 
-#include "support/catalogue_machine.h"
 #include "support/child_process.h"
+#include "support/installed_products.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using namespace CatalogueMachine;
+using namespace InstalledProducts;
 
 class CatalogueExports : public testing::Test {
   protected:
@@ -133,8 +133,7 @@ TEST_F(CatalogueExports, FirstCallsOfManyThreadsAtOnceAllAnswer) {
             const std::string name = std::to_string(i % 5);
             void* value = nullptr;
             std::uint32_t size = 0;
-            EXPECT_EQ(
-                bvkc_CertificateItemValue(("{" + name + "}").c_str(), "x", &value, &size), 1);
+            EXPECT_EQ(bvkc_CertificateItemValue(("{" + name + "}").c_str(), "x", &value, &size), 1);
             EXPECT_EQ(std::string(static_cast<const char*>(value), size), name + '\0');
             brevik_CoTaskMemFree(value);
         });

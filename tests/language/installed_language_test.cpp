@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace CatalogueMachine;
+using namespace InstalledProducts;
 
 class InstalledLanguage : public CatalogueTest {
   protected:

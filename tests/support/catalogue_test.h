@@ -9,8 +9,8 @@
 
 #include "catalogue/CBrevikKitCertificateMgr.h"
 #include "platform/component_model.h"
-#include "support/catalogue_machine.h"
 #include "support/debug_output.h"
+#include "support/installed_products.h"
 #include "trace/UTrace.h"
 
 inline Utf8String U(const std::string& text) {
@@ -47,7 +47,7 @@ inline std::ptrdiff_t CountOf(const std::string& part, const std::string& text) 
 class CatalogueTest : public testing::Test {
   protected:
     CatalogueTest() {
-        CatalogueMachine::RegisterReader(BREVIK_TEST_READER_COMPONENT);
+        InstalledProducts::RegisterReader(BREVIK_TEST_READER_COMPONENT);
         UTrace::Initialize();
         UTrace::SetLevel(4);
         EXPECT_EQ(CoInitialize(nullptr), S_OK);

@@ -1,7 +1,5 @@
 #include "catalogue.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -9,6 +7,7 @@
 #include <vector>
 
 #include "catalogue/CBrevikKitCertificateMgr.h"
+#include "catalogue_access.h"
 #include "language/LangManager.h"
 #include "modules/SmartComInitializer.h"
 #include "terminal.h"
@@ -25,21 +24,12 @@ struct Options {
     bool json = false;
 };
 
-std::string Quoted(const std::string& text) {
-    return "'" + SafeText(text) + "'";
-}
-
-// A value that goes to a file or another program is given as it is.
-void Print(const std::string& value) {
-    std::printf("%s\n", isatty(STDOUT_FILENO) == 1 ? SafeText(value).c_str() : value.c_str());
-}
-
 SharedHandle<CCertificateReference> FindCertificate(const Options& options) {
     CBrevikKitCertificateMgr manager;
+    LoadCatalogue(manager);
     const bool byGuid = !options.guid.empty();
-    const auto found = byGuid
-                           ? manager.GetCertificateReferenceByGUID(NarrowToUtf8(options.guid))
-                           : manager.GetValidCertificateReference(NarrowToUtf8(options.product));
+    const auto found = byGuid ? manager.GetCertificateReferenceByGUID(NarrowToUtf8(options.guid))
+                              : manager.GetValidCertificateReference(NarrowToUtf8(options.product));
     if (found == nullptr) {
         throw std::runtime_error(
             byGuid ? "no certificate has the GUID " + Quoted(options.guid) +
@@ -60,7 +50,7 @@ void Item(const Options& options) {
                                  "; an application gets the empty text"
                                  "\nbrevikctl certificate show lists what a certificate says.");
     }
-    Print(ReadField(*certificate->GetStore(), options.item));
+    PrintLine(ReadField(*certificate->GetStore(), options.item));
 }
 
 std::vector<std::string> NamesOf(const CCertificateReference& certificate) {
@@ -89,8 +79,7 @@ std::string ToJson(const CCertificateReference& certificate) {
 void Guids(const Options& options) {
     const CLibraryUtils::SmartComInitializer apartment;
     CBrevikKitCertificateMgr manager;
-    CertificateReferences certificates;
-    manager.GetCertificateList(&certificates);
+    const CertificateReferences certificates = LoadCatalogue(manager);
     if (certificates.empty()) {
         std::fprintf(stderr, "brevikctl: no product is installed on the machine\n");
     } else if (options.json) {
@@ -115,7 +104,8 @@ void Language(const Options& options) {
     LANGID selected = 0;
     if (!options.ids.empty()) {
         const std::vector<LANGID> ids(options.ids.begin(), options.ids.end());
-        LangManager::GetLang(ids.data(), static_cast<std::uint32_t>(ids.size()), &selected);
+        LangManager::GetLang(ids.data(), static_cast<std::uint32_t>(ids.size()), &selected,
+                             &FindInstalledLanguageOrNone);
     } else {
         std::vector<const char*> codes;
         for (const std::string& code : options.codes) {
@@ -125,10 +115,11 @@ void Language(const Options& options) {
                              Quoted(code).c_str());
             }
         }
-        languages.GetLang(codes.data(), static_cast<std::uint32_t>(codes.size()), &selected);
+        languages.GetLang(codes.data(), static_cast<std::uint32_t>(codes.size()), &selected,
+                          &FindInstalledLanguageOrNone);
     }
     const std::string code = languages.GetCodeFromLangId(selected);
-    const LANGID installed = FindInstalledLanguage();
+    const LANGID installed = FindInstalledLanguageOrNone();
     if (options.json) {
         std::printf("{\"id\":%d,\"code\":%s,\"installed\":%d}\n", selected,
                     code.empty() ? "null" : JsonString(code).c_str(), installed);

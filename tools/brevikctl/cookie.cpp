@@ -17,6 +17,7 @@
 #include "platform/posix/machine.h"
 #include "platform/posix/shared_text_file.h"
 #include "terminal.h"
+#include "text_argument.h"
 #include "text_table.h"
 
 namespace {
@@ -32,32 +33,15 @@ struct Options {
 // The library answers this where there is no value.
 constexpr const char* kMissing = "-1";
 
-std::u16string Wide(const std::string& text) {
-    std::u16string wide = WideFromUtf8(text);
-    if (Utf8FromWide(wide) != text) {
-        throw std::runtime_error("'" + SafeText(text) + "' is no UTF-8 text");
-    }
-    return wide;
-}
-
-std::string Quoted(const std::string& text) {
-    return "'" + SafeText(text) + "'";
-}
-
 std::string Place(const Options& options) {
     return "in the cookie " + Quoted(options.cookie) + " of " + Quoted(options.domain);
 }
 
-// A value that goes to a file or another program is given as it is.
-void Print(const std::string& value) {
-    std::printf("%s\n", isatty(STDOUT_FILENO) == 1 ? SafeText(value).c_str() : value.c_str());
-}
-
 void Get(const Options& options) {
     bvkc_wchar* block = nullptr;
-    const std::int32_t result =
-        bvkc_VCM_ReadCookieValue(Wide(options.domain).c_str(), Wide(options.cookie).c_str(),
-                                 Wide(options.key).c_str(), &block);
+    const std::int32_t result = bvkc_VCM_ReadCookieValue(WideArgument(options.domain).c_str(),
+                                                         WideArgument(options.cookie).c_str(),
+                                                         WideArgument(options.key).c_str(), &block);
     const std::string value = block == nullptr ? "" : Utf8FromWide(block);
     CoTaskMemFree(block);
     if (result != 0) {
@@ -69,7 +53,7 @@ void Get(const Options& options) {
                                  "\nTry: brevikctl cookie list --domain " +
                                  SafeText(options.domain));
     }
-    Print(value);
+    PrintLine(value);
 }
 
 // Throws where the machine has no place for the user's cookies.
@@ -126,9 +110,9 @@ std::string StoreTrouble(const Options& options) {
 }
 
 void Set(const Options& options) {
-    const std::int32_t result =
-        bvkc_VCM_WriteCookieValue(Wide(options.domain).c_str(), Wide(options.cookie).c_str(),
-                                  Wide(options.key).c_str(), Wide(options.value).c_str());
+    const std::int32_t result = bvkc_VCM_WriteCookieValue(
+        WideArgument(options.domain).c_str(), WideArgument(options.cookie).c_str(),
+        WideArgument(options.key).c_str(), WideArgument(options.value).c_str());
     if (result == 0) {
         return;
     }

@@ -32,6 +32,8 @@ void PrintTable(const TextTable& rows) {
         for (std::size_t i = 0; i + 1 < row.size(); ++i) {
             text += row[i] + std::string(widths[i] - Width(row[i]) + 2, ' ');
         }
-        std::printf("%s%s\n", text.c_str(), row.back().c_str());
+        text += row.back();
+        text.resize(text.find_last_not_of(' ') + 1);
+        std::printf("%s\n", text.c_str());
     }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
@@ -81,10 +82,13 @@ void SQLite3WrapperDB::Close() {
     path_.clear();
 }
 
-sqlite3* SQLite3WrapperDB::Connection() {
+void SQLite3WrapperDB::RequireOpen() const {
     if (path_.empty()) {
         throw SQLite3WrapperException(kWrapperError, "Database not open");
     }
+}
+
+sqlite3* SQLite3WrapperDB::Connection() {
     if (db_ == nullptr) {
         Connect();
     }
@@ -109,36 +113,53 @@ bool SQLite3WrapperDB::TableExists(const char* name) {
     }
 }
 
-std::int32_t SQLite3WrapperDB::Execute(const std::string& sql) {
-    sqlite3* const db = Connection();
-    const SqliteLibrary& library = SqliteLibrary::Get();
-    ErrorText error(library);
-    const int result = library.exec(db, sql.c_str(), nullptr, nullptr, error.Out());
-    if (result != kSqliteOk) {
-        throw SQLite3WrapperException(result, error.Get());
+bool SQLite3WrapperDB::KeyAnew(std::int32_t result) {
+    if (result != kSqliteNotADatabase || SqliteLibrary::Get().get_autocommit(db_) == 0) {
+        return false;
     }
-    return library.changes(db);
+    SqliteLibrary::Get().close(std::exchange(db_, nullptr));
+    Connect();
+    return true;
+}
+
+std::int32_t SQLite3WrapperDB::Execute(const std::string& sql) {
+    RequireOpen();
+    const SqliteLibrary& library = SqliteLibrary::Get();
+    for (bool again = false;; again = true) {
+        sqlite3* const db = Connection();
+        ErrorText error(library);
+        const int result = library.exec(db, sql.c_str(), nullptr, nullptr, error.Out());
+        if (result == kSqliteOk) {
+            return library.changes(db);
+        }
+        if (again || !KeyAnew(result)) {
+            throw SQLite3WrapperException(result, error.Get());
+        }
+    }
 }
 
 SharedHandle<SQLite3WrapperQuery> SQLite3WrapperDB::Query(const std::string& sql) {
-    sqlite3* const db = Connection();
+    RequireOpen();
     const SqliteLibrary& library = SqliteLibrary::Get();
+    bool keyedAnew = false;
     for (int preparation = 1;; ++preparation) {
+        sqlite3* const db = Connection();
         sqlite3_stmt* statement = nullptr;
         const char* tail = nullptr;
         const int prepared = library.prepare(db, sql.c_str(), -1, &statement, &tail);
-        if (prepared != kSqliteOk) {
-            throw SQLite3WrapperException(prepared, nullptr);
-        }
-        const int result = library.step(statement);
+        const int result = prepared == kSqliteOk ? library.step(statement) : prepared;
         if (result == kSqliteDone || result == kSqliteRow) {
             return std::make_shared<SQLite3WrapperQuery>(db, statement, result == kSqliteDone,
                                                          true);
         }
-        const int reason = library.finalize(statement);
-        if (reason != kSqliteSchema || preparation == kMostPreparations) {
-            throw SQLite3WrapperException(reason, library.errmsg(db));
+        const int reason = prepared == kSqliteOk ? library.finalize(statement) : prepared;
+        const SQLite3WrapperException failure(reason,
+                                              prepared == kSqliteOk ? library.errmsg(db) : nullptr);
+        const bool changed = reason == kSqliteSchema && preparation < kMostPreparations;
+        if (!changed && (keyedAnew || !KeyAnew(reason))) {
+            throw failure;
         }
+        keyedAnew = keyedAnew || !changed;
     }
 }
 
@@ -157,18 +178,24 @@ SharedHandle<SQLite3WrapperTable> SQLite3WrapperDB::LoadTable(const std::string&
 }
 
 SharedHandle<SQLite3WrapperTable> SQLite3WrapperDB::LoadResult(const std::string& sql) {
-    sqlite3* const db = Connection();
+    RequireOpen();
     const SqliteLibrary& library = SqliteLibrary::Get();
-    ErrorText error(library);
-    char** results = nullptr;
-    int rows = 0;
-    int columns = 0;
-    const int result = library.get_table(db, sql.c_str(), &results, &rows, &columns, error.Out());
-    if (result != kSqliteOk) {
-        throw SQLite3WrapperException(result, error.Get());
+    for (bool again = false;; again = true) {
+        sqlite3* const db = Connection();
+        ErrorText error(library);
+        char** results = nullptr;
+        int rows = 0;
+        int columns = 0;
+        const int result =
+            library.get_table(db, sql.c_str(), &results, &rows, &columns, error.Out());
+        if (result == kSqliteOk) {
+            return std::make_shared<SQLite3WrapperTable>(
+                SQLite3WrapperResults(results, library.free_table), rows, columns);
+        }
+        if (again || !KeyAnew(result)) {
+            throw SQLite3WrapperException(result, error.Get());
+        }
     }
-    return std::make_shared<SQLite3WrapperTable>(SQLite3WrapperResults(results, library.free_table),
-                                                 rows, columns);
 }
 
 void SQLite3WrapperDB::SetBusyTimeout(std::int32_t milliseconds) {

@@ -56,9 +56,18 @@ class SQLite3WrapperDB {
     void SetBusyTimeout(std::int32_t milliseconds);
 
   private:
-    // The open connection, made here where it has been put off.
+    void RequireOpen() const;
+
+    // The open connection, made here where it has been put off. REQUIRES: open.
     sqlite3* Connection();
     void Connect();
+
+    // Connects anew where that may mend a failed statement, which is then to be given once more.
+    //
+    // The cipher takes its salt from the file at the keying, or, from an empty file, makes one up.
+    // Another process may give the file its first bytes, and its own salt, after that; what it
+    // wrote is no database in the eyes of this connection.
+    bool KeyAnew(std::int32_t result);
 
     sqlite3* db_ = nullptr;
     std::int32_t busyTimeoutMs_ = 60000;

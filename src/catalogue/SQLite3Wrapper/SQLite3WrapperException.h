@@ -15,6 +15,7 @@ inline constexpr std::int32_t kSqliteReadOnly = 8;
 inline constexpr std::int32_t kSqliteFull = 13;
 inline constexpr std::int32_t kSqliteCannotOpen = 14;
 inline constexpr std::int32_t kSqliteSchema = 17;
+inline constexpr std::int32_t kSqliteNotADatabase = 26;
 inline constexpr std::int32_t kSqliteRow = 100;
 inline constexpr std::int32_t kSqliteDone = 101;
 

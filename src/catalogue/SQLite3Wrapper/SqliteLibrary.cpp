@@ -53,6 +53,7 @@ std::unique_ptr<SqliteLibrary> Load() {
     loader.Find("sqlite3_get_table", table->get_table);
     loader.Find("sqlite3_free_table", table->free_table);
     loader.Find("sqlite3_changes", table->changes);
+    loader.Find("sqlite3_get_autocommit", table->get_autocommit);
     loader.Find("sqlite3_errmsg", table->errmsg);
     loader.Find("sqlite3_free", table->free);
     return table;

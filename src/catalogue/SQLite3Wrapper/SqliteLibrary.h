@@ -24,6 +24,7 @@ struct SqliteLibrary {
                      char** error);
     void (*free_table)(char** results);
     int (*changes)(sqlite3* db);
+    int (*get_autocommit)(sqlite3* db);
     const char* (*errmsg)(sqlite3* db);
     void (*free)(void* block);
 

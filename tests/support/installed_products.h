@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-namespace CatalogueMachine {
+namespace InstalledProducts {
 
 // Registers the certificate reader component. The first step of every test with certificates.
 void RegisterReader(const std::filesystem::path& library);
@@ -38,4 +38,4 @@ void AddToRegistry(const std::string& text);
 void Install(const std::string& guid, const std::string& path, const std::string& productName,
              const std::string& moreFields = {});
 
-}  // namespace CatalogueMachine
+}  // namespace InstalledProducts

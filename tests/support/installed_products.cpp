@@ -1,4 +1,4 @@
-#include "support/catalogue_machine.h"
+#include "support/installed_products.h"
 
 #include <algorithm>
 #include <fstream>
@@ -7,7 +7,7 @@
 #include "certificate_reader/certificate_file.h"
 #include "support/test_machine.h"
 
-namespace CatalogueMachine {
+namespace InstalledProducts {
 namespace {
 
 namespace fs = std::filesystem;
@@ -111,4 +111,4 @@ void Install(const std::string& guid, const std::string& path, const std::string
     Register(guid, path);
 }
 
-}  // namespace CatalogueMachine
+}  // namespace InstalledProducts

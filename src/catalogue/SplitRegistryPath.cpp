@@ -1,4 +1,4 @@
-#include "registry/SplitRegistryPath.h"
+#include "catalogue/SplitRegistryPath.h"
 
 #include <algorithm>
 #include <string_view>
