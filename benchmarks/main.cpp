@@ -78,7 +78,7 @@ std::vector<Row> Measure() {
                               "libcurl, load of that file", "< 100 us", Under(100 * kMicrosecond)));
     rows.push_back(SubjectRow("cookie write, file of 50 cookies", "cookie-write",
                               "libcurl, flush of that jar", "< 1 ms", Under(kMillisecond)));
-    for (const auto& part : {CatalogueRows()}) {
+    for (const auto& part : {CatalogueRows(), FileRows()}) {
         rows.insert(rows.end(), part.begin(), part.end());
     }
     return rows;

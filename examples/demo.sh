@@ -52,8 +52,8 @@ title "A value in the suite's cookie, where every web client of the user finds i
 brevikctl cookie list
 
 title "What the library says about one call (BREVIK_DEBUG_OUTPUT=-)"
-BREVIK_DEBUG_OUTPUT=- "$build/tools/brevikctl/brevikctl" item --guid "$studio_guid" SKUName 2>&1 |
-    tr -d '\r' | sed -n '/BrevikKitAPI/,$p'
+BREVIK_DEBUG_OUTPUT=- "$programs/studio/studio" "Harbor Player" SKUName 2>&1 |
+    tr -d '\r' | sed -n '/BrevikKitAPI bvkc_CertificateItemValueByProdName/,/return/p'
 
 title "One byte of a certificate is changed, and the database made anew"
 certificate="$programs/studio/studio.qzc"
