@@ -69,8 +69,10 @@ add_executable(plain_sqlite_host fixtures/plain_sqlite_host.cpp)
 target_link_libraries(plain_sqlite_host PRIVATE brevikcore PkgConfig::SQLITE)
 if(TARGET test_catalogue)
     target_compile_definitions(test_catalogue PRIVATE
-        BREVIK_TEST_READER="$<TARGET_FILE:text_reader>"
-        $<$<BOOL:${BREVIK_SANITIZE}>:BREVIK_TEST_SANITIZED>)
+        BREVIK_TEST_READER="$<TARGET_FILE:text_reader>")
+    if(BREVIK_SANITIZE)
+        target_compile_definitions(test_catalogue PRIVATE BREVIK_TEST_SANITIZED)
+    endif()
     add_dependencies(test_catalogue text_reader record_host plain_sqlite_host plain_library)
 endif()
 
