@@ -12,15 +12,19 @@ constexpr const char* kSiblingFolder =
 
 }  // namespace
 
+void PutSibling(const std::filesystem::path& machine) {
+    const std::filesystem::path folder = machine / kSiblingFolder;
+    std::filesystem::create_directories(folder);
+    std::filesystem::copy_file(BENCH_SIBLING, folder / "VelmarHTTPClient13.dll");
+}
+
 BenchMachine::BenchMachine() {
     std::string pattern = (std::filesystem::temp_directory_path() / "brevik-bench-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) {
         throw std::runtime_error("no temporary folder: " + pattern);
     }
     root_ = pattern;
-    const std::filesystem::path folder = root_ / "with-sibling" / kSiblingFolder;
-    std::filesystem::create_directories(folder);
-    std::filesystem::copy_file(BENCH_SIBLING, folder / "VelmarHTTPClient13.dll");
+    PutSibling(root_ / "with-sibling");
     std::filesystem::create_directory(root_ / "without-sibling");
     std::filesystem::create_directory(root_ / "run");
     setenv("XDG_RUNTIME_DIR", (root_ / "run").c_str(), 1);

@@ -4,6 +4,9 @@
 
 #include <filesystem>
 
+// Puts a stand-in for the sibling library into the machine in a folder. Throws on failure.
+void PutSibling(const std::filesystem::path& machine);
+
 class BenchMachine {
   public:
     // Makes the folders, and points the environment of this process and its children at the machine

@@ -35,3 +35,6 @@ Row SubjectRow(const std::string& what, const std::string& subject, const std::s
 // What is promised about files. Makes its trees in the machine that the environment names, and
 // takes them away again.
 std::vector<Row> FileRows();
+
+// What is promised about the catalogue, each on a machine of its own beside that one.
+std::vector<Row> CatalogueRows();

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "catalogue_subjects.h"
 #include "file_subjects.h"
 #include "subjects.h"
 
@@ -28,6 +29,10 @@ constexpr Subject kSubjects[] = {
     {"trace-filter", RegisterTraceFilter},
     {"cookie-read", RegisterCookieRead},
     {"cookie-write", RegisterCookieWrite},
+    {"item-value", RegisterItemValue},
+    {"database-opening", RegisterDatabaseOpening, kLengthy},
+    {"certificate-import", RegisterCertificateImport, kLengthy},
+    {"registry-read", RegisterRegistryRead},
     {"find-files", RegisterFindFiles, kLengthy},
     {"find-growth", RegisterFindGrowth, kLengthy},
     {"file-spec", RegisterFileSpec},

@@ -53,6 +53,14 @@ for file in $(printf '%s\n' $sources | grep '^src/' | grep -v '^src/platform/');
     fi
 done
 
+# Components stand on the platform alone.
+for file in $(printf '%s\n' $sources | grep '^components/'); do
+    own=$(printf '%s' "$file" | cut -d/ -f2)
+    for to in $(sed -n 's|^#include "\([A-Za-z_]*\)/.*"|\1|p' "$file" | sort -u); do
+        [ "$to" = "$own" ] || [ "$to" = platform ] || finding "$file: includes $to"
+    done
+done
+
 # No circle among the headers of a folder.
 for folder in src/*/; do
     edges=$(grep -HoE '^#include "[^"]+\.h"' $(find "$folder" -name '*.h') /dev/null 2>/dev/null |

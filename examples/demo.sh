@@ -1,26 +1,65 @@
 #!/bin/sh
 # Shows the main job on a machine of its own: demo.sh BUILD
 set -eu
-build=$1
+examples=$(cd "$(dirname "$0")" && pwd)
+build=$(cd "$1" && pwd)
 machine=$build/demo-machine
 rm -rf "$machine"
-mkdir -p "$machine"
-BREVIK_MACHINE=$(cd "$machine" && pwd)
+BREVIK_MACHINE=$machine
 export BREVIK_MACHINE
+programs="$machine/drives/c/Program Files/Harbor"
+studio_guid={5D0A7C11-3E42-4C0B-9B1E-61F2A2D40001}
+player_guid={5D0A7C11-3E42-4C0B-9B1E-61F2A2D40002}
+private_key=$examples/../keys/DEVELOPMENT-ONLY-private-key.txt
 
 title() { printf '\n== %s\n' "$*"; }
 brevikctl() {
     printf "$ brevikctl %s\n" "$*"
     "$build/tools/brevikctl/brevikctl" "$@"
 }
+# Commands whose arguments do not matter to the reader.
+quietly() { "$build/tools/brevikctl/brevikctl" "$@" >/dev/null; }
 
-title "A C program asks for its language, and keeps a value in the suite's cookie"
+title "A machine: the folder that holds what Windows keeps about a computer"
+brevikctl machine create
+
+title "Two products are signed and installed, one in German and one in French"
+for product in studio player; do
+    mkdir -p "$programs/$product"
+    cp "$build/examples/product_c" "$programs/$product/$product"
+    quietly certificate sign "$examples/certificates/$product.txt" \
+        --key "$private_key" -o "$machine/$product.qzc"
+done
+quietly certificate install "$machine/studio.qzc" --guid "$studio_guid" --language 1031 \
+    --beside "$programs/studio"
+quietly certificate install "$machine/player.qzc" --guid "$player_guid" --language 1036 \
+    --beside "$programs/player"
+brevikctl certificate list
+
+title "The first program asks who it is, which language to run in, and for an item of the other"
+"$programs/studio/studio" "harbor player" SKUName
+
+title "The same questions from the command line"
+brevikctl item --guid "$studio_guid" QDR_EnhancedProductDisplayName
+brevikctl item --product "Harbor Listener" QDR_DialogWidth
+brevikctl language --ids 1033,1031,1036
+
+title "The database that all programs of the machine share is not readable from outside"
+head -c 16 "$machine/drives/c/ProgramData/Velmar/qzc13.db" | od -An -tx1
+
+title "A value in the suite's cookie, where every web client of the user finds it"
 "$build/examples/host_c"
-
-title "The value lies where every web client of the user finds it"
 brevikctl cookie list
 
 title "What the library says about one call (BREVIK_DEBUG_OUTPUT=-)"
-BREVIK_DEBUG_OUTPUT=- "$build/examples/host_c" 2>&1 >/dev/null | sed '/bvkc_GetUserLanguage_Code/,$d'
+BREVIK_DEBUG_OUTPUT=- "$programs/studio/studio" "Harbor Player" SKUName 2>&1 |
+    tr -d '\r' | sed -n '/BrevikKitAPI bvkc_CertificateItemValueByProdName/,/return/p'
+
+title "One byte of a certificate is changed, and the database made anew"
+certificate="$programs/studio/studio.qzc"
+printf 'X' | dd of="$certificate" bs=1 seek=60 conv=notrunc status=none
+brevikctl database rebuild || true
+"$programs/studio/studio" "Harbor Studio" SKUName || true
+brevikctl certificate check "$studio_guid" || true
 
 printf '\nThe machine of this demo: %s\n' "$machine"

@@ -50,15 +50,24 @@ typedef uint16_t bvkc_langid;
  * window handle are significant, so one that travelled through a 32-bit integer is still good. */
 typedef void* bvkc_window;
 
-/* ---- Catalogue of the installed products ---- */
+/* ---- Catalogue of the installed products ----
+ *
+ * A product declares itself by a certificate file. The first of these calls in a process gathers
+ * the machine's certificates; from then on the process answers from memory, so that it does not see
+ * what is installed or removed meanwhile. Where several certificates match, the first one answers:
+ * those that the machine's catalogue holds come in its order, then those that only the registry
+ * names.
+ *
+ * A machine whose catalogue cannot be opened gives the failure result; the next call tries again.
+ */
 
 /*
  * Reads one item of the certificate with a given installer GUID.
  *
- *   InstallerGUID  narrow; the GUID as the certificate bears it.
+ *   InstallerGUID  narrow; the GUID as the registry or the certificate bears it, in the same case.
  *   sIdentifier    narrow; the name of the item, such as "QDR_ProductName".
- *   value          receives a block with the item's narrow text and its NUL. An item that the
- *                  certificate does not hold is the empty text.
+ *   value          receives a block with the item's narrow text and its NUL: the first value of an
+ *                  item that has several, and the empty text for one that the certificate lacks.
  *   size           receives the size of that block in bytes, the NUL counted.
  *
  * Returns 1 when there is such a certificate and `value` and `size` are set, else 0.
@@ -69,9 +78,9 @@ uint8_t bvkc_CertificateItemValue(const char* InstallerGUID, const char* sIdenti
 /*
  * Reads one item of the certificate of a product.
  *
- *   sProdName      narrow; the product's name.
+ *   sProdName      narrow; one of the product's names, in any case of its ASCII letters.
  *   sIdentifier    narrow; the name of the item.
- *   value          receives a block with the item's narrow text and its NUL.
+ *   value          receives a block as told at bvkc_CertificateItemValue.
  *   size           receives the size of that block in bytes, the NUL counted.
  *
  * Returns 1 when there is such a certificate and `value` and `size` are set, else 0.
@@ -80,13 +89,16 @@ uint8_t bvkc_CertificateItemValueByProdName(const char* sProdName, const char* s
                                             void** value, uint32_t* size);
 
 /*
- * Lists the installer GUIDs of the products that lie beside the running program.
+ * Lists the installer GUIDs of the products that lie in the folder of the running program, or,
+ * where there are none, in that of the program that started it.
  *
  *   guids          receives a block with the GUIDs as narrow texts, one behind the other, each with
- *                  its NUL, and one further NUL behind the last.
+ *                  its NUL, and one further NUL behind the last. A product without a GUID counts,
+ *                  with the empty text.
  *
- * Returns the number of GUIDs. With none the result is 0, and the block, where one was handed out,
- * is the one NUL: set *guids to null before the call, and free it when it is not null afterwards.
+ * Returns the number of GUIDs. With none the result is 0 and the block is the one NUL, to be freed
+ * all the same. On a failure the result is 0 too, and `guids` is as it was: set *guids to null
+ * before the call, and free it when it is not null afterwards.
  */
 int32_t bvkc_GetLocalGUIDs(char** guids);
 
@@ -95,7 +107,8 @@ int32_t bvkc_GetLocalGUIDs(char** guids);
 /*
  * Chooses the language to run in from those that the caller can offer: the language in which the
  * suite was installed, else the identifier 0 if it is offered, else American English, else the
- * first.
+ * first. The installed language is that of the first certificate of the catalogue that has one; on
+ * a machine whose catalogue cannot be opened there is none.
  *
  *   langIds        `count` language identifiers.
  *   count          their number.

@@ -52,5 +52,42 @@ target_link_libraries(platform_probe PRIVATE brevikplatform)
 add_executable(file_holder fixtures/file_holder.cpp)
 target_link_libraries(file_holder PRIVATE brevikplatform)
 if(TARGET test_platform)
-    add_dependencies(test_platform plain_library dependent_library platform_probe file_holder)
+    target_compile_definitions(test_platform PRIVATE
+        BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>")
+    add_dependencies(test_platform test_component plain_library dependent_library platform_probe file_holder)
 endif()
+
+# A reader for certificates in plain text, a host that reads numbered ones, and a program that shows
+# the catalogue.
+add_library(text_reader MODULE fixtures/text_reader.cpp)
+target_link_libraries(text_reader PRIVATE brevikplatform)
+add_executable(record_host fixtures/record_host.cpp)
+target_link_libraries(record_host PRIVATE brevikcore)
+target_include_directories(record_host PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+add_executable(catalogue_probe fixtures/catalogue_probe.cpp)
+target_link_libraries(catalogue_probe PRIVATE brevikcore)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
+add_executable(plain_sqlite_host fixtures/plain_sqlite_host.cpp)
+target_link_libraries(plain_sqlite_host PRIVATE brevikcore PkgConfig::SQLITE)
+if(TARGET test_catalogue)
+    target_compile_definitions(test_catalogue PRIVATE
+        BREVIK_TEST_READER="$<TARGET_FILE:text_reader>"
+        BREVIK_TEST_CATALOGUE_PROBE="$<TARGET_FILE:catalogue_probe>"
+        BREVIK_TEST_HOST="$<TARGET_FILE:export_host>")
+    if(BREVIK_SANITIZE)
+        target_compile_definitions(test_catalogue PRIVATE BREVIK_TEST_SANITIZED)
+    endif()
+    add_dependencies(test_catalogue text_reader record_host catalogue_probe plain_sqlite_host
+                     plain_library export_host)
+endif()
+
+# The reader component, and the keys that it tests files against here.
+foreach(test test_components test_catalogue test_language test_exports test_tools)
+    if(TARGET ${test})
+        target_compile_definitions(${test} PRIVATE
+            BREVIK_TEST_READER_COMPONENT="$<TARGET_FILE:brevikcertificatereader>"
+            BREVIK_TEST_KEYS="${PROJECT_SOURCE_DIR}/keys")
+        add_dependencies(${test} brevikcertificatereader)
+    endif()
+endforeach()

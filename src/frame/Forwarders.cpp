@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "catalogue/CatalogueQueries.h"
 #include "cookies/CookieValues.h"
 #include "frame/FailureResults.h"
 #include "language/LangManager.h"
@@ -29,7 +30,7 @@ std::string LocaleOrSelected(const char* locale) {
     }
     const LangManager languages;
     LANGID selected = 0;
-    languages.GetLang(&selected);
+    languages.GetLang(&selected, &FindInstalledLanguageOrNone);
     return languages.GetCodeFromLangId(selected);
 }
 
@@ -43,9 +44,10 @@ std::uint8_t CertificateItemValue(const char* installerGuid, const char* identif
     if (!IsPlace(value, "value") || !IsPlace(size, "size")) {
         return kQueryFailure;
     }
-    // No certificate is catalogued yet.
+    const bool found =
+        CatalogueQueries::CertificateItemValue(installerGuid, identifier, value, size);
     UTrace::Info("BrevikKit:CertificateItemValue--RESULT--(void)");
-    return kQueryFailure;
+    return found ? 1 : 0;
 }
 
 std::uint8_t CertificateItemValueByProdName(const char* productName, const char* identifier,
@@ -56,16 +58,15 @@ std::uint8_t CertificateItemValueByProdName(const char* productName, const char*
     if (!IsPlace(value, "value") || !IsPlace(size, "size")) {
         return kQueryFailure;
     }
-    // No certificate is catalogued yet.
+    const bool found =
+        CatalogueQueries::CertificateItemValueByProdName(productName, identifier, value, size);
     UTrace::Info("BrevikKit:CertificateItemValueByProdName--RESULT--(void)");
-    return kQueryFailure;
+    return found ? 1 : 0;
 }
 
 std::int32_t GetLocalGUIDs(char** guids) {
     const UTrace::Function scope("BrevikKit:GetLocalGUIDs", nullptr);
-    IsPlace(guids, "guids");
-    // No certificate is catalogued yet.
-    return kLocalGuidsFailure;
+    return IsPlace(guids, "guids") ? CatalogueQueries::GetLocalGUIDs(guids) : kLocalGuidsFailure;
 }
 
 std::int32_t GetUserLanguageIds(const LANGID* langIds, std::uint32_t count, LANGID* selected) {
@@ -73,7 +74,8 @@ std::int32_t GetUserLanguageIds(const LANGID* langIds, std::uint32_t count, LANG
     if (!IsPlace(selected, "selected")) {
         return kLanguageFailure;
     }
-    return static_cast<std::int32_t>(LangManager::GetLang(langIds, count, selected));
+    return static_cast<std::int32_t>(
+        LangManager::GetLang(langIds, count, selected, &FindInstalledLanguageOrNone));
 }
 
 std::int32_t GetUserLanguageCode(const char* const* codes, std::uint32_t count, LANGID* selected) {
@@ -81,7 +83,8 @@ std::int32_t GetUserLanguageCode(const char* const* codes, std::uint32_t count, 
     if (!IsPlace(selected, "selected")) {
         return kLanguageFailure;
     }
-    return static_cast<std::int32_t>(LangManager().GetLang(codes, count, selected));
+    return static_cast<std::int32_t>(
+        LangManager().GetLang(codes, count, selected, &FindInstalledLanguageOrNone));
 }
 
 std::int32_t ReadOndrelCookieValue(const WCHAR* key, WCHAR** value) {

@@ -1,7 +1,16 @@
 // The language in which the suite was installed.
+//
+// It is asked for anew at every call: the catalogue is that of the process, but the registry's word
+// on a product's language may change. Any thread.
 #pragma once
 
 #include "platform/types.h"
 
-// 0 when none is found.
+// The language of the first certificate of the catalogue that has one; 0 when none has. Lets out
+// what a load of the catalogue throws.
 LANGID FindInstalledLanguage();
+
+// The same where a catalogue that cannot be read, say on a machine without the database library,
+// counts as one without a language, which one line on the trace tells: an application needs a
+// language to run in, wherever it runs.
+LANGID FindInstalledLanguageOrNone();

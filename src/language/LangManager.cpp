@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "language/InstalledLanguage.h"
 #include "language/LanguageLadder.h"
 #include "text/StringConversions.h"
 #include "trace/UTrace.h"
@@ -56,14 +55,15 @@ std::string LangManager::GetShortCodeFromLangId(LANGID langId) const {
                                  : std::string();
 }
 
-std::uint32_t LangManager::GetLang(const LANGID* langIds, std::uint32_t count, LANGID* selected) {
+std::uint32_t LangManager::GetLang(const LANGID* langIds, std::uint32_t count, LANGID* selected,
+                                   InstalledLanguage find) {
     if (langIds == nullptr || count == 0) {
         UTrace::Info("No languages passed to LangManager::GetLang. Returning false.");
         return 1;
     }
     UTrace::Info("englishLang = MAKELANGID(LANG_ENGLISH, SUBLANG_DEFAULT) returned (%d).",
                  LanguageLadder::kEnglish);
-    const LANGID installed = FindInstalledLanguage();
+    const LANGID installed = find();
     if (installed == 0) {
         UTrace::Error("MUI is disabled. But the installed lang can't be found!");
     }
@@ -77,8 +77,8 @@ std::uint32_t LangManager::GetLang(const LANGID* langIds, std::uint32_t count, L
     return 0;
 }
 
-std::uint32_t LangManager::GetLang(const char* const* codes, std::uint32_t count,
-                                   LANGID* selected) const {
+std::uint32_t LangManager::GetLang(const char* const* codes, std::uint32_t count, LANGID* selected,
+                                   InstalledLanguage find) const {
     if (codes == nullptr || count == 0) {
         return 1;
     }
@@ -87,9 +87,9 @@ std::uint32_t LangManager::GetLang(const char* const* codes, std::uint32_t count
         const std::string code = codes[i] != nullptr ? codes[i] : "";
         langIds[i] = GetLangIdFromCode(StringToUpper(code));
     }
-    return GetLang(langIds.data(), count, selected);
+    return GetLang(langIds.data(), count, selected, find);
 }
 
-std::uint32_t LangManager::GetLang(LANGID* selected) const {
-    return GetLang(langIds_.data(), kLanguageCount, selected);
+std::uint32_t LangManager::GetLang(LANGID* selected, InstalledLanguage find) const {
+    return GetLang(langIds_.data(), kLanguageCount, selected, find);
 }

@@ -8,11 +8,15 @@
 #include <cstdint>
 #include <string>
 
+#include "language/InstalledLanguage.h"
 #include "platform/types.h"
 
 class LangManager {
   public:
     static constexpr std::size_t kLanguageCount = 24;
+
+    // Gives the installed language, 0 for none. What it throws passes through GetLang.
+    using InstalledLanguage = LANGID (*)();
 
     LangManager();
 
@@ -26,14 +30,16 @@ class LangManager {
     // Chooses one of the languages offered, in this order: the installed language, 0, English
     // (1033), the first one. The order of the list plays no part otherwise. Writes it to `selected`
     // and gives 0; with no list, or an empty one, gives 1 and leaves `selected` as it was.
-    static std::uint32_t GetLang(const LANGID* langIds, std::uint32_t count, LANGID* selected);
+    static std::uint32_t GetLang(const LANGID* langIds, std::uint32_t count, LANGID* selected,
+                                 InstalledLanguage find = &FindInstalledLanguage);
 
     // The same from narrow long codes; a null one counts as empty, and one that is not known stands
     // for the identifier 0.
-    std::uint32_t GetLang(const char* const* codes, std::uint32_t count, LANGID* selected) const;
+    std::uint32_t GetLang(const char* const* codes, std::uint32_t count, LANGID* selected,
+                          InstalledLanguage find = &FindInstalledLanguage) const;
 
     // The same from all languages of the table.
-    std::uint32_t GetLang(LANGID* selected) const;
+    std::uint32_t GetLang(LANGID* selected, InstalledLanguage find = &FindInstalledLanguage) const;
 
   private:
     // Three parallel arrays in ascending order of the identifier.

@@ -1,4 +1,4 @@
-// Clocks: ticks, the high-resolution counter, and the calendar of the run-time library.
+// Clocks: ticks, the high-resolution counter, waiting, and the calendar of the run-time library.
 #pragma once
 
 #include <ctime>
@@ -11,6 +11,9 @@ namespace brevik::platform {
 
 // Milliseconds since the system's start, wrapping at 32 bits; some milliseconds coarse.
 PLATFORM_API DWORD GetTickCount();
+
+// Holds the calling thread for at least so many milliseconds.
+PLATFORM_API void Sleep(DWORD milliseconds);
 
 // The rate of the counter in counts per second, constant for the life of the system.
 PLATFORM_API BOOL QueryPerformanceFrequency(LARGE_INTEGER* frequency);

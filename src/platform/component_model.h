@@ -33,11 +33,19 @@ PLATFORM_API HRESULT CoInitialize(void* reserved);
 PLATFORM_API void CoUninitialize();
 
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 0x1;
+inline constexpr DWORD CLSCTX_INPROC_HANDLER = 0x2;
+inline constexpr DWORD CLSCTX_LOCAL_SERVER = 0x4;
+inline constexpr DWORD CLSCTX_REMOTE_SERVER = 0x10;
 
 class IUnknown;
 
-// Makes an object of a class that the system knows. CO_E_NOTINITIALIZED on a thread in no
-// apartment, REGDB_E_CLASSNOTREG for a class that is not known; the out argument is then null.
+// Makes an object of a class that the system has itself, or of one whose library the registry names
+// in the default value of CLSID\{...}\InprocServer32 under HKEY_CLASSES_ROOT. The library is loaded
+// once and stays. Off Windows there are no classes in other processes.
+//
+// CO_E_NOTINITIALIZED on a thread in no apartment, REGDB_E_CLASSNOTREG for a class that is not
+// known, 0x80070000 and the error number when its library cannot be loaded, CO_E_ERRORINDLL when
+// that is no library of classes, else what the class answers. On failure the out argument is null.
 PLATFORM_API HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID iid,
                                       void** object);
 

@@ -11,7 +11,10 @@
 
 #ifdef _WIN32
 
+// clang-format off
 #include <winioctl.h>
+#include <shlwapi.h>
+// clang-format on
 
 #else
 
@@ -111,6 +114,11 @@ PLATFORM_API BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS
 PLATFORM_API BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes);
 PLATFORM_API BOOL DeleteFileW(const WCHAR* path);
 PLATFORM_API BOOL MoveFileW(const WCHAR* from, const WCHAR* to);
+
+// Whether a file or folder is there.
+PLATFORM_API BOOL PathFileExistsW(const WCHAR* path);
+
+// Off Windows the descriptor in `security` counts here alone, and CreateFileW looks at none.
 PLATFORM_API BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES* security);
 PLATFORM_API BOOL RemoveDirectoryW(const WCHAR* path);
 

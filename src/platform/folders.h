@@ -50,6 +50,9 @@ PLATFORM_API BOOL SHGetPathFromIDListW(const ITEMIDLIST* list, WCHAR* path);
 // The path of a system folder into MAX_PATH units, made first where `create` is set.
 PLATFORM_API BOOL SHGetSpecialFolderPathW(HWND owner, WCHAR* path, int folder, BOOL create);
 
+// The folder of the system's own files. Results as those of GetTempPathW.
+PLATFORM_API UINT GetWindowsDirectoryW(WCHAR* path, UINT size);
+
 // fopen for a wide path. A folder is refused, also for reading.
 PLATFORM_API std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode);
 

@@ -26,6 +26,14 @@ using REGSAM = DWORD;
 inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(std::uintptr_t{0x80000000});
 inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::uintptr_t{0x80000001});
 inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::uintptr_t{0x80000002});
+inline const HKEY HKEY_USERS = reinterpret_cast<HKEY>(std::uintptr_t{0x80000003});
+
+// Handles that have a name but no keys.
+inline const HKEY HKEY_PERFORMANCE_DATA = reinterpret_cast<HKEY>(std::uintptr_t{0x80000004});
+inline const HKEY HKEY_CURRENT_CONFIG = reinterpret_cast<HKEY>(std::uintptr_t{0x80000005});
+inline const HKEY HKEY_DYN_DATA = reinterpret_cast<HKEY>(std::uintptr_t{0x80000006});
+inline const HKEY HKEY_PERFORMANCE_TEXT = reinterpret_cast<HKEY>(std::uintptr_t{0x80000050});
+inline const HKEY HKEY_PERFORMANCE_NLSTEXT = reinterpret_cast<HKEY>(std::uintptr_t{0x80000060});
 
 inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
 inline constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 0x0008;

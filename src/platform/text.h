@@ -47,6 +47,33 @@ PLATFORM_API WCHAR towupper(WCHAR unit);
 // Version of the system; the top bit marks the Windows 9x family.
 PLATFORM_API DWORD GetVersion();
 
+struct OSVERSIONINFOW {
+    DWORD dwOSVersionInfoSize;
+    DWORD dwMajorVersion;
+    DWORD dwMinorVersion;
+    DWORD dwBuildNumber;
+    DWORD dwPlatformId;
+    WCHAR szCSDVersion[128];
+};
+
+struct OSVERSIONINFOEXW {
+    DWORD dwOSVersionInfoSize;
+    DWORD dwMajorVersion;
+    DWORD dwMinorVersion;
+    DWORD dwBuildNumber;
+    DWORD dwPlatformId;
+    WCHAR szCSDVersion[128];
+    WORD wServicePackMajor;
+    WORD wServicePackMinor;
+    WORD wSuiteMask;
+    BYTE wProductType;
+    BYTE wReserved;
+};
+
+// The same in more words, into either structure by its dwOSVersionInfoSize. False with error 122
+// for another size.
+PLATFORM_API BOOL GetVersionExW(OSVERSIONINFOW* information);
+
 }  // namespace brevik::platform
 
 #endif

@@ -134,3 +134,11 @@ using WideString = std::basic_string<WCHAR>;
 #else
 #define PRINTF_CHECKED(format_place, first_place)
 #endif
+
+// For a function that calls objects of other libraries: these know their interfaces by names of
+// their own, while the undefined behaviour sanitizer looks for ours.
+#if defined(__GNUC__)
+#define CALLS_FOREIGN_OBJECTS __attribute__((no_sanitize("vptr")))
+#else
+#define CALLS_FOREIGN_OBJECTS
+#endif

@@ -75,7 +75,13 @@ TEST(LangManager, CodesBecomeIdentifiersAtTheirPlaces) {
 
 class LanguageTrace : public testing::Test {
   protected:
-    LanguageTrace() { UTrace::Initialize(); }
+    LanguageTrace() {
+        UTrace::Initialize();
+        // What the first look at the catalogue says is none of this.
+        const LANGID english = LanguageLadder::kEnglish;
+        LANGID selected = 0;
+        LangManager::GetLang(&english, 1, &selected);
+    }
 
     std::string Said(std::vector<LANGID> offered) {
         LANGID selected = 0;

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "platform/component_model.h"
+#include "platform/files.h"
 #include "platform/posix/host_text.h"
 #include "platform/posix/machine.h"
 #include "support/test_machine.h"
@@ -148,6 +149,13 @@ TEST(SpecialFolders, AreTheSystems) {
     EXPECT_EQ(SHGetSpecialFolderLocation(nullptr, 1, &list), E_INVALIDARG);
     EXPECT_EQ(list, nullptr);
     EXPECT_FALSE(SHGetPathFromIDListW(nullptr, path));
+
+    EXPECT_EQ(GetWindowsDirectoryW(path, 10), 11u);
+    EXPECT_EQ(GetWindowsDirectoryW(path, 11), 10u);
+    EXPECT_EQ(Utf8FromWide(path), "C:\\Windows");
+    EXPECT_TRUE(PathFileExistsW(path));
+    EXPECT_FALSE(PathFileExistsW(u"C:\\Windows\\none"));
+    EXPECT_FALSE(PathFileExistsW(nullptr));
 
     fs::remove(DriveC() / "ProgramData");
     EXPECT_FALSE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, FALSE));

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -264,6 +265,19 @@ TEST(Case, ChangesNarrowTextInPlace) {
 
 TEST(Case, TheSystemIsOfTheNtFamily) {
     EXPECT_EQ(GetVersion() >> 31, 0u);
+    static_assert(sizeof(OSVERSIONINFOEXW) == 284);
+    OSVERSIONINFOEXW version;
+    std::memset(&version, 0xFF, sizeof version);
+    const auto ask = [&](DWORD size) {
+        version.dwOSVersionInfoSize = size;
+        return GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&version));
+    };
+    EXPECT_FALSE(ask(275));
+    EXPECT_TRUE(ask(sizeof(OSVERSIONINFOW)));
+    EXPECT_EQ(version.dwMajorVersion, GetVersion() & 0xFF);
+    EXPECT_EQ(version.wServicePackMajor, 0xFFFF);  // behind the smaller structure
+    EXPECT_TRUE(ask(sizeof version));
+    EXPECT_EQ(version.wServicePackMajor, 0);
 }
 
 }  // namespace

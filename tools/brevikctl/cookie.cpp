@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -19,6 +17,8 @@
 #include "platform/posix/machine.h"
 #include "platform/posix/shared_text_file.h"
 #include "terminal.h"
+#include "text_argument.h"
+#include "text_table.h"
 
 namespace {
 
@@ -33,32 +33,15 @@ struct Options {
 // The library answers this where there is no value.
 constexpr const char* kMissing = "-1";
 
-std::u16string Wide(const std::string& text) {
-    std::u16string wide = WideFromUtf8(text);
-    if (Utf8FromWide(wide) != text) {
-        throw std::runtime_error("'" + SafeText(text) + "' is no UTF-8 text");
-    }
-    return wide;
-}
-
-std::string Quoted(const std::string& text) {
-    return "'" + SafeText(text) + "'";
-}
-
 std::string Place(const Options& options) {
     return "in the cookie " + Quoted(options.cookie) + " of " + Quoted(options.domain);
 }
 
-// A value that goes to a file or another program is given as it is.
-void Print(const std::string& value) {
-    std::printf("%s\n", isatty(STDOUT_FILENO) == 1 ? SafeText(value).c_str() : value.c_str());
-}
-
 void Get(const Options& options) {
     bvkc_wchar* block = nullptr;
-    const std::int32_t result =
-        bvkc_VCM_ReadCookieValue(Wide(options.domain).c_str(), Wide(options.cookie).c_str(),
-                                 Wide(options.key).c_str(), &block);
+    const std::int32_t result = bvkc_VCM_ReadCookieValue(WideArgument(options.domain).c_str(),
+                                                         WideArgument(options.cookie).c_str(),
+                                                         WideArgument(options.key).c_str(), &block);
     const std::string value = block == nullptr ? "" : Utf8FromWide(block);
     CoTaskMemFree(block);
     if (result != 0) {
@@ -70,7 +53,7 @@ void Get(const Options& options) {
                                  "\nTry: brevikctl cookie list --domain " +
                                  SafeText(options.domain));
     }
-    Print(value);
+    PrintLine(value);
 }
 
 // Throws where the machine has no place for the user's cookies.
@@ -127,9 +110,9 @@ std::string StoreTrouble(const Options& options) {
 }
 
 void Set(const Options& options) {
-    const std::int32_t result =
-        bvkc_VCM_WriteCookieValue(Wide(options.domain).c_str(), Wide(options.cookie).c_str(),
-                                  Wide(options.key).c_str(), Wide(options.value).c_str());
+    const std::int32_t result = bvkc_VCM_WriteCookieValue(
+        WideArgument(options.domain).c_str(), WideArgument(options.cookie).c_str(),
+        WideArgument(options.key).c_str(), WideArgument(options.value).c_str());
     if (result == 0) {
         return;
     }
@@ -162,34 +145,14 @@ std::string Flags(const CookieRow& row) {
     return flags.empty() ? "-" : flags.substr(0, flags.size() - 1);
 }
 
-using Columns = std::array<std::string, 6>;
-
-// A terminal counts characters, and a byte that continues one takes no place of its own.
-std::size_t Width(const std::string& text) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(text, [](char byte) { return (byte & 0xC0) != 0x80; }));
-}
-
-void PrintTable(const std::vector<CookieRow>& rows) {
-    std::vector<Columns> table = {{"DOMAIN", "PATH", "FLAGS", "EXPIRES", "NAME", "VALUE"}};
+void PrintCookies(const std::vector<CookieRow>& rows) {
+    TextTable table = {{"DOMAIN", "PATH", "FLAGS", "EXPIRES", "NAME", "VALUE"}};
     for (const CookieRow& row : rows) {
-        table.push_back({SafeText(row.domain), SafeText(row.path), Flags(row),
-                         row.expires == 0 ? "session" : Time(row.expires), SafeText(row.name),
-                         row.isHttpOnly ? "(hidden)" : SafeText(row.value)});
+        table.push_back({row.domain, row.path, Flags(row),
+                         row.expires == 0 ? "session" : Time(row.expires), row.name,
+                         row.isHttpOnly ? "(hidden)" : row.value});
     }
-    std::array<std::size_t, 6> widths = {};
-    for (const Columns& line : table) {
-        for (std::size_t i = 0; i < line.size(); ++i) {
-            widths[i] = std::max(widths[i], Width(line[i]));
-        }
-    }
-    for (const Columns& line : table) {
-        std::string text;
-        for (std::size_t i = 0; i + 1 < line.size(); ++i) {
-            text += line[i] + std::string(widths[i] - Width(line[i]) + 2, ' ');
-        }
-        std::printf("%s%s\n", text.c_str(), line.back().c_str());
-    }
+    PrintTable(table);
 }
 
 std::string ToJson(const CookieRow& row) {
@@ -223,7 +186,7 @@ void List(const Options& options) {
             std::printf("%s\n", ToJson(row).c_str());
         }
     } else if (!rows.empty()) {
-        PrintTable(rows);
+        PrintCookies(rows);
     } else {
         std::fprintf(stderr, "brevikctl: no cookies in %s\n", SafeText(path).c_str());
     }

@@ -1,7 +1,6 @@
 #include "file.h"
 
 #include <signal.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <functional>
@@ -27,11 +26,6 @@ struct Options {
     bool folders = false;
     bool json = false;
 };
-
-// What goes to a file or another program is given as it is.
-void Print(const std::string& line) {
-    std::printf("%s\n", isatty(STDOUT_FILENO) == 1 ? SafeText(line).c_str() : line.c_str());
-}
 
 void PrintObject(const std::string& json) {
     std::printf("%s\n", json.c_str());
@@ -80,7 +74,7 @@ void Find(const Options& options) {
         if (options.json) {
             PrintObject("{\"path\":" + JsonString(path) + "}");
         } else {
-            Print(path);
+            PrintLine(path);
         }
     }
 }
@@ -152,9 +146,9 @@ void Mkdir(const Options& options) {
 
 void Size(const Options& options) {
     const FileSpec file = FileArgument(options.path);
-    Print(std::to_string(file.IsFolder()
-                             ? FileSystem::GetFolderSize(FolderSpec(file), !options.shallow)
-                             : file.GetFileSize()));
+    PrintLine(std::to_string(file.IsFolder()
+                                 ? FileSystem::GetFolderSize(FolderSpec(file), !options.shallow)
+                                 : file.GetFileSize()));
 }
 
 void Relative(const Options& options) {
@@ -163,7 +157,7 @@ void Relative(const Options& options) {
     if (way.IsEmpty()) {
         throw std::runtime_error("there is no way from one volume to another");
     }
-    Print(PlainText(way));
+    PrintLine(PlainText(way));
 }
 
 void Volume(const Options& options) {

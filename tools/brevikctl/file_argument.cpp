@@ -72,6 +72,15 @@ std::string HostPath(const FileSpec& file) {
     return error ? found.path : path.string();
 }
 
+std::string HostPlaceOf(const FileSpec& file) {
+    const HostFile found = FindFile(file.GetNativePath());
+    if (found.path.empty()) {
+        throw std::runtime_error("the folder of '" + SafeText(PlainText(file.GetPath())) +
+                                 "' is not there\nbrevikctl file mkdir makes folders.");
+    }
+    return found.path;
+}
+
 std::string PlainText(const FilePath& path) {
     return Utf8ToNarrow(path);
 }

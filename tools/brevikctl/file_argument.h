@@ -14,6 +14,10 @@ FileSpec FileArgument(const std::string& path);
 // Where an object lies on the host; empty when it is not there.
 std::string HostPath(const FileSpec& file);
 
+// The same also for one that is not there yet, in a folder that is. Throws std::runtime_error where
+// it can lie nowhere.
+std::string HostPlaceOf(const FileSpec& file);
+
 // A path as narrow text.
 std::string PlainText(const FilePath& path);
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "facts.h"
 #include "file_argument.h"
 #include "filesystem/FileException.h"
 #include "filesystem/FileSpec_Impl.h"
@@ -40,43 +41,8 @@ std::string UniversalTime(DateTime time) {
     return Fields(time, "\"%04d-%02d-%02dT%02d:%02d:%02dZ\"");
 }
 
-// Names and values, a line or a member each. A value's text is what a terminal shows, its JSON what
-// a program reads.
-struct Fact {
-    const char* name;
-    std::string text;
-    std::string json;
-};
-
-Fact TextFact(const char* name, const std::string& text) {
-    return {name, SafeText(text), JsonString(text)};
-}
-Fact NumberFact(const char* name, std::uint64_t number) {
-    return {name, std::to_string(number), std::to_string(number)};
-}
-Fact YesNoFact(const char* name, bool value) {
-    return {name, value ? "yes" : "no", value ? "true" : "false"};
-}
 Fact TimeFact(const char* name, const DateTime& time) {
     return {name, LocalTime(time), UniversalTime(time)};
-}
-
-std::string ToLines(const std::vector<Fact>& facts) {
-    std::string lines;
-    for (const Fact& fact : facts) {
-        char name[24];
-        std::snprintf(name, sizeof name, "%-15s", fact.name);
-        lines += name + fact.text + "\n";
-    }
-    return lines;
-}
-
-std::string ToObject(const std::vector<Fact>& facts) {
-    std::string object;
-    for (const Fact& fact : facts) {
-        object += (object.empty() ? "{" : ",") + JsonString(fact.name) + ":" + fact.json;
-    }
-    return object + "}";
 }
 
 Fact AttributesFact(std::uint32_t attributes) {

@@ -8,8 +8,13 @@
 #include <cstdio>
 #include <exception>
 
+#include "catalogue.h"
+#include "certificate.h"
 #include "cookie.h"
+#include "database.h"
 #include "file.h"
+#include "machine.h"
+#include "registry.h"
 #include "trace.h"
 
 namespace {
@@ -37,8 +42,13 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "brevikctl " BREVIK_VERSION);
     app.require_subcommand(1);
     app.footer(kFooter);
+    AddMachineCommands(app);
+    AddCertificateCommands(app);
+    AddCatalogueCommands(app);
     AddCookieCommands(app);
+    AddDatabaseCommands(app);
     AddFileCommands(app);
+    AddRegistryCommands(app);
     AddTraceCommands(app);
     try {
         app.parse(argc, argv);

@@ -91,6 +91,14 @@ std::string SafeText(std::string_view text) {
     return Encode(safe);
 }
 
+std::string Quoted(std::string_view text) {
+    return "'" + SafeText(text) + "'";
+}
+
+void PrintLine(const std::string& line) {
+    std::printf("%s\n", isatty(STDOUT_FILENO) == 1 ? SafeText(line).c_str() : line.c_str());
+}
+
 std::string JsonString(std::string_view text) {
     std::u16string quoted = u"\"";
     for (const char16_t unit : Decode(text)) {

@@ -17,6 +17,12 @@ std::string Coloured(Colour colour, const std::string& text);
 // those that turn the direction of text, come out as \xNN or \uNNNN, ill-formed UTF-8 as U+FFFD.
 std::string SafeText(std::string_view text);
 
+// The same between single quotes, as it stands in a message.
+std::string Quoted(std::string_view text);
+
+// Prints a line: safe on a terminal, and as it is to a file or another program.
+void PrintLine(const std::string& line);
+
 // The text as a JSON string, with its quotes. Always well-formed UTF-8 and safe on a terminal.
 std::string JsonString(std::string_view text);
 

@@ -38,6 +38,13 @@ BOOL QueryPerformanceCounter(LARGE_INTEGER* counter) {
     return TRUE;
 }
 
+void Sleep(DWORD milliseconds) {
+    timespec rest = {static_cast<time_t>(milliseconds / 1000),
+                     static_cast<long>(milliseconds % 1000) * 1'000'000};
+    while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+    }
+}
+
 __time64_t _time64(__time64_t* result) {
     const __time64_t now = ::time(nullptr);
     if (result != nullptr) {

@@ -10,9 +10,11 @@
 #include <cstdio>
 #include <optional>
 
+#include "platform/posix/access_rights.h"
 #include "platform/posix/file_attributes.h"
 #include "platform/posix/paths.h"
 #include "platform/posix/share_modes.h"
+#include "platform/security.h"
 
 namespace brevik::platform {
 namespace {
@@ -164,16 +166,20 @@ BOOL DeleteFileW(const WCHAR* path) {
     return Answer(file.HasName() ? DeleteFound(file, place) : file.error);
 }
 
-BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES*) {
+BOOL PathFileExistsW(const WCHAR* path) {
+    return FindFile(TextOf(path)).error == NO_ERROR;
+}
+
+BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES* security) {
     const HostFile file = FindFile(PlaceOf(TextOf(path)));
     if (file.error != ERROR_FILE_NOT_FOUND) {
         return Answer(file.error == NO_ERROR ? ERROR_ALREADY_EXISTS : file.error);
     }
-    if (mkdir(file.path.c_str(), 0777) == 0) {
-        return TRUE;
-    }
+    const bool isSecured = security != nullptr && security->lpSecurityDescriptor != nullptr;
+    const DWORD error = MakeFolderWithRights(
+        file.path, isSecured ? RightsIn(security->lpSecurityDescriptor) : OtherUsersRights());
     // What is missing here can only be the folder above.
-    return Answer(errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorFromHost(errno));
+    return Answer(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error);
 }
 
 BOOL RemoveDirectoryW(const WCHAR* path) {

@@ -290,6 +290,10 @@ BOOL SHGetSpecialFolderPathW(HWND, WCHAR* path, int number, BOOL create) {
     return CopyPath(folder->path, path);
 }
 
+UINT GetWindowsDirectoryW(WCHAR* path, UINT size) {
+    return CopyOrAskForRoom(u"C:\\Windows", path, size);
+}
+
 std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode) {
     StreamMode stream;
     if (path == nullptr || mode == nullptr || !ParseMode(mode, stream)) {

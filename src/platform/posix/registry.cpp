@@ -17,9 +17,6 @@ namespace {
 
 constexpr LONG kKeyDeleted = 1018;
 
-// HKEY_USERS, which nothing of ours asks for by name.
-const HKEY kUsersHandle = reinterpret_cast<HKEY>(std::uintptr_t{0x80000003});
-
 constexpr REGSAM kMaximumAllowed = 0x02000000;
 constexpr REGSAM kGenericAll = 0x10000000;
 constexpr REGSAM kGenericRead = 0x80000000;
@@ -61,7 +58,7 @@ std::shared_ptr<const OpenKey> FindPredefined(HKEY handle) {
         {HKEY_CLASSES_ROOT, MakePredefined(RegistryRoot::kLocalMachine, u"SOFTWARE\\CLASSES")},
         {HKEY_CURRENT_USER, MakePredefined(RegistryRoot::kCurrentUser, {})},
         {HKEY_LOCAL_MACHINE, MakePredefined(RegistryRoot::kLocalMachine, {})},
-        {kUsersHandle, MakePredefined(RegistryRoot::kUsers, {})},
+        {HKEY_USERS, MakePredefined(RegistryRoot::kUsers, {})},
     }};
     for (const PredefinedKey& row : keys) {
         if (row.handle == handle) {

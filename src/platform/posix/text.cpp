@@ -3,6 +3,7 @@
 #include <utf8proc.h>
 
 #include <climits>
+#include <cstring>
 #include <string_view>
 
 #include "platform/posix/unicode.h"
@@ -183,6 +184,22 @@ WCHAR towupper(WCHAR unit) {
 DWORD GetVersion() {
     // Version 10.0 of the NT family, without a build number.
     return 10;
+}
+
+BOOL GetVersionExW(OSVERSIONINFOW* information) {
+    constexpr DWORD kNtFamily = 2;
+    constexpr BYTE kWorkstation = 1;
+    const DWORD size = information->dwOSVersionInfoSize;
+    if (size != sizeof(OSVERSIONINFOW) && size != sizeof(OSVERSIONINFOEXW)) {
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+    OSVERSIONINFOEXW version = {};
+    version.dwOSVersionInfoSize = size;
+    version.dwMajorVersion = GetVersion();
+    version.dwPlatformId = kNtFamily;
+    version.wProductType = kWorkstation;
+    std::memcpy(information, &version, size);
+    return TRUE;
 }
 
 }  // namespace brevik::platform

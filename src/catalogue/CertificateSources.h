@@ -1,0 +1,34 @@
+// Where certificates are found: in the database, in the registry, and in folders.
+//
+// Each operation clears its lists and fills them, gives 0, or E_FAIL when it found nothing, and
+// tells on the trace how many it found. Any thread.
+#pragma once
+
+#include <vector>
+
+#include "filesystem/FilePath.h"
+#include "filesystem/FileSpec.h"
+#include "text/StringConversions.h"
+
+namespace CertificateSources {
+
+// The registry key of the certificates, below HKEY_LOCAL_MACHINE. A sub key bears a GUID, and
+// describes that installation.
+inline constexpr const WCHAR* kRegistryKey = WIDE("SOFTWARE\\ONDREL\\Certificates13");
+
+// The path of the sub key of a GUID.
+WideString RegistryKeyOf(const Utf8String& guid);
+
+// A file for each record key. Raises what FileSpec raises for a key that is no path.
+HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files);
+
+// The certificate files of a folder, then those of each folder below it. A folder that cannot be
+// walked to its end gives none.
+HRESULT GetCertificatesFolderPath(const FilePath& folder, std::vector<FileSpec>* files);
+
+// The paths and GUIDs of the registry, two lists of equal length, in the order of the sub keys:
+// each sub key's path, then those of its own sub keys with the same GUID. An entry without a
+// readable path is passed over.
+HRESULT GetCertificatePathsFromRegistry(Utf8StringList* paths, Utf8StringList* guids);
+
+}  // namespace CertificateSources

@@ -1,0 +1,75 @@
+// A connection to the record database, whose file is encrypted.
+//
+// Statements are given as their whole text; whoever builds one from other texts sees to their
+// quoting. Every failure is a SQLite3WrapperException; an operation that needs the database throws
+// "Database not open" while it is closed. One thread at a time. Several processes may use one file:
+// a statement waits up to the busy timeout for another one's transaction to end.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperQuery.h"
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperTable.h"
+#include "text/SharedHandle.h"
+#include "text/StringConversions.h"
+
+class SQLite3WrapperDB {
+  public:
+    SQLite3WrapperDB() = default;
+    SQLite3WrapperDB(const SQLite3WrapperDB&) = delete;
+    SQLite3WrapperDB& operator=(const SQLite3WrapperDB&) = delete;
+    virtual ~SQLite3WrapperDB();
+
+    // Opens the file of a narrow path, making it where it is missing. A file without any bytes is
+    // not given to the database library before the first statement, so that a machine without
+    // records never loads that.
+    void Open(const std::string& path);
+
+    void Close();
+
+    // Whether the database library has the file open; false before the first statement on a file
+    // that had no bytes.
+    bool IsConnected() const { return db_ != nullptr; }
+
+    // Whether the file holds no bytes on the disk now.
+    bool IsEmptyFile() const;
+
+    // False when it cannot be told as well.
+    bool TableExists(const char* name);
+
+    // How many rows the statement changed.
+    std::int32_t Execute(const std::string& sql);
+
+    SharedHandle<SQLite3WrapperQuery> Query(const std::string& sql);
+
+    // The number in the first column of the first row. Throws "Invalid scalar query" without one.
+    std::int32_t QueryScalar(const std::string& sql);
+
+    // All columns of the rows for which `where` holds, in the order of the first one.
+    SharedHandle<SQLite3WrapperTable> LoadTable(const std::string& tableName,
+                                                const std::string& where);
+
+    // The whole result of a statement.
+    SharedHandle<SQLite3WrapperTable> LoadResult(const std::string& sql);
+
+    void SetBusyTimeout(std::int32_t milliseconds);
+
+  private:
+    void RequireOpen() const;
+
+    // The open connection, made here where it has been put off. REQUIRES: open.
+    sqlite3* Connection();
+    void Connect();
+
+    // Connects anew where that may mend a failed statement, which is then to be given once more.
+    //
+    // The cipher takes its salt from the file at the keying, or, from an empty file, makes one up.
+    // Another process may give the file its first bytes, and its own salt, after that; what it
+    // wrote is no database in the eyes of this connection.
+    bool KeyAnew(std::int32_t result);
+
+    sqlite3* db_ = nullptr;
+    std::int32_t busyTimeoutMs_ = 60000;
+    WideString path_;  // empty while closed
+};

@@ -1,0 +1,134 @@
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperTable.h"
+
+#include <utility>
+
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
+#include "text/StringConversions.h"
+
+namespace {
+
+constexpr std::size_t kComparedBytes = 512;
+
+unsigned char Folded(char byte) {
+    return static_cast<unsigned char>(byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte);
+}
+
+bool IsNamed(const char* text, const char* name) {
+    for (std::size_t i = 0; text != nullptr && i < kComparedBytes; ++i) {
+        if (Folded(text[i]) != Folded(name[i])) {
+            return false;
+        }
+        if (name[i] == '\0') {
+            return true;
+        }
+    }
+    return text != nullptr;
+}
+
+[[noreturn]] void Fail(const char* text) {
+    throw SQLite3WrapperException(kWrapperError, text);
+}
+
+}  // namespace
+
+SQLite3WrapperTable::SQLite3WrapperTable(SQLite3WrapperResults results, std::int32_t rowCount,
+                                         std::int32_t columnCount)
+    : SQLite3WrapperTable(std::move(results), 0, rowCount, columnCount) {}
+
+SQLite3WrapperTable::SQLite3WrapperTable(SQLite3WrapperResults results, std::int32_t firstRow,
+                                         std::int32_t rowCount, std::int32_t columnCount)
+    : results_(std::move(results)),
+      firstRow_(firstRow),
+      rowCount_(rowCount),
+      columnCount_(columnCount) {}
+
+SQLite3WrapperTable::~SQLite3WrapperTable() = default;
+
+void SQLite3WrapperTable::RequireResults() const {
+    if (!results_) {
+        Fail("Null Results pointer");
+    }
+}
+
+const char* SQLite3WrapperTable::GetText(std::int32_t row, std::int32_t column) const {
+    // The row of headings comes first.
+    const std::size_t place =
+        (static_cast<std::size_t>(firstRow_) + static_cast<std::size_t>(row) + 1) *
+        static_cast<std::size_t>(columnCount_);
+    return results_.get()[place + static_cast<std::size_t>(column)];
+}
+
+std::int32_t SQLite3WrapperTable::FindRow(const char* name, std::int32_t row) const {
+    while (row < rowCount_ && !IsNamed(GetText(row, searchColumn_), name)) {
+        ++row;
+    }
+    return row;
+}
+
+void SQLite3WrapperTable::SetSearchColumn(std::int32_t column) {
+    RequireResults();
+    if (column < 0 || column > columnCount_ - 2) {
+        Fail("Invalid row index requested");
+    }
+    searchColumn_ = column;
+}
+
+const char* SQLite3WrapperTable::GetValue(const char* name) const {
+    RequireResults();
+    const std::int32_t row = name != nullptr ? FindRow(name, 0) : rowCount_;
+    if (row == rowCount_) {
+        Fail("Invalid field name requested");
+    }
+    return GetText(row, searchColumn_ + 1);
+}
+
+const char* SQLite3WrapperTable::GetValue(const char* name, const char* otherwise) const {
+    const char* const value = GetValue(name);
+    return value != nullptr ? value : otherwise;
+}
+
+std::int32_t SQLite3WrapperTable::GetValueAsNumber(const char* name, std::int32_t otherwise) const {
+    const char* const value = GetValue(name);
+    return value != nullptr ? TextToInt(value) : otherwise;
+}
+
+std::vector<std::string> SQLite3WrapperTable::GetValues(const char* name) const {
+    std::vector<std::string> values = FindValues(name);
+    if (values.empty()) {
+        Fail("Invalid field name requested");
+    }
+    return values;
+}
+
+bool SQLite3WrapperTable::HasField(const char* name) const {
+    return FindValue(name) != nullptr;
+}
+
+const char* SQLite3WrapperTable::FindValue(const char* name) const {
+    RequireResults();
+    const std::int32_t row = name != nullptr ? FindRow(name, 0) : rowCount_;
+    if (row == rowCount_) {
+        return nullptr;
+    }
+    const char* const value = GetText(row, searchColumn_ + 1);
+    return value != nullptr ? value : "";
+}
+
+std::vector<std::string> SQLite3WrapperTable::FindValues(const char* name) const {
+    RequireResults();
+    std::vector<std::string> values;
+    if (name == nullptr) {
+        return values;
+    }
+    for (std::int32_t row = FindRow(name, 0); row < rowCount_; row = FindRow(name, row + 1)) {
+        const char* const value = GetText(row, searchColumn_ + 1);
+        values.emplace_back(value != nullptr ? value : "");
+    }
+    return values;
+}
+
+SharedHandle<SQLite3WrapperTable> SQLite3WrapperTable::MakePart(std::int32_t firstRow,
+                                                                std::int32_t rowCount) const {
+    return std::make_shared<SQLite3WrapperTable>(results_, firstRow_ + firstRow, rowCount,
+                                                 columnCount_);
+}

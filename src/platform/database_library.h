@@ -1,0 +1,67 @@
+// The encrypting database library, which no program of ours is linked with.
+//
+// It exports the same names as the plain library that it grew out of, and a host may hold that one
+// already: linked, one of the two would run in the other's memory. It is loaded by name instead, so
+// that its names stay its own. Any thread.
+#pragma once
+
+#include <string>
+
+#include "platform/files.h"
+#include "platform/modules.h"
+#include "platform/types.h"
+
+#ifdef _WIN32
+
+inline constexpr const char* kDatabaseLibraryName = "sqlcipher.dll";
+
+inline void* LoadDatabaseLibrary(std::string* reason) {
+    HMODULE library = LoadLibraryW(L"sqlcipher.dll");
+    if (library == nullptr) {
+        *reason = "error " + std::to_string(GetLastError());
+    }
+    return library;
+}
+
+inline void* FindDatabaseFunction(void* library, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+
+inline std::string DatabaseFilePath(const WCHAR* path) {
+    const int size = WideCharToMultiByte(CP_UTF8, 0, path, -1, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<std::size_t>(size > 0 ? size : 1), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, path, -1, narrow.data(), size, nullptr, nullptr);
+    narrow.pop_back();
+    return narrow;
+}
+
+// The folder's access list decides who may use it.
+inline BOOL MakeSharedFile(const WCHAR* path) {
+    const HANDLE file = CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file);
+}
+
+#else
+
+namespace brevik::platform {
+
+inline constexpr const char* kDatabaseLibraryName = "libsqlcipher.so.0";
+
+// Loads the library for the rest of the process's life. Null with the reason when that fails.
+PLATFORM_API void* LoadDatabaseLibrary(std::string* reason);
+
+// Null when the library has no function of this name.
+PLATFORM_API void* FindDatabaseFunction(void* library, const char* name);
+
+// The path in the form in which the library takes it; empty when the path can lead nowhere, such as
+// into a folder that is missing.
+PLATFORM_API std::string DatabaseFilePath(const WCHAR* path);
+
+// Makes a file of no bytes that every user may write who may write into its folder, whatever file
+// mode mask the process works under. False with error 80 where the file is there already.
+PLATFORM_API BOOL MakeSharedFile(const WCHAR* path);
+
+}  // namespace brevik::platform
+
+#endif

@@ -1,0 +1,38 @@
+// One open key of the registry.
+//
+// Every operation gives the platform's error number, 0 for success; nothing throws but
+// std::bad_alloc. An object belongs to one thread at a time.
+#pragma once
+
+#include "platform/registry.h"
+
+class CRegKeyW {
+  public:
+    CRegKeyW() = default;
+    CRegKeyW(const CRegKeyW&) = delete;
+    CRegKeyW& operator=(const CRegKeyW&) = delete;
+
+    // Closes the key.
+    virtual ~CRegKeyW();
+
+    // Opens a key below `parent` and closes the one held before; on failure that one stays.
+    // `access` is a mask such as KEY_QUERY_VALUE.
+    LONG Open(HKEY parent, const WCHAR* subKey, REGSAM access);
+
+    // 0 as well when no key is open.
+    LONG Close();
+
+    // The number of a REG_DWORD value. ERROR_INVALID_DATA for a value of another type; its first
+    // bytes have then been written.
+    LONG QueryDWORDValue(const WCHAR* name, DWORD* value);
+
+    // A text (REG_SZ or REG_EXPAND_SZ) into `buffer` of `*count` wide characters, with a NUL at its
+    // end, the rest set to 0. `*count` receives the bytes of the text in the thread's narrow code
+    // page with its NUL, 0 on failure; a text of more than `*count` such bytes is ERROR_MORE_DATA.
+    // A value of another type, or one without a NUL at its end, is ERROR_INVALID_DATA. Characters
+    // that the code page lacks come back changed.
+    LONG QueryStringValue(const WCHAR* name, WCHAR* buffer, DWORD* count);
+
+  private:
+    HKEY key_ = nullptr;
+};

@@ -1,0 +1,40 @@
+// An open key of the registry for the length of a scope.
+#pragma once
+
+#include <optional>
+
+#include "platform/registry.h"
+
+class ScopedRegistryKey {
+  public:
+    ScopedRegistryKey(HKEY parent, const WCHAR* path, REGSAM access) {
+        if (RegOpenKeyExW(parent, path, 0, access, &key_) != ERROR_SUCCESS) {
+            key_ = nullptr;
+        }
+    }
+    ScopedRegistryKey(const ScopedRegistryKey&) = delete;
+    ScopedRegistryKey& operator=(const ScopedRegistryKey&) = delete;
+    ~ScopedRegistryKey() {
+        if (key_ != nullptr) {
+            RegCloseKey(key_);
+        }
+    }
+
+    bool IsOpen() const { return key_ != nullptr; }
+    HKEY Get() const { return key_; }
+
+    // The bytes of a value read as text up to its first NUL, whatever its type. None when the value
+    // cannot be read, or when it is longer than a path: 260 units.
+    std::optional<WideString> ReadText(const WCHAR* name, DWORD* type = nullptr) const {
+        WCHAR text[MAX_PATH + 1] = {};
+        DWORD size = MAX_PATH * static_cast<DWORD>(sizeof *text);
+        if (RegQueryValueExW(key_, name, nullptr, type, reinterpret_cast<BYTE*>(text), &size) !=
+            ERROR_SUCCESS) {
+            return std::nullopt;
+        }
+        return WideString(text);
+    }
+
+  private:
+    HKEY key_ = nullptr;
+};

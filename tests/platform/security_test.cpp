@@ -1,0 +1,214 @@
+// Folders and files that are open to every user of the machine.
+
+#include "platform/security.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <functional>
+#include <vector>
+
+#include "support/drive_files.h"
+#include "support/test_machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uid_t kNobody = 65534;
+
+struct Entry {
+    WELL_KNOWN_SID_TYPE who;
+    DWORD rights;
+    DWORD flags;
+};
+
+constexpr DWORD kInherited = OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE;
+
+// A descriptor in one block, made of these entries with Administrators as owner.
+std::vector<BYTE> Descriptor(const std::vector<Entry>& entries) {
+    alignas(4) std::array<BYTE, 512> block;
+    auto* const list = reinterpret_cast<ACL*>(block.data());
+    EXPECT_TRUE(InitializeAcl(list, block.size(), ACL_REVISION));
+    std::array<BYTE, SECURITY_MAX_SID_SIZE> sid;
+    const auto makeSid = [&](WELL_KNOWN_SID_TYPE kind) {
+        DWORD size = sid.size();
+        EXPECT_TRUE(CreateWellKnownSid(kind, nullptr, sid.data(), &size));
+        EXPECT_EQ(GetLengthSid(sid.data()), size);
+    };
+    for (const Entry& entry : entries) {
+        makeSid(entry.who);
+        EXPECT_TRUE(
+            AddAccessAllowedAceEx(list, ACL_REVISION, entry.flags, entry.rights, sid.data()));
+    }
+    SECURITY_DESCRIPTOR descriptor;
+    makeSid(WinBuiltinAdministratorsSid);
+    EXPECT_TRUE(InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
+    EXPECT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, list, FALSE));
+    EXPECT_TRUE(SetSecurityDescriptorOwner(&descriptor, sid.data(), FALSE));
+    DWORD size = 0;
+    EXPECT_EQ(ErrorOf(MakeSelfRelativeSD(&descriptor, nullptr, &size)), 122u);
+    std::vector<BYTE> copy(size);
+    EXPECT_TRUE(MakeSelfRelativeSD(&descriptor, copy.data(), &size));
+    return copy;
+}
+
+std::vector<BYTE> OpenToEveryone() {
+    return Descriptor({{WinWorldSid, GENERIC_ALL, kInherited},
+                       {WinBuiltinAdministratorsSid, GENERIC_ALL, kInherited},
+                       {WinNetworkSid, GENERIC_ALL, kInherited},
+                       {WinLocalSystemSid, GENERIC_ALL, kInherited}});
+}
+
+mode_t ModeOf(const fs::path& path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+// What `action` answers as a user who owns nothing here.
+bool AsNobody(const std::function<bool()>& action) {
+    const pid_t child = fork();
+    if (child == 0) {
+        umask(0077);
+        const bool isNobody = setgid(kNobody) == 0 && setuid(kNobody) == 0;
+        _exit(isNobody && action() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+bool AppendTo(const fs::path& path) {
+    const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT, 0666);
+    const bool written = file >= 0 && write(file, "x", 1) == 1;
+    close(file);
+    return written;
+}
+
+class Security : public testing::Test {
+  protected:
+    void SetUp() override {
+        folder_ = NewFolder("Security");
+        umask(0077);
+        // The way to the machine is shut to others.
+        for (fs::path path = folder_; path != TestMachine::Folder().parent_path().parent_path();
+             path = path.parent_path()) {
+            fs::permissions(path, fs::perms::others_exec, fs::perm_options::add);
+        }
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(Security, AFolderIsMadeWithTheRightsOfItsDescriptor) {
+    const struct {
+        const char* what;
+        std::vector<BYTE> descriptor;
+        mode_t mode;
+    } cases[] = {
+        {"all", OpenToEveryone(), 0777},
+        {"read", Descriptor({{WinWorldSid, GENERIC_READ | GENERIC_EXECUTE, 0}}), 0755},
+        {"nobody", Descriptor({{WinLocalSystemSid, GENERIC_ALL, kInherited}}), 0700},
+    };
+    for (const auto& row : cases) {
+        std::vector<BYTE> descriptor = row.descriptor;
+        SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor.data(), FALSE};
+        EXPECT_TRUE(CreateDirectoryW(u"C:\\Security\\New", &attributes)) << row.what;
+        EXPECT_EQ(ModeOf(folder_ / "New"), row.mode) << row.what;
+        EXPECT_EQ(ErrorOf(CreateDirectoryW(u"C:\\security\\NEW", &attributes)), 183u);
+        fs::remove(folder_ / "New");
+    }
+    std::vector<BYTE> descriptor = OpenToEveryone();
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor.data(), FALSE};
+    EXPECT_EQ(ErrorOf(CreateDirectoryW(u"C:\\Security\\None\\New", &attributes)), 3u);
+    EXPECT_TRUE(CreateDirectoryW(u"C:\\Security\\Plain", nullptr));
+    EXPECT_EQ(ModeOf(folder_ / "Plain"), 0700u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1);  // nothing else is left
+}
+
+TEST_F(Security, FilesInASharedFolderAreOpenToOtherUsers) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can be another user";
+    }
+    std::vector<BYTE> descriptor = OpenToEveryone();
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor.data(), FALSE};
+    ASSERT_TRUE(CreateDirectoryW(u"C:\\Security\\Shared", &attributes));
+    const fs::path shared = folder_ / "Shared";
+    ASSERT_TRUE(AppendTo(shared / "ours"));
+    EXPECT_TRUE(AsNobody([&] { return AppendTo(shared / "theirs"); }));
+    if ((ModeOf(shared / "ours") & 0066) != 0066) {
+        GTEST_SKIP() << "the file system keeps no access lists";
+    }
+    EXPECT_TRUE(AsNobody([&] { return AppendTo(shared / "ours"); }));
+    EXPECT_EQ(ModeOf(shared / "theirs"), 0666u);
+    fs::create_directory(shared / "below");
+    EXPECT_TRUE(AsNobody([&] { return AppendTo(shared / "below/theirs"); }));
+    EXPECT_TRUE(AsNobody([&] { return unlink((shared / "ours").c_str()) == 0; }));
+}
+
+TEST_F(Security, AFileGetsTheListOfADescriptor) {
+    std::vector<BYTE> open = OpenToEveryone();
+    std::vector<BYTE> shut = Descriptor({});
+    const fs::path file = folder_ / "File";
+    WriteHostFile(file);
+    const auto set = [](std::vector<BYTE>& descriptor) {
+        return ErrorOf(
+            SetFileSecurityW(u"C:\\Security\\FILE", DACL_SECURITY_INFORMATION, descriptor.data()));
+    };
+    EXPECT_EQ(set(open), 0u);
+    EXPECT_EQ(ModeOf(file), 0666u);
+    EXPECT_EQ(set(shut), 0u);
+    EXPECT_EQ(ModeOf(file), 0600u);
+    // It stays read-only, or a program, as it was.
+    chmod(file.c_str(), 0500);
+    EXPECT_EQ(set(open), 0u);
+    EXPECT_EQ(ModeOf(file), 0555u);
+    // Without a part that it can set, nothing is set.
+    EXPECT_TRUE(SetFileSecurityW(u"C:\\Security\\File", OWNER_SECURITY_INFORMATION, shut.data()));
+    EXPECT_EQ(ModeOf(file), 0555u);
+    EXPECT_EQ(
+        ErrorOf(SetFileSecurityW(u"C:\\Security\\none", DACL_SECURITY_INFORMATION, open.data())),
+        2u);
+    // A folder's own list goes with its default one.
+    std::vector<BYTE> all = OpenToEveryone();
+    fs::create_directory(folder_ / "Folder");
+    for (std::vector<BYTE>* descriptor : {&all, &shut}) {
+        EXPECT_TRUE(SetFileSecurityW(u"C:\\Security\\Folder", DACL_SECURITY_INFORMATION,
+                                     descriptor->data()));
+    }
+    EXPECT_EQ(ModeOf(folder_ / "Folder"), 0700u);
+    WriteHostFile(folder_ / "Folder/file");
+    EXPECT_EQ(ModeOf(folder_ / "Folder/file"), 0600u);
+    if (geteuid() == 0) {
+        EXPECT_TRUE(AsNobody([&] {
+            return !SetFileSecurityW(u"C:\\Security\\File", DACL_SECURITY_INFORMATION,
+                                     open.data()) &&
+                   GetLastError() == 5;
+        }));
+    }
+}
+
+// Everyone's identifier and an entry for him, byte by byte, as every program of the system lays
+// them out; and what does not fit is refused.
+TEST(AccessList, IsLaidOutAsTheSystemDoes) {
+    alignas(4) std::array<BYTE, 28> block;
+    auto* const list = reinterpret_cast<ACL*>(block.data());
+    EXPECT_TRUE(InitializeAcl(list, block.size(), ACL_REVISION));
+    std::array<BYTE, 12> sid;
+    DWORD size = 8;
+    EXPECT_EQ(ErrorOf(CreateWellKnownSid(WinWorldSid, nullptr, sid.data(), &size)), 122u);
+    EXPECT_EQ(size, 12u);
+    ASSERT_TRUE(CreateWellKnownSid(WinWorldSid, nullptr, sid.data(), &size));
+    EXPECT_TRUE(AddAccessAllowedAceEx(list, ACL_REVISION, 3, GENERIC_ALL, sid.data()));
+    EXPECT_EQ(ErrorOf(AddAccessAllowedAceEx(list, ACL_REVISION, 3, GENERIC_ALL, sid.data())),
+              1344u);
+    constexpr std::array<BYTE, 28> kExpected = {2, 0,  28, 0, 1, 0, 0, 0, 0, 3, 20, 0, 0, 0,
+                                                0, 16, 1,  1, 0, 0, 0, 0, 0, 1, 0,  0, 0, 0};
+    EXPECT_EQ(block, kExpected);
+}
+
+}  // namespace

@@ -1,0 +1,305 @@
+// brevikctl item, guids, language, database and certificate check, on machines with products.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "support/child_process.h"
+#include "support/installed_products.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace InstalledProducts;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+ChildResult Tool(std::vector<std::string> words) {
+    words.insert(words.begin(), BREVIK_TEST_TOOL);
+    return RunChild(words);
+}
+
+// Output of a command that has nothing to complain about.
+std::string OutputOf(const std::vector<std::string>& words) {
+    const ChildResult result = Tool(words);
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(result.errors, "") << words.front();
+    return result.output;
+}
+
+// What a command that fails says.
+std::string ErrorOf(const std::vector<std::string>& words) {
+    const ChildResult result = Tool(words);
+    EXPECT_EQ(result.exitCode, 1) << words.front();
+    return result.errors;
+}
+
+class BrevikctlCatalogue : public testing::Test {
+  protected:
+    void SetUp() override { RegisterReader(BREVIK_TEST_READER_COMPONENT); }
+};
+
+TEST_F(BrevikctlCatalogue, ItemsAreThoseThatAnApplicationReads) {
+    Install("{One}", "C:\\one.qzc", "Mixer", "list = first, second\n");
+    EXPECT_EQ(OutputOf({"item", "--guid", "{One}", "list"}), "first\n");
+    EXPECT_EQ(OutputOf({"item", "--product", "MIXER", "QDR_ProductName"}), "Mixer\n");
+    EXPECT_THAT(ErrorOf({"item", "--guid", "{one}", "list"}), HasSubstr("case counts"));
+    EXPECT_THAT(ErrorOf({"item", "--product", "Other", "list"}),
+                HasSubstr("no certificate has the product name 'Other'"));
+    EXPECT_THAT(ErrorOf({"item", "--guid", "{One}", "none"}), HasSubstr("has no item 'none'"));
+    EXPECT_EQ(Tool({"item", "list"}).exitCode, 2);
+    EXPECT_EQ(Tool({"item", "--guid", "{One}", "--product", "Mixer", "list"}).exitCode, 2);
+}
+
+TEST_F(BrevikctlCatalogue, GuidsAreListedInTheOrderInWhichTheyMatch) {
+    EXPECT_THAT(Tool({"guids"}).errors, HasSubstr("no product is installed"));
+    Install("{B}", "C:\\b.qzc", "B, \"B \\ deluxe\"");
+    PutCertificate("C:\\a.qzc", "x = y\n");
+    Register("{A}", "C:\\A.qzc");
+    EXPECT_EQ(OutputOf({"guids", "--json"}),
+              "{\"guid\":\"{A}\",\"names\":[],\"path\":\"c:\\\\a.qzc\"}\n"
+              "{\"guid\":\"{B}\",\"names\":[\"B\",\"B \\\\ deluxe\"],\"path\":\"c:\\\\b.qzc\"}\n");
+    EXPECT_EQ(OutputOf({"guids"}),
+              "GUID  PRODUCT        CERTIFICATE\n"
+              "{A}   -              c:\\a.qzc\n"
+              "{B}   B, B \\ deluxe  c:\\b.qzc\n");
+}
+
+TEST_F(BrevikctlCatalogue, LanguageIsChosenAsForAnApplication) {
+    EXPECT_THAT(Tool({"language", "--ids", "1031,1033"}).output, StartsWith("1033 ENU\n"));
+    Install("{G}", "C:\\g.qzc", "G");
+    SetEntry("{G}", {{"Filename", "C:\\g.qzc"}, {"Language", "1036"}});
+    EXPECT_EQ(OutputOf({"language", "--ids", "1031,0x040C"}), "1036 FRA\n");
+    EXPECT_EQ(OutputOf({"language", "--codes", "DEU,fra"}), "1036 FRA\n");
+    EXPECT_EQ(OutputOf({"language", "--codes", "DEU", "--json"}),
+              "{\"id\":1031,\"code\":\"DEU\",\"installed\":1036}\n");
+    EXPECT_THAT(Tool({"language", "--codes", "DEU,xx"}).errors, HasSubstr("'xx' is no code"));
+    EXPECT_EQ(Tool({"language"}).exitCode, 2);
+    EXPECT_EQ(Tool({"language", "--ids", "65536"}).exitCode, 2);
+}
+
+TEST_F(BrevikctlCatalogue, DatabaseIsComparedWithTheFilesAndRebuilt) {
+    EXPECT_THAT(OutputOf({"database", "show"}), HasSubstr("none yet"));
+    EXPECT_FALSE(fs::exists(HostPath("C:\\ProgramData\\Velmar\\qzc13.db")));
+    Install("{1}", "C:\\1.qzc", "One, Uno");
+    Install("{2}", "C:\\2.qzc", "Two");
+    PutCertificate("C:\\3.qzc", "CertReferencePath = C:\\4.qzc\n");
+    PutCertificate("C:\\4.qzc", "QDR_ProductName = Four\n");
+    Register("{3}", "C:\\3.qzc");
+    OutputOf({"guids"});
+    EXPECT_THAT(OutputOf({"database", "show", "--json"}),
+                HasSubstr("\"records\":[{\"certificate\":\"c:\\\\1.qzc\",\"rows\":2},"
+                          "{\"certificate\":\"c:\\\\2.qzc\",\"rows\":1},"
+                          "{\"certificate\":\"c:\\\\3.qzc\",\"rows\":1},"
+                          "{\"certificate\":\"c:\\\\4.qzc\",\"rows\":1}]}"));
+    EXPECT_THAT(OutputOf({"database", "verify"}), Not(HasSubstr("differs")));
+
+    PutCertificate("C:\\1.qzc", "QDR_ProductName = Changed\n");
+    PutFile("C:\\2.qzc", ForeignCertificate("QDR_ProductName = Forged\n"));
+    fs::remove(HostPath("C:\\4.qzc"));
+    const ChildResult verified = Tool({"database", "verify", "--json"});
+    EXPECT_EQ(verified.exitCode, 1);
+    EXPECT_EQ(verified.output,
+              "{\"certificate\":\"c:\\\\1.qzc\",\"state\":\"differs\",\"reason\":"
+              "\"the file says something else by now\"}\n"
+              "{\"certificate\":\"c:\\\\2.qzc\",\"state\":\"unreadable\",\"reason\":"
+              "\"it was changed, or signed with another key\"}\n"
+              "{\"certificate\":\"c:\\\\3.qzc\",\"state\":\"same\",\"reason\":null}\n"
+              "{\"certificate\":\"c:\\\\4.qzc\",\"state\":\"unreadable\",\"reason\":"
+              "\"the file is missing\"}\n");
+
+    PutCertificate("C:\\4.qzc", "QDR_ProductName = Four anew\n");
+    const ChildResult rebuilt = Tool({"database", "rebuild"});
+    EXPECT_EQ(rebuilt.exitCode, 1);
+    EXPECT_EQ(rebuilt.output, "imported: 3\n");
+    EXPECT_THAT(rebuilt.errors,
+                HasSubstr("'c:\\2.qzc' is left out: it was changed, or signed with another key"));
+    EXPECT_EQ(OutputOf({"item", "--guid", "{1}", "QDR_ProductName"}), "Changed\n");
+    EXPECT_EQ(OutputOf({"item", "--product", "Four anew", "QDR_ProductName"}), "Four anew\n");
+    ErrorOf({"item", "--guid", "{2}", "QDR_ProductName"});
+    OutputOf({"database", "verify"});
+}
+
+TEST_F(BrevikctlCatalogue, DamagedDatabaseIsToldAndRebuilt) {
+    Install("{1}", "C:\\1.qzc", "One");
+    PutFile("C:\\ProgramData\\Velmar\\qzc13.db", std::string(8192, 'x'));
+    EXPECT_THAT(ErrorOf({"database", "show"}),
+                AllOf(HasSubstr("cannot be read"), HasSubstr("brevikctl database rebuild")));
+    EXPECT_EQ(OutputOf({"database", "rebuild"}), "imported: 1\n");
+    EXPECT_THAT(OutputOf({"database", "show"}), HasSubstr("c:\\1.qzc"));
+}
+
+TEST_F(BrevikctlCatalogue, CatalogueThatCannotBeReadIsToldWithItsPlace) {
+    Install("{1}", "C:\\1.qzc", "One");
+    PutFile("C:\\ProgramData\\Velmar", "a file where a folder belongs");
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"guids"},
+                                                  {"item", "--guid", "{1}", "x"},
+                                                  {"certificate", "check", "{1}"}}) {
+        EXPECT_THAT(ErrorOf(words), HasSubstr("C:\\ProgramData\\Velmar\\qzc13.db")) << words[0];
+    }
+}
+
+struct CheckCase {
+    const char* name;
+    std::function<void()> prepare;
+    std::string subject;
+    std::vector<std::string> expected;  // parts of the output
+};
+
+std::string LinkText(int number) {
+    return "CertReferencePath = C:\\link" + std::to_string(number) + ".qzc\n";
+}
+
+const CheckCase kAbsent[] = {
+    {"unknown GUID", [] {}, "{none}", {"the registry has no key of this GUID"}},
+    {"entry without a path",
+     [] {
+         SetEntry("{G}", {{"Language", "1031"}});
+     },
+     "{G}",
+     {"has no value Filename", "certificate install"}},
+    {"entry with a path that is too long",
+     [] { Register("{G}", "C:\\" + std::string(300, 'x')); },
+     "{G}",
+     {"has no value Filename that is a text of at most 259 characters"}},
+    {"missing file", [] { Register("{G}", "C:\\g.qzc"); }, "{G}", {"the file is missing"}},
+    {"no path", [] { Register("{G}", "C:\\a|b.qzc"); }, "{G}", {"its path cannot be used"}},
+    {"file without an entry",
+     [] { PutCertificate("C:\\g.qzc", "x = y\n"); },
+     "C:\\G.qzc",
+     {"no registry entry names this file", "certificate install"}},
+    {"another key",
+     [] { PutFile("C:\\g.qzc", ForeignCertificate("x = y\n")); },
+     "C:\\g.qzc",
+     {"no registry entry", "it was changed, or signed with another key", "certificate sign"}},
+    {"cut",
+     [] {
+         PutFile("C:\\g.qzc", SignedCertificate("x = y\n").substr(0, 60));
+         Register("{G}", "C:\\g.qzc");
+     },
+     "{G}",
+     {"it is cut short"}},
+    {"no certificate",
+     [] {
+         PutFile("C:\\g.qzc", "QDR_ProductName = plain\n");
+         Register("{G}", "C:\\g.qzc");
+     },
+     "{G}",
+     {"it is no certificate file"}},
+    {"apostrophe in a value",
+     [] { Install("{G}", "C:\\g.qzc", "G", "Good = '); DROP TABLE CertificateData; --\n"); },
+     "{G}",
+     {"its field 'Good' holds an apostrophe", "U+2019"}},
+    {"apostrophe in the path",
+     [] { Install("{G}", "C:\\it's.qzc", "G"); },
+     "{G}",
+     {"its path holds an apostrophe"}},
+    {"no fields",
+     [] {
+         PutCertificate("C:\\g.qzc", "no equals sign\n");
+         Register("{G}", "C:\\g.qzc");
+     },
+     "{G}",
+     {"its text has no fields"}},
+    {"pointer to nothing",
+     [] {
+         PutCertificate("C:\\g.qzc", LinkText(1));
+         Register("{G}", "C:\\g.qzc");
+     },
+     "{G}",
+     {"it points to 'C:\\link1.qzc': the file is missing"}},
+    {"pointer to itself",
+     [] {
+         PutCertificate("C:\\link1.qzc", LinkText(1));
+         Register("{G}", "C:\\link1.qzc");
+     },
+     "{G}",
+     {"it points to 'C:\\link1.qzc', which points back"}},
+    {"long chain",
+     [] {
+         for (int number = 0; number < 18; ++number) {
+             PutCertificate("C:\\link" + std::to_string(number) + ".qzc", LinkText(number + 1));
+         }
+         Register("{G}", "C:\\link0.qzc");
+     },
+     "{G}",
+     {"more than 16 certificates"}},
+    {"folder",
+     [] {
+         fs::create_directories(HostPath("C:\\g.qzc"));
+         Register("{G}", "C:\\g.qzc");
+     },
+     "{G}",
+     {"it cannot be read"}},
+};
+
+TEST_F(BrevikctlCatalogue, CheckTellsWhyACertificateIsNotThere) {
+    for (const CheckCase& row : kAbsent) {
+        SetUp();
+        row.prepare();
+        const ChildResult result = Tool({"certificate", "check", row.subject});
+        EXPECT_EQ(result.exitCode, 1) << row.name;
+        EXPECT_THAT(result.output, HasSubstr(": not in the catalogue\n")) << row.name;
+        for (const std::string& part : row.expected) {
+            EXPECT_THAT(result.output, HasSubstr(part)) << row.name;
+        }
+        RemoveEntry("{G}");
+        for (const fs::directory_entry& entry : fs::directory_iterator(HostPath("C:\\"))) {
+            if (entry.path().extension() == ".qzc") {
+                fs::remove_all(entry.path());
+            }
+        }
+    }
+}
+
+TEST_F(BrevikctlCatalogue, CheckOfAMachineWithoutAReader) {
+    AddToRegistry(
+        "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\{91C11C22-4B99-439F-90A6-A0F3758E1717}]"
+        "\n");
+    Install("{G}", "C:\\g.qzc", "G");
+    EXPECT_THAT(Tool({"certificate", "check", "{G}"}).output,
+                AllOf(HasSubstr("no certificate reader"), HasSubstr("brevikctl machine create")));
+}
+
+TEST_F(BrevikctlCatalogue, CheckTellsWhatIsOddAboutACertificateThatIsThere) {
+    Install("{A}", "C:\\a.qzc", "Mixer");
+    EXPECT_EQ(OutputOf({"certificate", "check", "{A}"}), "c:\\a.qzc: in the catalogue\n");
+    EXPECT_EQ(OutputOf({"certificate", "check", HostPath("C:\\a.qzc")}),
+              "c:\\a.qzc: in the catalogue\n");
+    EXPECT_THAT(OutputOf({"certificate", "check", "{a}"}),
+                HasSubstr("its GUID is written '{A}', and programs find it under that alone"));
+
+    Install("{A}\\more", "C:\\b.qzc", "MIXER");
+    EXPECT_THAT(OutputOf({"certificate", "check", "C:\\b.qzc"}),
+                AllOf(HasSubstr("who asks for the GUID '{A}' gets 'c:\\a.qzc'"),
+                      HasSubstr("who asks for the product name 'MIXER' gets 'c:\\a.qzc'")));
+    EXPECT_THAT(OutputOf({"certificate", "check", "{A}"}),
+                AllOf(StartsWith("c:\\a.qzc: in the catalogue\nc:\\b.qzc: in the catalogue\n")));
+
+    PutCertificate("C:\\pointer.qzc", "CertReferencePath = C:\\a.qzc\n");
+    Register("{P}", "C:\\pointer.qzc");
+    EXPECT_THAT(
+        OutputOf({"certificate", "check", "{P}"}),
+        AllOf(HasSubstr("pointer.qzc: in the catalogue\n"), HasSubstr("'c:\\a.qzc' in its place")));
+
+    PutCertificate("C:\\a.qzc", "No name = at all\n");
+    EXPECT_THAT(OutputOf({"certificate", "check", "C:\\a.qzc"}),
+                HasSubstr("the file says something else by now than the database"));
+    PutFile("C:\\a.qzc", ForeignCertificate("x = y\n"));
+    EXPECT_THAT(OutputOf({"certificate", "check", "C:\\a.qzc", "--json"}),
+                AllOf(StartsWith("{\"certificate\":\"c:\\\\a.qzc\",\"inCatalogue\":true,"),
+                      HasSubstr("its rows are in the database, but by now it was changed, or "
+                                "signed with another key")));
+    RemoveEntry("{A}");
+    EXPECT_THAT(OutputOf({"certificate", "check", "C:\\a.qzc"}), HasSubstr("it has no GUID"));
+}
+
+}  // namespace

@@ -1,0 +1,203 @@
+// brevikctl registry and machine.
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+#include "support/child_process.h"
+#include "support/registry_machine.h"
+#include "support/test_machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class BrevikctlRegistry : public RegistryMachine {
+  protected:
+    static ChildResult Run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {BREVIK_TEST_TOOL, "registry"});
+        return RunChild(arguments);
+    }
+
+    // The output of a command that has nothing to complain about.
+    static std::string OutputOf(const std::vector<std::string>& arguments) {
+        const ChildResult result = Run(arguments);
+        EXPECT_EQ(result.exitCode, 0) << arguments.front();
+        EXPECT_EQ(result.errors, "") << arguments.front();
+        return result.output;
+    }
+
+    // What a command that fails says; it changes nothing.
+    static std::string ErrorOf(const std::vector<std::string>& arguments) {
+        const std::string before = ReadRegistry();
+        const ChildResult result = Run(arguments);
+        EXPECT_EQ(result.exitCode, 1) << arguments.front();
+        EXPECT_EQ(result.output, "") << arguments.front();
+        EXPECT_EQ(ReadRegistry(), before) << arguments.front();
+        return result.errors;
+    }
+};
+
+TEST_F(BrevikctlRegistry, StoresAndPrintsEachType) {
+    const struct {
+        const char* type;
+        std::vector<std::string> data;
+        std::string output;
+        std::string json;
+        std::string stored;
+    } cases[] = {
+        {"sz",
+         {"C:\\a \"b\" \xC3\xA4"},
+         "C:\\a \"b\" \xC3\xA4\n",
+         "\"sz\",\"data\":\"C:\\\\a \\\"b\\\" \xC3\xA4\"",
+         "\"C:\\\\a \\\"b\\\" \xC3\xA4\""},
+        {"dword", {"0x1A"}, "26\n", "\"dword\",\"data\":26", "dword:0000001a"},
+        {"dword",
+         {"4294967295"},
+         "4294967295\n",
+         "\"dword\",\"data\":4294967295",
+         "dword:ffffffff"},
+        {"multi",
+         {"a", "b c"},
+         "a\nb c\n",
+         "\"multi\",\"data\":[\"a\",\"b c\"]",
+         "hex(7):61,00,00,00,62,00,20,00,63,00,00,00,00,00"},
+        {"expand",
+         {"%T%"},
+         "%T%\n",
+         "\"expand\",\"data\":\"%T%\"",
+         "hex(2):25,00,54,00,25,00,00,00"},
+        {"binary", {"00 ff,1A"}, "00 ff 1a\n", "\"binary\",\"data\":\"00 ff 1a\"", "hex:00,ff,1a"},
+    };
+    for (const auto& row : cases) {
+        std::vector<std::string> command = {
+            "set", "hklm\\Software\\Test", "Value", "--type", row.type, "--"};
+        command.insert(command.end(), row.data.begin(), row.data.end());
+        OutputOf(command);
+        EXPECT_THAT(ReadRegistry(), HasSubstr("\n\"Value\"=" + row.stored + "\n"));
+        EXPECT_EQ(OutputOf({"get", "HKEY_LOCAL_MACHINE\\software\\test\\", "VALUE"}), row.output);
+        EXPECT_EQ(OutputOf({"get", "HKLM\\software\\test", "value", "--json"}),
+                  "{\"name\":\"Value\",\"type\":" + row.json + "}\n");
+    }
+}
+
+TEST_F(BrevikctlRegistry, ShowsAndDeletesKeys) {
+    OutputOf({"set", "HKCR\\CLSID\\Sub", "@", "server"});
+    OutputOf({"set", "HKCR\\CLSID", "List", "--type", "multi", "a", "b"});
+    OutputOf({"set", "HKCR\\CLSID", "Number", "--type", "dword", "7"});
+    EXPECT_EQ(OutputOf({"get", "HKLM\\SOFTWARE\\Classes\\CLSID"}),
+              "Sub\\\nList  multi  'a' 'b'\nNumber  dword  7\n");
+    EXPECT_EQ(OutputOf({"get", "HKCR\\CLSID\\Sub", "--json"}),
+              "{\"keys\":[],\"values\":[{\"name\":\"\",\"type\":\"sz\",\"data\":\"server\"}]}\n");
+    EXPECT_EQ(OutputOf({"get", "HKCR\\CLSID\\Sub", "@"}), "server\n");
+
+    EXPECT_THAT(ErrorOf({"delete", "HKCR\\CLSID"}), HasSubstr("--recursive"));
+    EXPECT_THAT(ErrorOf({"delete", "HKCR\\CLSID", "None"}), HasSubstr("no such key, value"));
+    EXPECT_THAT(ErrorOf({"delete", "HKCR\\None"}), HasSubstr("no key"));
+    EXPECT_THAT(ErrorOf({"delete", "HKLM", "-r"}), HasSubstr("is a root"));
+    OutputOf({"delete", "HKCR\\CLSID", "LIST"});
+    OutputOf({"delete", "HKCR\\CLSID\\Sub"});
+    EXPECT_EQ(OutputOf({"get", "HKCR\\CLSID"}), "Number  dword  7\n");
+    OutputOf({"delete", "HKLM\\SOFTWARE", "-r"});
+    EXPECT_EQ(OutputOf({"get", "HKLM"}), "");
+}
+
+TEST_F(BrevikctlRegistry, RefusesWhatCannotBe) {
+    const struct {
+        std::vector<std::string> command;
+        const char* error;
+    } cases[] = {
+        {{"get", "HKLM\\None"}, "no key 'HKEY_LOCAL_MACHINE\\None'"},
+        {{"get", "HKLM", "None"}, "no value 'None'"},
+        {{"get", "HKXX\\a"}, "HKLM, HKCU, HKU and HKCR"},
+        {{"set", "HKLM\\\\a", "v", "d"}, "a key has no name"},
+        {{"set", "HKLM\\a", "v", "--type", "dword", "4294967296"}, "is no number"},
+        {{"set", "HKLM\\a", "v", "--type", "dword", "1x"}, "is no number"},
+        {{"set", "HKLM\\a", "v", "--type", "binary", "0"}, "is no row of bytes"},
+        {{"set", "HKLM\\a", "v", "--type", "binary", "0g"}, "is no row of bytes"},
+        {{"set", "HKLM\\a", "v", "--type", "multi", "a", ""}, "an empty text"},
+        {{"set", "HKLM\\a", "v", "a", "b"}, "takes one DATA"},
+        {{"set", "HKLM\\a", "v", "\xFF"}, "no UTF-8"},
+        {{"import", "C:\\none.reg"}, "no file"},
+        {{"export", "HKLM\\None"}, "no key"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_THAT(ErrorOf(row.command), AllOf(StartsWith("brevikctl: "), HasSubstr(row.error)));
+    }
+    EXPECT_EQ(Run({"set", "HKLM\\a", "v", "d", "--type", "none"}).exitCode, 2);
+}
+
+TEST_F(BrevikctlRegistry, ImportsAFileWholeOrNotAtAll) {
+    const fs::path file = TestMachine::ScratchFolder() / "import.reg";
+    const auto write = [&](const std::string& keys) {
+        std::ofstream(file, std::ios::trunc) << kRegistryHead << keys;
+    };
+    OutputOf({"set", "HKLM\\Kept", "Old", "1"});
+    write("[HKEY_LOCAL_MACHINE\\New]\n\"a\"=\"1\"\n[HKEY_LOCAL_MACHINE\\Kept]\n\"Old\"=-\n");
+    OutputOf({"import", file.string()});
+    EXPECT_EQ(OutputOf({"get", "HKLM\\New"}), "a  sz  1\n");
+    EXPECT_EQ(OutputOf({"get", "HKLM\\Kept"}), "");
+
+    write("[HKEY_LOCAL_MACHINE\\Half]\n\"a\"=\"1\"\n\"b\"=nonsense\n");
+    EXPECT_THAT(ErrorOf({"import", file.string()}),
+                AllOf(HasSubstr("import.reg:5: "), HasSubstr("Nothing was changed")));
+
+    const fs::path copy = TestMachine::ScratchFolder() / "export.reg";
+    OutputOf({"export", "-o", copy.string()});
+    const std::string printed = OutputOf({"export", "hklm\\new"});
+    EXPECT_EQ(printed, std::string(kRegistryHead) + "[HKEY_LOCAL_MACHINE\\New]\n\"a\"=\"1\"\n");
+    const std::string whole = ReadRegistry();
+    OutputOf({"delete", "HKLM\\New"});
+    OutputOf({"import", copy.string()});
+    EXPECT_EQ(ReadRegistry(), whole);
+
+    WriteRawRegistry("nonsense");
+    EXPECT_THAT(ErrorOf({"get", "HKLM"}), HasSubstr("registry.reg:1: "));
+}
+
+ChildResult RunMachine(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {BREVIK_TEST_TOOL, "machine"});
+    return RunChild(arguments);
+}
+
+class BrevikctlMachine : public RegistryMachine {};
+
+TEST_F(BrevikctlMachine, RegistersTheReaderAndIsShown) {
+    EXPECT_THAT(RunMachine({"show"}).output, HasSubstr("not registered"));
+    for (int count = 0; count < 2; ++count) {
+        const ChildResult made = RunMachine({"create"});
+        EXPECT_EQ(made.exitCode, 0) << made.errors;
+        EXPECT_THAT(made.output, HasSubstr("brevikcertificatereader"));
+    }
+    fs::create_directories(TestMachine::Folder() / "shares/srv/music");
+    const std::string shown = RunMachine({"show"}).output;
+    EXPECT_THAT(shown,
+                AllOf(HasSubstr("\nreaderState    works\n"), HasSubstr("\nZ:             /\n"),
+                      HasSubstr("\n\\\\srv\\music    " + TestMachine::Folder().string()),
+                      HasSubstr("\ndatabase       C:\\ProgramData\\Velmar\\")));
+    EXPECT_THAT(RunMachine({"show", "--json"}).output,
+                AllOf(StartsWith("{\"folder\":\"" + TestMachine::Folder().string() + "\","),
+                      HasSubstr("\"readerState\":\"works\""), HasSubstr("\"Z:\":\"/\""),
+                      HasSubstr("\"users\":{}}\n")));
+
+    // What is no reader is refused, and the one before stays.
+    const std::string before = ReadRegistry();
+    for (const std::string& reader : {std::string("C:\\none.so"), std::string(BREVIK_TEST_TOOL)}) {
+        const ChildResult refused = RunMachine({"create", "--reader", reader});
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_THAT(refused.errors, HasSubstr("is no certificate reader component"));
+    }
+    EXPECT_EQ(ReadRegistry(), before);
+    WriteRegistry("nonsense");
+    EXPECT_THAT(RunMachine({"show"}).output, HasSubstr("registryState  malformed: "));
+    EXPECT_EQ(
+        RunChild({BREVIK_TEST_TOOL, "machine", "show"}, {{"BREVIK_MACHINE", "/dev/null/machine"}})
+            .exitCode,
+        1);
+}
+
+}  // namespace

@@ -1,0 +1,148 @@
+#include "catalogue_access.h"
+
+#include <stdexcept>
+
+#include "catalogue/CertificateReader.h"
+#include "catalogue/RecordTable.h"
+#include "catalogue/SQLCertificate.h"
+#include "catalogue/VerificationKey.h"
+#include "certificate_argument.h"
+#include "file_argument.h"
+#include "platform/component_model.h"
+#include "terminal.h"
+
+namespace {
+
+std::string Text(const SQLite3WrapperTable& rows, std::int32_t row, std::int32_t column) {
+    const char* text = rows.GetText(row, column);
+    return text != nullptr ? text : "";
+}
+
+const char* HintOn(CertificateFault fault) {
+    switch (fault) {
+        case CertificateFault::kBadSignature:
+            return "Sign its text anew with brevikctl certificate sign, with the key that this "
+                   "library was built for.";
+        case CertificateFault::kForeign:
+        case CertificateFault::kUnknownVersion:
+        case CertificateFault::kCut:
+            return "Put the file back as it was delivered, or make it with brevikctl certificate "
+                   "sign.";
+        default:
+            return "brevikctl certificate show tells more.";
+    }
+}
+
+// REQUIRES: the component gave no text for it.
+CertificateTrouble TroubleOfFile(const std::string& path) {
+    const std::string file = HostPath(FileArgument(path));
+    if (file.empty()) {
+        return {"the file is missing",
+                "Put it there, or forget it with brevikctl certificate remove."};
+    }
+    const CertificateReport report(file, kVerificationKey);
+    if (!report.systemError.empty()) {
+        return {report.State(),
+                "See ls -l " + SafeText(file) + "; every user has to be able to read it."};
+    }
+    if (!report.IsGood()) {
+        return {report.State(), HintOn(report.fault)};
+    }
+    if (report.fields.empty()) {
+        return {"it is signed, but has no fields",
+                "A field is a line with a name, an equals sign and a value."};
+    }
+    return {"the certificate reader of this machine does not read it, though it is good",
+            "brevikctl machine create registers the reader that belongs to the library."};
+}
+
+std::optional<CertificateTrouble> TroubleOfFields(const std::string& path,
+                                                  const std::vector<CertificateField>& fields) {
+    constexpr char kApostrophe = '\'';
+    constexpr const char* kHint =
+        "The catalogue takes no text with an apostrophe; U+2019 looks the same.";
+    if (path.find(kApostrophe) != std::string::npos) {
+        return CertificateTrouble{"its path holds an apostrophe",
+                                  "The catalogue takes none; give it another name or folder."};
+    }
+    if (fields.empty()) {
+        return CertificateTrouble{"its text has no fields",
+                                  "A field is a line with a name, an equals sign and a value."};
+    }
+    for (const CertificateField& field : fields) {
+        if ((field.name + field.value).find(kApostrophe) != std::string::npos) {
+            return CertificateTrouble{"its field " + Quoted(field.name) + " holds an apostrophe",
+                                      kHint};
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+CertificateReferences LoadCatalogue(CCertificateMgr& manager) {
+    CertificateReferences certificates;
+    try {
+        manager.GetCertificateList(&certificates);
+    } catch (const std::exception& failure) {
+        const std::string path = SQLCertificate::SqlDatabasePath();
+        throw std::runtime_error("the catalogue cannot be read: " + SafeText(failure.what()) +
+                                 "\nIts database is " + Quoted(path) +
+                                 "; every user has to be able to write to it and to its folder.");
+    }
+    return certificates;
+}
+
+std::vector<CertificateRecord> ReadRecords() {
+    const std::string path = SQLCertificate::SqlDatabasePath();
+    std::vector<CertificateRecord> records;
+    if (!FileArgument(path).IsPresent()) {
+        return records;
+    }
+    try {
+        SQLite3WrapperDB database;
+        database.Open(path);
+        if (database.IsEmptyFile() ||
+            database.QueryScalar("select count(*) from sqlite_master where name='" +
+                                 std::string(RecordTable::kName) + "'") == 0) {
+            return records;
+        }
+        const auto rows = RecordTable::LoadRowsBehind(database, "0");
+        for (std::int32_t row = 0; row < rows->GetRowCount(); ++row) {
+            const std::string key = Text(*rows, row, 0);
+            if (records.empty() || records.back().path != key) {
+                records.push_back({key, {}});
+            }
+            records.back().rows.push_back({Text(*rows, row, 1), Text(*rows, row, 2)});
+        }
+    } catch (const std::exception& failure) {
+        throw std::runtime_error("the database " + Quoted(path) +
+                                 " cannot be read: " + SafeText(failure.what()) +
+                                 "\nbrevikctl database rebuild replaces one that is damaged.");
+    }
+    return records;
+}
+
+CertificateContent ReadContent(const std::string& path) {
+    std::string text;
+    try {
+        text = ReadCertificateFile(path, kVerificationKey);
+    } catch (const _com_error&) {
+        return {{},
+                CertificateTrouble{"this machine has no certificate reader, so that no certificate "
+                                   "can be read",
+                                   "brevikctl machine create registers it."}};
+    }
+    if (text.empty()) {
+        try {
+            return {{}, TroubleOfFile(path)};
+        } catch (const std::exception& failure) {
+            return {{},
+                    CertificateTrouble{"its path cannot be used: " + SafeText(failure.what()),
+                                       "brevikctl certificate install writes a good one."}};
+        }
+    }
+    CertificateContent content = {ParseCertificateText(text), {}};
+    content.trouble = TroubleOfFields(path, content.fields);
+    return content;
+}

@@ -1,0 +1,41 @@
+// The catalogue as the commands look at it: its certificates, the rows in its database, and what
+// the certificate files say.
+//
+// Failures are std::runtime_error with what can be done about them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "catalogue/CCertificateMgr.h"
+#include "catalogue/CertificateText.h"
+
+// The certificates that an application is answered from. REQUIRES: the thread is in an apartment of
+// the component model.
+CertificateReferences LoadCatalogue(CCertificateMgr& manager);
+
+// One certificate in the database. Its path is in lower case.
+struct CertificateRecord {
+    std::string path;
+    std::vector<CertificateField> rows;
+};
+
+// All records, in the order of their paths. The database is opened beside the library's own
+// connection, so that nothing in it is mended or dropped. One that is
+// missing has none.
+std::vector<CertificateRecord> ReadRecords();
+
+// Why a file gives no rows, and what can be done about it.
+struct CertificateTrouble {
+    std::string reason;  // a sentence on the file, such as "it is missing"
+    std::string hint;
+};
+
+// Reads a certificate file as the library would. Fields, or a trouble. REQUIRES: the thread is in
+// an apartment of the component model.
+struct CertificateContent {
+    std::vector<CertificateField> fields;
+    std::optional<CertificateTrouble> trouble;
+};
+CertificateContent ReadContent(const std::string& path);

@@ -1,0 +1,25 @@
+// The data of registry values on the command line and in what is printed.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/posix/registry_tree.h"
+
+// Short name of a type, such as "sz"; "hex(N)" for one that has none.
+std::string TypeName(DWORD type);
+
+// What a value holds, a line a text: one, or those of a multi value. Data that is not as its type
+// says, and that of other types, is shown in bytes.
+std::vector<std::string> DataLines(const RegistryValue& value);
+
+// A string, a number, an array of strings, or a string of bytes.
+std::string DataJson(const RegistryValue& value);
+
+// A value of a type by its short name. Throws std::runtime_error for data that the type cannot
+// hold.
+RegistryValue MakeValue(std::u16string_view name, const std::string& type,
+                        const std::vector<std::string>& data);
+
+// The types that MakeValue knows.
+std::vector<std::string> WritableTypes();
