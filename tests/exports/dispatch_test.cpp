@@ -214,6 +214,7 @@ TEST_F(UpdateExports, TraceTellsTheRoadOfADispatch) {
         "BREVIK KIT:   CVelmarProductCertifier::GetUpdateInfo - enter\r\n"
         "BREVIK KIT:     CVelmarProductCertifier::GetUpdateInfo() - strProductName = Mixer\r\n"
         "BREVIK KIT:     CVelmarProductCertifier::FindValidatedCertificate - enter\r\n"
+        "BREVIK KIT:       CCertificateMgr::GetValidCertificateReference(), Mixer founded\r\n"
         "BREVIK KIT:     CVelmarProductCertifier::FindValidatedCertificate - return\r\n"
         "BREVIK KIT:     CVelmarProductCertifier::GetUpdateInfo() - QDR_UpdateManager = 1, "
         "certificate name = Mixer, installer guid = {G} \r\n"
