@@ -140,6 +140,9 @@ PLATFORM_API std::int32_t bvkc_Dispatch_GetKindletProfileID(const char* strKindl
                                                             char** strProfileID) {
     const char* uid = OrEmpty(strKindletUID);
     const char* language = OrEmpty(locale);
+    if (strProfileID != nullptr) {
+        *strProfileID = nullptr;  // whatever fails: a caller frees what is not null
+    }
     return RunCall(
         __func__, kProfileFailure,
         [&] {
