@@ -3,8 +3,8 @@
 #include <stdexcept>
 
 #include "catalogue/CertificateReader.h"
+#include "catalogue/DatabasePath.h"
 #include "catalogue/RecordTable.h"
-#include "catalogue/SQLCertificate.h"
 #include "catalogue/VerificationKey.h"
 #include "certificate_argument.h"
 #include "file_argument.h"
@@ -85,16 +85,19 @@ CertificateReferences LoadCatalogue(CCertificateMgr& manager) {
     try {
         manager.GetCertificateList(&certificates);
     } catch (const std::exception& failure) {
-        const std::string path = SQLCertificate::SqlDatabasePath();
         throw std::runtime_error("the catalogue cannot be read: " + SafeText(failure.what()) +
-                                 "\nIts database is " + Quoted(path) +
+                                 "\nIts database is " + Quoted(DatabasePath()) +
                                  "; every user has to be able to write to it and to its folder.");
     }
     return certificates;
 }
 
+std::string DatabasePath() {
+    return WideToNarrow(DatabaseFileIn(FindDatabaseFolder()));
+}
+
 std::vector<CertificateRecord> ReadRecords() {
-    const std::string path = SQLCertificate::SqlDatabasePath();
+    const std::string path = DatabasePath();
     std::vector<CertificateRecord> records;
     if (!FileArgument(path).IsPresent()) {
         return records;
