@@ -12,8 +12,12 @@ constexpr const char* kSiblingFolder =
 
 }  // namespace
 
+std::filesystem::path SiblingFolder(const std::filesystem::path& machine) {
+    return machine / kSiblingFolder;
+}
+
 void PutSibling(const std::filesystem::path& machine) {
-    const std::filesystem::path folder = machine / kSiblingFolder;
+    const std::filesystem::path folder = SiblingFolder(machine);
     std::filesystem::create_directories(folder);
     std::filesystem::copy_file(BENCH_SIBLING, folder / "VelmarHTTPClient13.dll");
 }

@@ -4,6 +4,9 @@
 
 #include <filesystem>
 
+// Where the sibling library of a machine lies.
+std::filesystem::path SiblingFolder(const std::filesystem::path& machine);
+
 // Puts a stand-in for the sibling library into the machine in a folder. Throws on failure.
 void PutSibling(const std::filesystem::path& machine);
 

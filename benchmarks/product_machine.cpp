@@ -32,8 +32,8 @@ CertificateKeys::PrivateKey SigningKey() {
 }
 
 std::string FieldText(const std::string& number) {
-    std::string text = "QDR_ProductName = Product " + number + "\n";
-    for (int field = 1; field < ProductMachine::kFields; ++field) {
+    std::string text = "QDR_ProductName = Product " + number + "\nQDR_UpdateManager = 1\n";
+    for (int field = 2; field < ProductMachine::kFields; ++field) {
         const std::string place = std::to_string(field);
         text += "Field " + place + " = value " + place + " of product " + number + "\n";
     }
@@ -73,6 +73,21 @@ ProductMachine::ProductMachine(const fs::path& folder, int products) : folder_(f
 
 void ProductMachine::Use() const {
     setenv("BREVIK_MACHINE", folder_.c_str(), 1);
+}
+
+void ProductMachine::AddServices() const {
+    fs::copy_file(BENCH_STAND_IN, SiblingFolder(folder_) / "VelmarHTTPClient13.dll",
+                  fs::copy_options::overwrite_existing);
+    const std::string key =
+        "\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
+    std::ofstream(folder_ / "registry.reg", std::ios::app)
+        << key << "{PRODUCT-7}]\n\"UsedBy\"=\"{SUITE}\"\n\"Language\"=dword:00000409\n"
+        << key << "{SUITE}]\n\"VersionMajor\"=dword:0000000d\n\"VersionMinor\"=dword:00000002\n"
+        << "\"SKUID\"=\"SKU-7\"\n";
+}
+
+fs::path ProductMachine::ServiceLog(const fs::path& machine) {
+    return SiblingFolder(machine) / "VelmarHTTPClient13.log";
 }
 
 void ProductMachine::DropDatabase() const {

@@ -15,6 +15,13 @@ class ProductMachine {
     // on.
     void Use() const;
 
+    // Puts the stand-in for the online services in the place of the sibling library, and the
+    // uninstall entries of product 7 into the registry.
+    void AddServices() const;
+
+    // The log of the calls on that stand-in.
+    static std::filesystem::path ServiceLog(const std::filesystem::path& machine);
+
     // The next process has to import every certificate.
     void DropDatabase() const;
 

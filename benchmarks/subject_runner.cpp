@@ -29,6 +29,7 @@ constexpr Subject kSubjects[] = {
     {"trace-filter", RegisterTraceFilter},
     {"cookie-read", RegisterCookieRead},
     {"cookie-write", RegisterCookieWrite},
+    {"dispatch", RegisterDispatch},
     {"item-value", RegisterItemValue},
     {"database-opening", RegisterDatabaseOpening, kLengthy},
     {"certificate-import", RegisterCertificateImport, kLengthy},

@@ -10,4 +10,5 @@ void RegisterLanguageWithoutSibling();
 void RegisterTrace();        // a trace line that nobody gets; peer: spdlog to a null sink
 void RegisterTraceFilter();  // a trace line that a filter sees; the same peer
 void RegisterCookieRead();  // one value out of a file of 50 cookies; peer: libcurl loading the file
+void RegisterDispatch();    // a question to the update service; peer: the service's own operation
 void RegisterCookieWrite();  // one value into it; peer: libcurl writing the file out

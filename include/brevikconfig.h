@@ -180,44 +180,58 @@ int32_t bvkc_VCM_ReadCookieValue(const bvkc_wchar* domain, const bvkc_wchar* coo
 int32_t bvkc_VCM_WriteCookieValue(const bvkc_wchar* domain, const bvkc_wchar* cookie,
                                   const bvkc_wchar* key, const bvkc_wchar* value);
 
-/* ---- Requests to the online services ---- */
+/* ---- Requests to the online services ----
+ *
+ * The services live in the library VelmarHTTPClient13.dll, which is looked for at each call until it
+ * is found: beside the host, beside the program that started it, in the system's search order, and
+ * in the folder "Ondrel Shared\DllShared" of the common program files. A call waits as long as the
+ * service takes. Text that is not valid in the narrow code page is passed on as it converts.
+ */
 
 /*
- * Starts an update of a product.
+ * Has the update service update a product.
  *
- *   productIdentifier  narrow; the product.
- *   locale             narrow; a language code such as "ENU", or empty for the language in which
- * the suite runs. bRunInBackground   not 0: without a window of its own.
+ *   productIdentifier  narrow; one of the product's names, in any case of its ASCII letters.
+ *   locale             narrow; a language code such as "DEU", in either case, or empty for the
+ *                      language in which the suite runs. One that is not known is passed on as the
+ *                      language 0.
+ *   bRunInBackground   not 0: without a window of its own.
  *
- * Returns 0 without a failure, 2 when there is no update information for the product, 3 without
- * uninstall data, 4 when the service call failed.
+ * Returns 0 when the service was told, or when there is no service to tell; 2 when there is no
+ * update information: no certificate has that name, its item QDR_UpdateManager is missing or 0, or
+ * no installation uses the product; 3 without uninstall data of the product and of that
+ * installation; 4 when the service answered anything but success.
  */
 int32_t bvkc_Dispatch_InvokeUpdate(const char* productIdentifier, const char* locale,
                                    uint8_t bRunInBackground);
 
 /*
- * Asks whether an update or a message waits for a product.
+ * Asks the update service whether an update or a message waits for a product.
  *
- *   productIdentifier  narrow; the product.
- *   locale             narrow; a language code, or empty for the language in which the suite runs.
+ *   productIdentifier  narrow; the product, as above.
+ *   locale             narrow; as above.
  *   connectToServer    not 0: the service may ask its server.
  *
- * Returns 1 when there is one, else 0.
+ * Returns 1 when there is one, and also when there is no service to ask; else 0: where
+ * bvkc_Dispatch_InvokeUpdate would return 2 or 3, when the service failed, and when it said no.
  */
 uint8_t bvkc_Dispatch_IsUpdateOrMessageAvailable(const char* productIdentifier, const char* locale,
                                                  uint8_t connectToServer);
 
 /*
- * Has the online service's dialog fetch the profile identifier of a user.
+ * Has a dialog of the online service fetch the profile identifier of a user. Returns when the
+ * dialog is done.
  *
  *   strKindletUID  narrow; the user.
- *   locale         narrow; a language code, or empty for the language in which the suite runs.
+ *   locale         narrow; the language code that the dialog gets, whatever it is, or empty for the
+ *                  language in which the suite runs.
  *   hWnd           the window that owns the dialog, or null.
- *   strProfileID   receives a block with the narrow text. It is set to null first and stays null
- * when there is no text.
+ *   strProfileID   receives a block with the narrow text. It is set to null first, also when the
+ *                  call fails, and stays null when the service gives no text; free it whenever it
+ *                  is not null, whatever the result.
  *
- * Returns 0 when `strProfileID` holds a profile, 1 when the service answered so, 2 in every other
- * case.
+ * Returns 0 when the service succeeded and `strProfileID` holds a profile, 1 when the service
+ * answered 1, 2 in every other case.
  */
 int32_t bvkc_Dispatch_GetKindletProfileID(const char* strKindletUID, const char* locale,
                                           bvkc_window hWnd, char** strProfileID);

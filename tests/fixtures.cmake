@@ -83,11 +83,20 @@ if(TARGET test_catalogue)
 endif()
 
 # The reader component, and the keys that it tests files against here.
-foreach(test test_components test_catalogue test_language test_exports test_tools)
+foreach(test test_components test_catalogue test_language test_services test_exports test_tools)
     if(TARGET ${test})
         target_compile_definitions(${test} PRIVATE
             BREVIK_TEST_READER_COMPONENT="$<TARGET_FILE:brevikcertificatereader>"
             BREVIK_TEST_KEYS="${PROJECT_SOURCE_DIR}/keys")
         add_dependencies(${test} brevikcertificatereader)
+    endif()
+endforeach()
+
+# The stand-in for the library of the online services.
+foreach(test test_components test_services test_exports test_tools)
+    if(TARGET ${test})
+        target_compile_definitions(${test} PRIVATE
+            BREVIK_TEST_STAND_IN="$<TARGET_FILE:brevikhttpclient>")
+        add_dependencies(${test} brevikhttpclient)
     endif()
 endforeach()

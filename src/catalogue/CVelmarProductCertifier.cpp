@@ -12,6 +12,8 @@
 
 namespace {
 
+constexpr char kUpdateSwitch[] = "QDR_UpdateManager";
+
 // Both are in lower case: certificates by their record keys, folders as ModuleFolders tells them.
 void AppendGUIDsIn(const WideString& folder, const CertificateReferences& references,
                    Utf8StringList* guids) {
@@ -133,4 +135,36 @@ std::int32_t CVelmarProductCertifier::ReadItemSwitch(const std::string& name, SQ
     } catch (const _com_error&) {
     }
     return *state;
+}
+
+bool CVelmarProductCertifier::GetUpdateInfo(CCertificateMgr& manager, CertUpdateInfo* info,
+                                            const Utf8String& productName) const {
+    const UTrace::Function scope("CVelmarProductCertifier::GetUpdateInfo", nullptr);
+    const std::string name = Utf8ToNarrow(productName);
+    UTrace::Info("CVelmarProductCertifier::GetUpdateInfo() - strProductName = %s", name.c_str());
+    Utf8String guid;
+    Utf8String usedBy;
+    const SharedHandle<SQLCertificate> store =
+        FindValidatedCertificate(manager, productName, &guid, &usedBy);
+    if (store == nullptr) {
+        return false;
+    }
+    Utf8String languageCode;
+    std::uint32_t language = 0;
+    ReadProductLanguage(guid, &languageCode, &language);
+    std::int32_t flag = -1;
+    ReadItemSwitch(kUpdateSwitch, *store, &flag);
+    UTrace::Info(
+        "CVelmarProductCertifier::GetUpdateInfo() - %s = %d, certificate name = %s, installer "
+        "guid = %s ",
+        kUpdateSwitch, flag, name.c_str(), Utf8ToNarrow(guid).c_str());
+    if (flag != 1) {
+        return false;
+    }
+    info->m_dwLangID = language;
+    info->m_strInstallerGUID = guid;
+    if (!usedBy.empty()) {
+        info->m_strUsedBy = usedBy;
+    }
+    return true;
 }

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "catalogue/CCertificateMgr.h"
+#include "catalogue/CertUpdateInfo.h"
 #include "catalogue/CertificateProductInfo.h"
 #include "catalogue/SQLCertificate.h"
 #include "text/SharedHandle.h"
@@ -37,4 +38,10 @@ class CVelmarProductCertifier {
     // name is a switch that is on.
     std::int32_t ReadItemSwitch(const std::string& name, SQLCertificate& store,
                                 std::int32_t* state) const;
+
+    // What an update of a product needs to know. False, with `info` as it was, without a
+    // certificate of that name, and unless updates are on in it. An installation that uses the
+    // product is not always there; its field is then as it was.
+    bool GetUpdateInfo(CCertificateMgr& manager, CertUpdateInfo* info,
+                       const Utf8String& productName) const;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "modules/ScopedText.h"
 #include "platform/text.h"
 #include "text/StringConversions.h"
 
@@ -11,21 +12,7 @@ namespace {
 constexpr DWORD kAnyContext =
     CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
 
-class ScopedText {
-  public:
-    ScopedText() = default;
-    explicit ScopedText(const std::string& text)
-        : text_(SysAllocString(NarrowToWide(text).c_str())) {}
-    ScopedText(const ScopedText&) = delete;
-    ScopedText& operator=(const ScopedText&) = delete;
-    ~ScopedText() { SysFreeString(text_); }
-
-    BSTR Get() const { return text_; }
-    BSTR* Out() { return &text_; }
-
-  private:
-    BSTR text_ = nullptr;
-};
+using CLibraryUtils::ScopedText;
 
 // Owner of one reference on the component.
 class ScopedReader {
@@ -73,8 +60,8 @@ std::string Narrow(BSTR text) {
 CALLS_FOREIGN_OBJECTS
 std::string ReadCertificateFile(const std::string& path, const std::string& verificationKey) {
     const ScopedReader reader;
-    const ScopedText pathText(path);
-    const ScopedText keyText(verificationKey);
+    const ScopedText pathText(NarrowToWide(path));
+    const ScopedText keyText(NarrowToWide(verificationKey));
     ScopedText text;
     // Whatever they answer: a file that cannot be read gives no text.
     reader->OpenFile(pathText.Get(), keyText.Get());

@@ -1,11 +1,12 @@
 #include "frame/Forwarders.h"
 
-#include <string>
-
 #include "catalogue/CatalogueQueries.h"
 #include "cookies/CookieValues.h"
 #include "frame/FailureResults.h"
 #include "language/LangManager.h"
+#include "language/SelectedLocale.h"
+#include "services/ProfileDispatch.h"
+#include "services/UpdateDispatch.h"
 #include "trace/UTrace.h"
 
 namespace BrevikConfig {
@@ -21,17 +22,6 @@ bool IsPlace(const void* argument, const char* name) {
         UTrace::Error("The argument %s is null; there is no place for the result.", name);
     }
     return argument != nullptr;
-}
-
-// The locale given, or the code of the language that the suite runs in.
-std::string LocaleOrSelected(const char* locale) {
-    if (*locale != '\0') {
-        return locale;
-    }
-    const LangManager languages;
-    LANGID selected = 0;
-    languages.GetLang(&selected, &FindInstalledLanguageOrNone);
-    return languages.GetCodeFromLangId(selected);
 }
 
 }  // namespace
@@ -115,9 +105,8 @@ std::int32_t InvokeUpdate(const char* productIdentifier, const char* locale, boo
     UTrace::Info(
         "BrevikKit:Dispatch_InvokeUpdate - productIdentifier=%s, locale=%s, bRunInBackground=%s",
         productIdentifier, locale, TrueOrFalse(runInBackground));
-    LocaleOrSelected(locale);
-    // No product has update information yet.
-    return kUpdateFailure;
+    return UpdateDispatch::InvokeUpdate(productIdentifier, LocaleOrSelected(locale),
+                                        runInBackground);
 }
 
 std::uint8_t IsUpdateOrMessageAvailable(const char* productIdentifier, const char* locale,
@@ -127,19 +116,17 @@ std::uint8_t IsUpdateOrMessageAvailable(const char* productIdentifier, const cha
         "BrevikKit:Dispatch_IsUpdateOrMessageAvailable - productIdentifier=%s, locale=%s, "
         "connectToServer=%s",
         productIdentifier, locale, TrueOrFalse(connectToServer));
-    LocaleOrSelected(locale);
-    // No product has update information yet.
-    return kAvailabilityFailure;
+    const UpdateDispatch::Status status = UpdateDispatch::IsUpdateOrMessageAvailable(
+        productIdentifier, LocaleOrSelected(locale), connectToServer);
+    return status == UpdateDispatch::kTold ? 1 : 0;
 }
 
-std::int32_t GetKindletProfileID(const char* /*kindletUid*/, const char* /*locale*/,
-                                 void* /*window*/, char** profileId) {
+std::int32_t GetKindletProfileID(const char* kindletUid, const char* locale, void* window,
+                                 char** profileId) {
     const UTrace::Function scope("BrevikKit:Dispatch_GetKindletProfileID", nullptr);
-    if (IsPlace(profileId, "strProfileID")) {
-        *profileId = nullptr;
-    }
-    // No profile can be fetched yet.
-    return kProfileFailure;
+    return IsPlace(profileId, "strProfileID")
+               ? ProfileDispatch::GetKindletProfileID(kindletUid, locale, window, profileId)
+               : kProfileFailure;
 }
 
 }  // namespace BrevikConfig

@@ -96,6 +96,9 @@ inline constexpr IID IID_IClassFactory = {
 using VARTYPE = std::uint16_t;
 using VARIANT_BOOL = std::int16_t;
 
+inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
+inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
+
 enum VARENUM : VARTYPE {
     VT_EMPTY = 0,
     VT_NULL = 1,

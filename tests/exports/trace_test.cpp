@@ -95,8 +95,12 @@ TEST(ExportTrace, EveryExportHasItsLineAndItsScope) {
               "connectToServer=false\n"
               "BrevikKitAPI bvkc_Dispatch_GetKindletProfileID (strKindletUID=u,locale=DEU,hWnd=1)\n"
               "BrevikKit:Dispatch_GetKindletProfileID - enter\n"
+              "  BrevikKit:Dispatch_GetKindletProfileID(strKindletUID=u, locale=DEU, "
+              "hwnd=0000AB12: returns strProfileID=<na>)\n"
               "BrevikKitAPI bvkc_Dispatch_GetKindletProfileID (strKindletUID=u,locale=DEU,hWnd=0)\n"
-              "BrevikKit:Dispatch_GetKindletProfileID - enter\n");
+              "BrevikKit:Dispatch_GetKindletProfileID - enter\n"
+              "  BrevikKit:Dispatch_GetKindletProfileID(strKindletUID=u, locale=DEU, "
+              "hwnd=00000000: returns strProfileID=<na>)\n");
 }
 
 TEST(ExportTrace, CallsWhileTheProcessEndsAreTracedOrDroppedButNeverCrash) {

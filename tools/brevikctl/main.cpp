@@ -12,6 +12,7 @@
 #include "certificate.h"
 #include "cookie.h"
 #include "database.h"
+#include "dispatch.h"
 #include "file.h"
 #include "machine.h"
 #include "registry.h"
@@ -47,6 +48,7 @@ int main(int argc, char** argv) {
     AddCatalogueCommands(app);
     AddCookieCommands(app);
     AddDatabaseCommands(app);
+    AddDispatchCommands(app);
     AddFileCommands(app);
     AddRegistryCommands(app);
     AddTraceCommands(app);
