@@ -11,6 +11,9 @@
 #include "catalogue/CCertificateMgr.h"
 #include "catalogue/CertificateText.h"
 
+// Throws where the database library cannot be had, without which no record can be read or made.
+void RequireDatabaseLibrary();
+
 // The certificates that an application is answered from. REQUIRES: the thread is in an apartment of
 // the component model.
 CertificateReferences LoadCatalogue(CCertificateMgr& manager);

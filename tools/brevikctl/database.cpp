@@ -138,6 +138,7 @@ void DropRecords() {
 // The records are dropped, not the file: programs that have it open see the new ones.
 void Rebuild(const Options&) {
     const CLibraryUtils::SmartComInitializer apartment;
+    RequireDatabaseLibrary();
     const std::set<std::string> known = KnownPaths();
     DropRecords();
     std::size_t failed = 0;
