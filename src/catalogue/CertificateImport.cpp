@@ -37,6 +37,17 @@ bool HasRows(SQLite3WrapperDB& db, const std::string& key) {
     return snapshot != nullptr ? snapshot->Find(db, key) != nullptr : RecordTable::HasRows(db, key);
 }
 
+// The table comes to be ahead of the first file's reading, whatever that gives: from then on, that
+// a certificate has no rows is no failure of the database.
+void EnsureTable(SQLite3WrapperDB& db) {
+    if (!db.IsEmptyFile() && db.TableExists(RecordTable::kName)) {
+        return;
+    }
+    ImmediateTransaction transaction(db);
+    RecordTable::CreateIfMissing(db);
+    transaction.Commit();
+}
+
 void ExecuteAll(SQLite3WrapperDB& db, const std::vector<std::string>& statements) {
     for (const std::string& statement : statements) {
         db.Execute(statement);
@@ -48,7 +59,8 @@ void ExecuteAll(SQLite3WrapperDB& db, const std::vector<std::string>& statements
 std::uint8_t ImportCertificate(const char* key, const char* verificationKey, SQLite3WrapperDB& db) {
     RequireKey(key);
     const std::lock_guard lock(SharedRecordStore::Get().Mutex());
-    if (!db.IsEmptyFile() && db.TableExists(RecordTable::kName) && HasRows(db, key)) {
+    EnsureTable(db);
+    if (HasRows(db, key)) {
         return 1;
     }
     const std::vector<std::string> statements = InsertStatementsOf(key, verificationKey);
@@ -56,7 +68,6 @@ std::uint8_t ImportCertificate(const char* key, const char* verificationKey, SQL
         return 1;
     }
     ImmediateTransaction transaction(db);
-    RecordTable::CreateIfMissing(db);
     // Another process may have imported the file since.
     if (!HasRows(db, key)) {
         ExecuteAll(db, statements);
@@ -69,9 +80,9 @@ std::uint8_t ReimportCertificate(const char* key, const char* verificationKey,
                                  SQLite3WrapperDB& db) {
     RequireKey(key);
     const std::lock_guard lock(SharedRecordStore::Get().Mutex());
+    EnsureTable(db);
     const std::vector<std::string> statements = InsertStatementsOf(key, verificationKey);
     ImmediateTransaction transaction(db);
-    RecordTable::CreateIfMissing(db);
     RecordTable::DeleteRows(db, key);
     RecordTable::CountEdit(db);
     ExecuteAll(db, statements);

@@ -1,4 +1,4 @@
-// Where the record database lies.
+#include "catalogue/DatabasePath.h"
 
 #include <mutex>
 #include <string>
@@ -22,26 +22,35 @@ WideString CommonDataFolder() {
     return length > 0 && length < MAX_PATH ? path : WideString();
 }
 
-Utf8String FindDatabasePath() {
-    WideString path = CommonDataFolder();
-    if (path.empty()) {
+// Makes the folder where it is missing.
+Utf8String MakeDatabasePath() {
+    const WideString folder = FindDatabaseFolder();
+    if (folder.empty()) {
         return {};
     }
-    path += WIDE("\\Velmar");
-    if (!PathFileExistsW(path.c_str())) {
-        CreateSharedFolder(path);
+    if (!PathFileExistsW(folder.c_str())) {
+        CreateSharedFolder(folder);
     }
-    return WideToUtf8(path + WIDE("\\qzc13.db"));
+    return WideToUtf8(DatabaseFileIn(folder));
 }
 
 }  // namespace
+
+WideString FindDatabaseFolder() {
+    const WideString data = CommonDataFolder();
+    return data.empty() ? data : data + WIDE("\\Velmar");
+}
+
+WideString DatabaseFileIn(const WideString& folder) {
+    return folder + WIDE("\\qzc13.db");
+}
 
 std::string SQLCertificate::SqlDatabasePath() {
     static std::mutex& mutex = *new std::mutex;  // never destroyed, as what it guards
     static Utf8String& known = *new Utf8String;
     const std::lock_guard lock(mutex);
     if (known.empty()) {
-        known = FindDatabasePath();
+        known = MakeDatabasePath();
         UTrace::Info("SqlDatabasePath result = %s)", Utf8ToNarrow(known).c_str());
     }
     return Utf8ToNarrow(known);

@@ -1,6 +1,7 @@
 #include "catalogue/RecordSnapshot.h"
 
 #include <cstring>
+#include <utility>
 
 #include "catalogue/RecordTable.h"
 
@@ -30,23 +31,32 @@ void RecordSnapshot::Clear() {
 }
 
 void RecordSnapshot::Refresh(SQLite3WrapperDB& db) {
-    // Both numbers are taken ahead of the rows: what is written in between is then seen by the next
+    // The numbers are taken ahead of the rows: what is written in between is then seen by the next
     // call, which reads these rows once more.
-    const std::int32_t editCount = RecordTable::EditCount(db);
-    const std::string lastRow = RecordTable::LastRow(db);
-    const bool sameEdits = loaded_ && editCount == editCount_;
-    if (sameEdits && lastRow == lastRow_) {
+    State state = {RecordTable::EditCount(db), RecordTable::LastRow(db), RecordTable::Version(db)};
+    if (loaded_ && state == state_) {
         return;
     }
-    const SharedHandle<SQLite3WrapperTable> table =
-        RecordTable::LoadRowsBehind(db, sameEdits ? lastRow_ : "0");
-    if (!sameEdits) {
+    const bool isGrown =
+        loaded_ && state.editCount == state_.editCount && state.lastRow != state_.lastRow;
+    if (!isGrown || !AddBehind(db)) {
+        const SharedHandle<SQLite3WrapperTable> all = RecordTable::LoadRowsBehind(db, "0");
         Clear();
+        Add(*all);
     }
-    Add(*table);
     loaded_ = true;
-    editCount_ = editCount;
-    lastRow_ = lastRow;
+    state_ = std::move(state);
+}
+
+bool RecordSnapshot::AddBehind(SQLite3WrapperDB& db) {
+    const SharedHandle<SQLite3WrapperTable> added = RecordTable::LoadRowsBehind(db, state_.lastRow);
+    for (std::int32_t row = 0; row < added->GetRowCount(); ++row) {
+        if (certificates_.contains(KeyOf(*added, row))) {
+            return false;
+        }
+    }
+    Add(*added);
+    return added->GetRowCount() > 0;
 }
 
 void RecordSnapshot::Add(const SQLite3WrapperTable& table) {

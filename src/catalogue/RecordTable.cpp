@@ -15,10 +15,21 @@ constexpr char kCreateStatement[] =
 // a million.
 constexpr std::size_t kKeysOfStatement = 250;
 
+// The first text of a statement's result; "0" where there is none.
+std::string FirstText(SQLite3WrapperDB& db, const char* sql) {
+    const SharedHandle<SQLite3WrapperQuery> query = db.Query(sql);
+    const char* const text = query->IsAtEnd() ? nullptr : query->GetColumnText(0);
+    return text != nullptr ? text : "0";
+}
+
 }  // namespace
 
+bool CanBeQuoted(const std::string& text) {
+    return text.find('\'') == std::string::npos && text.find('\0') == std::string::npos;
+}
+
 std::string Quoted(const std::string& text) {
-    if (text.find('\'') != std::string::npos || text.find('\0') != std::string::npos) {
+    if (!CanBeQuoted(text)) {
         throw SQLite3WrapperException(kWrapperError, "A text holds an apostrophe or a NUL");
     }
     return "'" + text + "'";
@@ -88,10 +99,11 @@ void CountEdit(SQLite3WrapperDB& db) {
 }
 
 std::string LastRow(SQLite3WrapperDB& db) {
-    const SharedHandle<SQLite3WrapperQuery> query =
-        db.Query("select max(rowid) from CertificateData");
-    const char* const row = query->IsAtEnd() ? nullptr : query->GetColumnText(0);
-    return row != nullptr ? row : "0";
+    return FirstText(db, "select max(rowid) from CertificateData");
+}
+
+std::string Version(SQLite3WrapperDB& db) {
+    return FirstText(db, "PRAGMA data_version");
 }
 
 SharedHandle<SQLite3WrapperTable> LoadRowsBehind(SQLite3WrapperDB& db, const std::string& row) {

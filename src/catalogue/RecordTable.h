@@ -23,6 +23,7 @@ inline constexpr char kName[] = "CertificateData";
 
 // A text between apostrophes, as it stands in a statement. A text that would end there early, with
 // an apostrophe or a NUL, throws: no text from outside ever becomes part of a statement's syntax.
+bool CanBeQuoted(const std::string& text);
 std::string Quoted(const std::string& text);
 
 void CreateIfMissing(SQLite3WrapperDB& db);
@@ -50,6 +51,9 @@ void CountEdit(SQLite3WrapperDB& db);
 
 // The highest row id; "0" without rows. A row that is added gets a higher one.
 std::string LastRow(SQLite3WrapperDB& db);
+
+// A number that changes, on one connection, whenever another one has changed the database.
+std::string Version(SQLite3WrapperDB& db);
 
 // All rows with a higher row id than this, ordered by key and, within a key, row id.
 SharedHandle<SQLite3WrapperTable> LoadRowsBehind(SQLite3WrapperDB& db, const std::string& row);

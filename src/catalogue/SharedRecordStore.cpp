@@ -125,8 +125,16 @@ void SharedRecordStore::Purge() {
         return;
     }
     std::vector<std::string> gone;
-    std::copy_if(keys.begin(), keys.end(), std::back_inserter(gone),
-                 [](const std::string& key) { return !CanBeOpened(key); });
+    for (const std::string& key : keys) {
+        if (CanBeOpened(key)) {
+            continue;
+        }
+        if (RecordTable::CanBeQuoted(key)) {
+            gone.push_back(key);
+        } else {
+            UTrace::Error("TableExist failed, path: %s ", key.c_str());
+        }
+    }
     if (gone.empty()) {
         return;
     }

@@ -2,41 +2,19 @@
 
 #include <algorithm>
 
+#include "registry/ScopedRegistryKey.h"
+
 namespace {
 
 constexpr std::size_t kMostUnits = 1024 / sizeof(WCHAR);
-
-// Owner of a key that is open for one reading.
-class ScopedKey {
-  public:
-    ScopedKey(HKEY root, const WCHAR* path) {
-        constexpr REGSAM access = KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS;
-        if (RegOpenKeyExW(root, path, 0, access, &key_) != ERROR_SUCCESS) {
-            key_ = nullptr;
-        }
-    }
-    ScopedKey(const ScopedKey&) = delete;
-    ScopedKey& operator=(const ScopedKey&) = delete;
-    ~ScopedKey() {
-        if (key_ != nullptr) {
-            RegCloseKey(key_);
-        }
-    }
-
-    explicit operator bool() const { return key_ != nullptr; }
-    HKEY Get() const { return key_; }
-
-  private:
-    HKEY key_ = nullptr;
-};
 
 }  // namespace
 
 HRESULT ReadStringList(HKEY root, const WCHAR* keyPath, const WCHAR* valueName,
                        std::vector<WideString>* list) {
     list->clear();
-    const ScopedKey key(root, keyPath);
-    if (!key) {
+    const ScopedRegistryKey key(root, keyPath, KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS);
+    if (!key.IsOpen()) {
         return E_FAIL;
     }
     WCHAR units[kMostUnits] = {};

@@ -141,7 +141,7 @@ const Damage kDamages[] = {
     {"AllZeroed", [](std::string bytes) { return std::string(bytes.size(), '\0'); }},
     {"OneBit",
      [](std::string bytes) {
-         bytes[5000] = static_cast<char>(bytes[5000] ^ 1);
+         bytes.at(5000) = static_cast<char>(bytes.at(5000) ^ 1);
          return bytes;
      }},
     {"Text", [](std::string) { return std::string("this is no database\n"); }},
@@ -211,7 +211,13 @@ TEST_F(SharedDatabase, WithoutTheDatabaseLibraryTheCatalogueIsEmpty) {
     const std::map<std::string, std::string> environment = {{"LD_LIBRARY_PATH", folder.string()}};
     // On a new machine nothing is missed until there is something to import.
     EXPECT_EQ(RunRecordHost(0, environment).output, "ok\n");
-    EXPECT_EQ(RunRecordHost(1, environment).output, "c:\\certs\\product0.qzc is not good\n");
+    std::map<std::string, std::string> heard = environment;
+    heard["BREVIK_DEBUG_OUTPUT"] = "-";
+    const ChildResult missing = RunRecordHost(1, heard);
+    EXPECT_EQ(missing.output, "c:\\certs\\product0.qzc is not good\n");
+    EXPECT_THAT(missing.errors, testing::ContainsRegex(
+                                    "The catalogue is empty: CPPSQLITE_ERROR.1000.: the database "
+                                    "library libsqlcipher.so.0 cannot be loaded: .*\r\n"));
 
     ASSERT_EQ(RunRecordHost(kCertificates).output, "ok\n");
     const std::string whole = ReadHostFile(DatabaseFile());

@@ -275,6 +275,28 @@ TEST_F(SqlCertificate, WhatOtherConnectionsWriteIsSeenByTheNextRead) {
     EXPECT_EQ(ReadField(*store, "Name"), "c");
 }
 
+// Another program may write into the file as it likes.
+TEST_F(SqlCertificate, WhatIsWrittenWithoutBeingCountedIsSeenByTheNextRead) {
+    const auto store = MakeRead();
+    const std::string key = store->GetKey();
+    SQLite3WrapperDB connection;
+    connection.Open(SQLCertificate::SqlDatabasePath());
+
+    connection.Execute("UPDATE CertificateData SET fieldvalue='changed' WHERE fieldname='Text'");
+    ASSERT_TRUE(store->Read(key.c_str(), kKey, false));
+    EXPECT_EQ(ReadField(*store, "Text"), "changed");
+
+    connection.Execute("insert into CertificateData values('" + key + "', 'Further', 'v')");
+    ASSERT_TRUE(store->Read(key.c_str(), kKey, false));
+    EXPECT_EQ(ReadField(*store, "Further"), "v");
+    EXPECT_EQ(ReadField(*store, "Text"), "changed");
+
+    connection.Execute("delete from CertificateData where fieldname='Further'");
+    ASSERT_TRUE(store->Read(key.c_str(), kKey, false));
+    EXPECT_FALSE(store->HasField("Further"));
+    EXPECT_EQ(ReadField(*store, "Text"), "changed");
+}
+
 TEST_F(SqlCertificate, ApostrophesNeverReachTheDatabase) {
     const auto store = MakeRead();
     const std::string hostile = "'); DROP TABLE CertificateData; --";
@@ -308,12 +330,19 @@ TEST_F(SqlCertificate, RecordsOfFilesThatAreGoneAreDropped) {
     std::filesystem::remove(DriveC() / "certs/product0.qzc");
     std::filesystem::remove(DriveC() / "certs/product2.qzc");
     TextList keys;
+    {
+        // The key of one more that is gone cannot be named in a statement.
+        SQLite3WrapperDB connection;
+        connection.Open("C:\\ProgramData\\Velmar\\qzc13.db");
+        connection.Execute("insert into CertificateData values('c:\\o''k.qzc', 'Name', 'v')");
+    }
     EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(keys, TextList{"c:\\certs\\product1.qzc"});
+    EXPECT_EQ(keys, (TextList{"c:\\certs\\product1.qzc", "c:\\o'k.qzc"}));
+    EXPECT_EQ(Lines().back(), "TableExist failed, path: c:\\o'k.qzc ");
     // One pass a process: what goes later stays.
     std::filesystem::remove(DriveC() / "certs/product1.qzc");
     EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(keys, TextList{"c:\\certs\\product1.qzc"});
+    EXPECT_EQ(keys.front(), "c:\\certs\\product1.qzc");
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "support/child_process.h"
 #include "support/installed_products.h"
+#include "support/test_machine.h"
 
 namespace {
 
@@ -145,6 +146,30 @@ TEST_F(BrevikctlCatalogue, CatalogueThatCannotBeReadIsToldWithItsPlace) {
                                                   {"certificate", "check", "{1}"}}) {
         EXPECT_THAT(ErrorOf(words), HasSubstr("C:\\ProgramData\\Velmar\\qzc13.db")) << words[0];
     }
+}
+
+TEST_F(BrevikctlCatalogue, MissingDatabaseLibraryIsNamed) {
+    const fs::path folder = TestMachine::ScratchFolder() / "libraries";
+    fs::create_directory(folder);
+    std::ofstream(folder / "libsqlcipher.so.0") << "no library";
+    const std::vector<std::vector<std::string>> commands = {
+        {"guids"}, {"certificate", "check", "{1}"}, {"database", "rebuild"}};
+    const auto expectNamed = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), BREVIK_TEST_TOOL);
+        const ChildResult result = RunChild(words, {{"LD_LIBRARY_PATH", folder.string()}});
+        EXPECT_EQ(result.exitCode, 1) << words[1];
+        EXPECT_THAT(result.errors, AllOf(HasSubstr("libsqlcipher.so.0 cannot be loaded"),
+                                         HasSubstr("libsqlcipher0")));
+    };
+    Install("{1}", "C:\\1.qzc", "One");
+    for (const std::vector<std::string>& words : commands) {
+        expectNamed(words);
+    }
+    OutputOf({"guids"});  // from now on there is a database
+    for (const std::vector<std::string>& words : commands) {
+        expectNamed(words);
+    }
+    expectNamed({"database", "verify"});
 }
 
 struct CheckCase {

@@ -167,7 +167,15 @@ ChildResult RunMachine(std::vector<std::string> arguments) {
 class BrevikctlMachine : public RegistryMachine {};
 
 TEST_F(BrevikctlMachine, RegistersTheReaderAndIsShown) {
+    const fs::path absent = TestMachine::ScratchFolder() / "absent";
+    const ChildResult looked =
+        RunChild({BREVIK_TEST_TOOL, "machine", "show"}, {{"BREVIK_MACHINE", absent.string()}});
+    EXPECT_EQ(looked.exitCode, 1);
+    EXPECT_THAT(looked.errors, HasSubstr("brevikctl machine create makes it"));
+    EXPECT_FALSE(fs::exists(absent));
+
     EXPECT_THAT(RunMachine({"show"}).output, HasSubstr("not registered"));
+    EXPECT_TRUE(fs::is_empty(TestMachine::Folder() / "drives/c/ProgramData"));
     for (int count = 0; count < 2; ++count) {
         const ChildResult made = RunMachine({"create"});
         EXPECT_EQ(made.exitCode, 0) << made.errors;

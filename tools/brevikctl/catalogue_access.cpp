@@ -3,8 +3,9 @@
 #include <stdexcept>
 
 #include "catalogue/CertificateReader.h"
+#include "catalogue/DatabasePath.h"
 #include "catalogue/RecordTable.h"
-#include "catalogue/SQLCertificate.h"
+#include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
 #include "catalogue/VerificationKey.h"
 #include "certificate_argument.h"
 #include "file_argument.h"
@@ -80,21 +81,40 @@ std::optional<CertificateTrouble> TroubleOfFields(const std::string& path,
 
 }  // namespace
 
+void RequireDatabaseLibrary() {
+    try {
+        SqliteLibrary::Get();
+    } catch (const std::exception& failure) {
+        throw std::runtime_error("the catalogue cannot be read: " + SafeText(failure.what()) +
+                                 "\nInstall that library; on Debian it is in the package "
+                                 "libsqlcipher0.");
+    }
+}
+
 CertificateReferences LoadCatalogue(CCertificateMgr& manager) {
     CertificateReferences certificates;
     try {
         manager.GetCertificateList(&certificates);
     } catch (const std::exception& failure) {
-        const std::string path = SQLCertificate::SqlDatabasePath();
+        RequireDatabaseLibrary();
         throw std::runtime_error("the catalogue cannot be read: " + SafeText(failure.what()) +
-                                 "\nIts database is " + Quoted(path) +
+                                 "\nIts database is " + Quoted(DatabasePath()) +
                                  "; every user has to be able to write to it and to its folder.");
+    }
+    Utf8StringList paths;
+    Utf8StringList guids;
+    if (certificates.empty() && manager.GetCertificatePathsFromRegistry(&paths, &guids) == S_OK) {
+        RequireDatabaseLibrary();
     }
     return certificates;
 }
 
+std::string DatabasePath() {
+    return WideToNarrow(DatabaseFileIn(FindDatabaseFolder()));
+}
+
 std::vector<CertificateRecord> ReadRecords() {
-    const std::string path = SQLCertificate::SqlDatabasePath();
+    const std::string path = DatabasePath();
     std::vector<CertificateRecord> records;
     if (!FileArgument(path).IsPresent()) {
         return records;
@@ -116,6 +136,7 @@ std::vector<CertificateRecord> ReadRecords() {
             records.back().rows.push_back({Text(*rows, row, 1), Text(*rows, row, 2)});
         }
     } catch (const std::exception& failure) {
+        RequireDatabaseLibrary();
         throw std::runtime_error("the database " + Quoted(path) +
                                  " cannot be read: " + SafeText(failure.what()) +
                                  "\nbrevikctl database rebuild replaces one that is damaged.");

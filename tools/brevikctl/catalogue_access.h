@@ -11,6 +11,9 @@
 #include "catalogue/CCertificateMgr.h"
 #include "catalogue/CertificateText.h"
 
+// Throws where the database library cannot be had, without which no record can be read or made.
+void RequireDatabaseLibrary();
+
 // The certificates that an application is answered from. REQUIRES: the thread is in an apartment of
 // the component model.
 CertificateReferences LoadCatalogue(CCertificateMgr& manager);
@@ -21,9 +24,11 @@ struct CertificateRecord {
     std::vector<CertificateField> rows;
 };
 
+// The Windows path of the database, which need not be there.
+std::string DatabasePath();
+
 // All records, in the order of their paths. The database is opened beside the library's own
-// connection, so that nothing in it is mended or dropped. One that is
-// missing has none.
+// connection, so that nothing in it is mended or dropped. One that is missing has none.
 std::vector<CertificateRecord> ReadRecords();
 
 // Why a file gives no rows, and what can be done about it.

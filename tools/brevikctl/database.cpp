@@ -30,7 +30,7 @@ struct Options {
 
 // Where the database lies on the host; empty when there is none.
 std::string DatabaseFile() {
-    return HostPath(FileArgument(SQLCertificate::SqlDatabasePath()));
+    return HostPath(FileArgument(DatabasePath()));
 }
 
 void Show(const Options& options) {
@@ -45,7 +45,7 @@ void Show(const Options& options) {
                     ",\"rows\":" + std::to_string(record.rows.size()) + "}";
         }
         std::printf("{\"path\":%s,\"file\":%s,\"size\":%llu,\"records\":[%s]}\n",
-                    JsonString(SQLCertificate::SqlDatabasePath()).c_str(),
+                    JsonString(DatabasePath()).c_str(),
                     file.empty() ? "null" : JsonString(file).c_str(),
                     static_cast<unsigned long long>(size), list.c_str());
         return;
@@ -57,7 +57,7 @@ void Show(const Options& options) {
         table.push_back({std::to_string(record.rows.size()), record.path});
     }
     const std::string facts =
-        ToLines({TextFact("path", SQLCertificate::SqlDatabasePath()),
+        ToLines({TextFact("path", DatabasePath()),
                  TextFact("file", file.empty() ? "none yet" : file), NumberFact("size", size),
                  NumberFact("certificates", records.size()), NumberFact("rows", rows)});
     std::fputs(facts.c_str(), stdout);
@@ -138,6 +138,7 @@ void DropRecords() {
 // The records are dropped, not the file: programs that have it open see the new ones.
 void Rebuild(const Options&) {
     const CLibraryUtils::SmartComInitializer apartment;
+    RequireDatabaseLibrary();
     const std::set<std::string> known = KnownPaths();
     DropRecords();
     std::size_t failed = 0;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/SQLCertificate.h"
+#include "catalogue/DatabasePath.h"
 #include "certificate_reader/reader.h"
 #include "facts.h"
 #include "file_argument.h"
@@ -176,18 +176,23 @@ std::string ReaderState() {
     return text;
 }
 
+// Only looks: nothing is made of what is missing.
 void Show(const Options& options) {
-    RequireMachine();
-    const fs::path machine = Machine::Current().Folder();
-    const std::string database = SQLCertificate::SqlDatabasePath();
+    std::string folder;
+    if (!Machine::IsMade(&folder)) {
+        throw std::runtime_error("the machine folder " + Quoted(folder) +
+                                 " is not made yet\nbrevikctl machine create makes it.");
+    }
+    const fs::path machine = folder;
+    const WideString database = DatabaseFileIn(FindDatabaseFolder());
     std::vector<Fact> facts = {
         TextFact("folder", machine.string()),
         TextFact("registry", RegistryFilePath()),
         RegistryFact(),
         TextFact("reader", ReaderPath()),
         TextFact("readerState", ReaderState()),
-        TextFact("database", database),
-        YesNoFact("databaseMade", PathFileExistsW(NarrowToWide(database).c_str()) != FALSE),
+        TextFact("database", WideToNarrow(database)),
+        YesNoFact("databaseMade", PathFileExistsW(database.c_str()) != FALSE),
     };
     std::vector<Fact> users;
     for (const fs::path& user : EntriesOf(machine / "users")) {

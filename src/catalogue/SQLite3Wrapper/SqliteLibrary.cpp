@@ -7,6 +7,7 @@
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "platform/database_library.h"
+#include "trace/UTrace.h"
 
 namespace {
 
@@ -59,6 +60,21 @@ std::unique_ptr<SqliteLibrary> Load() {
     return table;
 }
 
+// Says once in the process what is missing: most of who asks for a record passes a failure by.
+// REQUIRES: the loading mutex.
+std::unique_ptr<SqliteLibrary> LoadOrTell() {
+    static constinit bool is_told = false;
+    try {
+        return Load();
+    } catch (const SQLite3WrapperException& failure) {
+        if (!is_told) {
+            is_told = true;
+            UTrace::Error("The catalogue is empty: %s", failure.what());
+        }
+        throw;
+    }
+}
+
 constinit std::atomic<const SqliteLibrary*> loaded_library = nullptr;
 
 std::mutex& LoadingMutex() {
@@ -74,7 +90,7 @@ const SqliteLibrary& SqliteLibrary::Get() {
         const std::lock_guard lock(LoadingMutex());
         library = loaded_library.load(std::memory_order_relaxed);
         if (library == nullptr) {
-            library = Load().release();  // never freed: the connection outlives all static objects
+            library = LoadOrTell().release();  // never freed: the connection outlives all else
             loaded_library.store(library, std::memory_order_release);
         }
     }

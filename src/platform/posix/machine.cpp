@@ -11,6 +11,7 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "platform/posix/environment.h"
@@ -152,6 +153,28 @@ bool MakeMachine(const std::string& root, bool ofSystem, mode_t mode) {
     return true;
 }
 
+// Where the machine of this process is, and how what is missing of it is made.
+struct MachinePlace {
+    std::string folder;
+    bool ofSystem = false;
+    mode_t mode = 0777;
+};
+
+MachinePlace FindPlace() {
+    if (const char* named = EnvironmentVariable("BREVIK_MACHINE")) {
+        return {MakeAbsolute(named)};
+    }
+    if (IsFolder(kSystemMachine)) {
+        return {kSystemMachine, true};
+    }
+    const std::string data = OwnDataFolder();
+    return {data.empty() ? kNowhere : data + "/brevikconfig", false, 0700};
+}
+
+bool IsComplete(const std::string& folder) {
+    return IsFolder(folder + std::string(std::end(kFolders)[-1].name));
+}
+
 std::string FindLoginName() {
     const std::optional<UserEntry> user = FindUser();
     if (!user || user->name.empty() || user->name.front() == '.' ||
@@ -175,21 +198,15 @@ const Machine& Machine::Current() {
     return machine;
 }
 
+bool Machine::IsMade(std::string* folder) {
+    *folder = FindPlace().folder;
+    return IsComplete(*folder);
+}
+
 Machine::Machine() {
-    mode_t mode = 0777;
-    bool ofSystem = false;
-    if (const char* named = EnvironmentVariable("BREVIK_MACHINE")) {
-        folder_ = MakeAbsolute(named);
-    } else if (IsFolder(kSystemMachine)) {
-        folder_ = kSystemMachine;
-        ofSystem = true;
-    } else {
-        const std::string data = OwnDataFolder();
-        folder_ = data.empty() ? kNowhere : data + "/brevikconfig";
-        mode = 0700;
-    }
-    exists_ = IsFolder(folder_ + std::string(std::end(kFolders)[-1].name)) ||
-              MakeMachine(folder_, ofSystem, mode);
+    MachinePlace place = FindPlace();
+    exists_ = IsComplete(place.folder) || MakeMachine(place.folder, place.ofSystem, place.mode);
+    folder_ = std::move(place.folder);
 }
 
 std::string Machine::UserFolder() const {

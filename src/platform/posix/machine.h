@@ -15,6 +15,9 @@ class PLATFORM_API Machine {
   public:
     static const Machine& Current();
 
+    // Tells where the machine is and whether it has been made, and makes nothing.
+    static bool IsMade(std::string* folder);
+
     // Host path of the machine's folder, absolute, without a trailing slash.
     const std::string& Folder() const { return folder_; }
 
