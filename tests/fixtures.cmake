@@ -91,3 +91,11 @@ foreach(test test_components test_catalogue test_language test_exports test_tool
         add_dependencies(${test} brevikcertificatereader)
     endif()
 endforeach()
+
+# What stands for the sibling library before brevikctl doctor, and a library that makes no objects.
+if(TARGET test_tools)
+    target_compile_definitions(test_tools PRIVATE
+        BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>"
+        BREVIK_TEST_PLAIN_LIBRARY="$<TARGET_FILE:plain_library>")
+    add_dependencies(test_tools test_component plain_library)
+endif()

@@ -12,6 +12,7 @@
 #include "certificate.h"
 #include "cookie.h"
 #include "database.h"
+#include "doctor.h"
 #include "file.h"
 #include "machine.h"
 #include "registry.h"
@@ -47,6 +48,7 @@ int main(int argc, char** argv) {
     AddCatalogueCommands(app);
     AddCookieCommands(app);
     AddDatabaseCommands(app);
+    AddDoctorCommand(app);
     AddFileCommands(app);
     AddRegistryCommands(app);
     AddTraceCommands(app);
