@@ -20,8 +20,7 @@ set(brevik_same_library
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libbrevikconfig${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "${PROJECT_DESCRIPTION}
- The library, its platform, and the component objects that it makes.")
+set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "The library, its platform, and the component objects that it makes.")
 # Loaded at the first question to the catalogue, so that no file is linked with it.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS libsqlcipher0)
 
@@ -29,13 +28,11 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libbrevikconfig-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${brevik_same_library}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "brevikctl, gcc, pkg-config")
-set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION} - development files
- Headers, the CMake package, the pkg-config file, and examples with a demo.")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "Development files: headers, the CMake package, the pkg-config file, and examples with a demo.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME brevikctl)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${brevik_same_library}")
-set(CPACK_DEBIAN_TOOLS_DESCRIPTION "Inspects and repairs a machine of brevikconfig
- Certificates, the registry, the catalogue, cookies, files and a live trace.")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION "The tool that inspects and repairs a machine: certificates, the registry, the catalogue, cookies, files and a live trace.")
 
 include(CPack)
