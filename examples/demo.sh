@@ -1,24 +1,47 @@
 #!/bin/sh
-# Shows the main job on a machine of its own: demo.sh BUILD
+# Shows the main job on a machine of its own:
+#   demo.sh BUILD                  with what was built there
+#   demo.sh --installed [FOLDER]   with what is installed (brevikctl, pkg-config and a C compiler
+#                                  have to be there); the machine is made in FOLDER
 set -eu
 examples=$(cd "$(dirname "$0")" && pwd)
-build=$(cd "$1" && pwd)
-machine=$build/demo-machine
+case "${1:-}" in
+"")
+    echo "usage: demo.sh BUILD | --installed [FOLDER]" >&2
+    exit 2
+    ;;
+--installed)
+    folder=$(cd "${2:-.}" && pwd)
+    tool=brevikctl
+    hosts=$folder/demo-hosts
+    private_key=$examples/keys/DEVELOPMENT-ONLY-private-key.txt
+    mkdir -p "$hosts"
+    for host in host product; do
+        ${CC:-cc} -o "$hosts/${host}_c" "$examples/$host.c" $(pkg-config --cflags --libs brevikconfig)
+    done
+    ;;
+*)
+    folder=$(cd "$1" && pwd)
+    tool=$folder/tools/brevikctl/brevikctl
+    hosts=$folder/examples
+    private_key=$examples/../keys/DEVELOPMENT-ONLY-private-key.txt
+    ;;
+esac
+machine=$folder/demo-machine
 rm -rf "$machine"
 BREVIK_MACHINE=$machine
 export BREVIK_MACHINE
 programs="$machine/drives/c/Program Files/Harbor"
 studio_guid={5D0A7C11-3E42-4C0B-9B1E-61F2A2D40001}
 player_guid={5D0A7C11-3E42-4C0B-9B1E-61F2A2D40002}
-private_key=$examples/../keys/DEVELOPMENT-ONLY-private-key.txt
 
 title() { printf '\n== %s\n' "$*"; }
 brevikctl() {
     printf "$ brevikctl %s\n" "$*"
-    "$build/tools/brevikctl/brevikctl" "$@"
+    command "$tool" "$@"
 }
 # Commands whose arguments do not matter to the reader.
-quietly() { "$build/tools/brevikctl/brevikctl" "$@" >/dev/null; }
+quietly() { command "$tool" "$@" >/dev/null; }
 
 title "A machine: the folder that holds what Windows keeps about a computer"
 brevikctl machine create
@@ -26,7 +49,7 @@ brevikctl machine create
 title "Two products are signed and installed, one in German and one in French"
 for product in studio player; do
     mkdir -p "$programs/$product"
-    cp "$build/examples/product_c" "$programs/$product/$product"
+    cp "$hosts/product_c" "$programs/$product/$product"
     quietly certificate sign "$examples/certificates/$product.txt" \
         --key "$private_key" -o "$machine/$product.qzc"
 done
@@ -48,7 +71,7 @@ title "The database that all programs of the machine share is not readable from 
 head -c 16 "$machine/drives/c/ProgramData/Velmar/qzc13.db" | od -An -tx1
 
 title "A value in the suite's cookie, where every web client of the user finds it"
-"$build/examples/host_c"
+"$hosts/host_c"
 brevikctl cookie list
 
 title "What the library says about one call (BREVIK_DEBUG_OUTPUT=-)"

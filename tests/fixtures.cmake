@@ -100,3 +100,11 @@ foreach(test test_components test_services test_exports test_tools)
         add_dependencies(${test} brevikhttpclient)
     endif()
 endforeach()
+
+# What stands for the sibling library before brevikctl doctor, and a library that makes no objects.
+if(TARGET test_tools)
+    target_compile_definitions(test_tools PRIVATE
+        BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>"
+        BREVIK_TEST_PLAIN_LIBRARY="$<TARGET_FILE:plain_library>")
+    add_dependencies(test_tools test_component plain_library)
+endif()

@@ -13,6 +13,7 @@
 #include "cookie.h"
 #include "database.h"
 #include "dispatch.h"
+#include "doctor.h"
 #include "file.h"
 #include "machine.h"
 #include "registry.h"
@@ -49,6 +50,7 @@ int main(int argc, char** argv) {
     AddCookieCommands(app);
     AddDatabaseCommands(app);
     AddDispatchCommands(app);
+    AddDoctorCommand(app);
     AddFileCommands(app);
     AddRegistryCommands(app);
     AddTraceCommands(app);

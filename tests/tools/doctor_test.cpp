@@ -1,0 +1,163 @@
+// brevikctl doctor: one fault of each kind is planted in a machine that is well.
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "platform/posix/cookie_file.h"
+#include "support/child_process.h"
+#include "support/drive_files.h"
+#include "support/installed_products.h"
+#include "support/registry_machine.h"
+#include "support/test_machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* kCertificate = "C:\\App\\one.qzc";
+constexpr const char* kText = "QDR_ProductName = One\n";
+
+fs::path Sibling() {
+    return DriveC() / "Program Files/Common Files/Ondrel Shared/DllShared/VelmarHTTPClient13.dll";
+}
+
+fs::path Database() {
+    return DriveC() / "ProgramData/Velmar/qzc13.db";
+}
+
+struct Fault {
+    const char* name;
+    void (*plant)();
+    const char* check;   // what is found wrong
+    const char* reason;  // part of what is said
+    const char* hint;    // part of how it is to be mended
+};
+
+void PrintTo(const Fault& fault, std::ostream* stream) {
+    *stream << fault.name;
+}
+
+const Fault kFaults[] = {
+    {"a drive is gone", [] { fs::rename(DriveC(), TestMachine::ScratchFolder() / "c"); },
+     "machine folder", "drives/c' is missing", "put the drive back"},
+    {"a malformed registry",
+     [] { WriteRawRegistry(std::string(kRegistryHead) + "[HKEY_LOCAL_MACHINE\\A\n"); }, "registry",
+     ":3:", "Mend that line"},
+    {"no reader registered", [] { WriteRegistry(""); }, "certificate reader",
+     "no certificate reader", "machine create"},
+    {"the reader's file is none",
+     [] {
+         WriteHostFile(DriveC() / "reader.so", "x");
+         InstalledProducts::RegisterReader(DriveC() / "reader.so");
+     },
+     "certificate reader", "cannot be loaded (0x", "machine create"},
+    {"a damaged database", [] { WriteHostFile(Database(), std::string(8192, 'x')); }, "database",
+     "cannot be read", "database rebuild"},
+    {"a folder in place of the database",
+     [] {
+         fs::remove(Database());
+         fs::create_directories(Database());
+     },
+     "database", "is no file", "Move it away"},
+    {"a missing certificate", [] { fs::remove(InstalledProducts::HostPath(kCertificate)); },
+     "certificates", "the file is missing", "certificate remove"},
+    {"a certificate that nobody has signed",
+     [] { InstalledProducts::PutFile(kCertificate, InstalledProducts::ForeignCertificate(kText)); },
+     "certificates", "'{G}'", "certificate sign"},
+    {"a certificate with another text than the database",
+     [] { InstalledProducts::PutCertificate(kCertificate, "QDR_ProductName = Two\n"); },
+     "certificates", "the database says something else", "database rebuild"},
+    {"a language that is none",
+     [] {
+         InstalledProducts::SetEntry("{G}", {{"Filename", kCertificate}, {"Language", "de"}});
+     },
+     "certificates", "its language 'de'", "--language"},
+    {"an entry without a file",
+     [] {
+         InstalledProducts::SetEntry("{H}", {{"Language", "1031"}});
+     },
+     "certificates", "'{H}': its registry key names no file", "certificate install"},
+    {"rows of a certificate that went without its entry",
+     [] {
+         fs::remove(InstalledProducts::HostPath(kCertificate));
+         InstalledProducts::RemoveEntry("{G}");
+     },
+     "certificates", "still answers for 'c:\\\\app\\\\one.qzc'", "database rebuild"},
+    {"no sibling library", [] { fs::remove(Sibling()); }, "sibling library",
+     "neither beside a product", "DllShared"},
+    {"a sibling library that is none", [] { WriteHostFile(Sibling(), "x"); }, "sibling library",
+     "cannot be loaded: error 193", "as it was delivered"},
+    {"another library under the sibling's name beside a product",
+     [] { fs::copy(BREVIK_TEST_PLAIN_LIBRARY, DriveC() / "App/VelmarHTTPClient13.dll"); },
+     "sibling library", "makes no objects", "another library"},
+    {"a folder in place of the cookie store",
+     [] { fs::create_directories(brevik::platform::CookieFilePath()); }, "cookie store",
+     "cannot be read: error 5", "plain file"},
+};
+
+class BrevikctlDoctor : public RegistryMachine {
+  protected:
+    // A machine that is well, with a product that has been asked for.
+    void SetUp() override {
+        fs::create_directories(DriveC() / "App");
+        fs::create_directories(Sibling().parent_path());
+        fs::copy(BREVIK_TEST_COMPONENT, Sibling(), fs::copy_options::overwrite_existing);
+        WriteRegistry("");
+        InstalledProducts::RegisterReader(BREVIK_TEST_READER_COMPONENT);
+        InstalledProducts::PutCertificate(kCertificate, kText);
+        InstalledProducts::SetEntry("{G}", {{"Filename", kCertificate}, {"Language", "1031"}});
+        ASSERT_EQ(RunChild({BREVIK_TEST_TOOL, "item", "--guid", "{G}", "QDR_ProductName"}).output,
+                  "One\n");
+    }
+
+    static ChildResult Run(const std::vector<std::string>& options = {}) {
+        std::vector<std::string> command = {BREVIK_TEST_TOOL, "doctor"};
+        command.insert(command.end(), options.begin(), options.end());
+        return RunChild(command);
+    }
+};
+
+TEST_F(BrevikctlDoctor, FindsNothingInAMachineThatIsWell) {
+    const ChildResult result = Run();
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.output, HasSubstr("good      cookie store\n"));
+    EXPECT_THAT(result.output, Not(HasSubstr("wrong")));
+    EXPECT_THAT(Run({"--json"}).output, HasSubstr("\"good\":true"));
+}
+
+class BrevikctlDoctorFault : public BrevikctlDoctor, public testing::WithParamInterface<Fault> {};
+
+TEST_P(BrevikctlDoctorFault, IsFoundAndNamed) {
+    const Fault& fault = GetParam();
+    fault.plant();
+    const std::string output = Run({"--json"}).output;
+    const std::string wrong = "{\"check\":\"" + std::string(fault.check) + "\",\"state\":\"wrong\"";
+    ASSERT_THAT(output, HasSubstr(wrong));
+    const std::string said = output.substr(output.find(wrong));
+    EXPECT_THAT(said, HasSubstr(fault.reason));
+    EXPECT_THAT(said, HasSubstr(fault.hint));
+    // Nothing else is named.
+    EXPECT_THAT(said.substr(wrong.size()), Not(HasSubstr("wrong")));
+    EXPECT_THAT(output.substr(0, output.find(wrong)), Not(HasSubstr("wrong")));
+    EXPECT_EQ(Run().exitCode, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Planted, BrevikctlDoctorFault, testing::ValuesIn(kFaults));
+
+TEST_F(BrevikctlDoctor, FindsAMachineThatCannotBeMade) {
+    WriteHostFile(TestMachine::ScratchFolder() / "file", "x");
+    const ChildResult result = RunChild(
+        {BREVIK_TEST_TOOL, "doctor"}, {{"BREVIK_MACHINE", TestMachine::ScratchFolder() / "file"}});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.output, HasSubstr("cannot be made\n            Let yourself write there"));
+    EXPECT_THAT(result.output, HasSubstr("untested  registry\n"));
+}
+
+}  // namespace
