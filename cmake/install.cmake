@@ -15,8 +15,6 @@ install(TARGETS brevikctl RUNTIME COMPONENT tools)
 install(FILES include/brevikconfig.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(DIRECTORY src/platform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/brevikconfig
         COMPONENT development FILES_MATCHING PATTERN "*.h" PATTERN posix EXCLUDE)
-install(DIRECTORY components/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/brevikconfig
-        COMPONENT development FILES_MATCHING PATTERN reader.h PATTERN services.h)
 
 install(EXPORT brevikconfig-targets NAMESPACE brevikconfig:: DESTINATION ${BREVIK_CMAKE_FOLDER}
         COMPONENT development)
