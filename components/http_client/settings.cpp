@@ -36,7 +36,8 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// A decimal number with or without a sign, or a hexadecimal one behind "0x".
+// A decimal number, a minus sign ahead of it where it is negative, or a hexadecimal one behind
+// "0x".
 std::optional<long long> Number(std::string_view text) {
     const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
     const std::string_view digits = isHexadecimal ? text.substr(2) : text;
