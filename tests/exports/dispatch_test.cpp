@@ -244,6 +244,30 @@ TEST_F(UpdateExports, TraceTellsTheRoadOfADispatch) {
                   "BREVIK KIT: BrevikKit:Dispatch_IsUpdateOrMessageAvailable - return\r\n");
 }
 
+// A product that is not found ends behind the outcome; missing uninstall data behind the last line.
+TEST_F(UpdateExports, TraceTellsWhereADispatchEnds) {
+    UpdatableProduct::Install();
+    DebugOutput output;
+    const auto end = [](const std::string& lines) {
+        return lines + "BREVIK KIT: BrevikKit:Dispatch_InvokeUpdate - return\r\n";
+    };
+    EXPECT_EQ(bvkc_Dispatch_InvokeUpdate("none", "DEU", 0), 2);
+    EXPECT_TRUE(output.Take().ends_with(
+        end("BREVIK KIT:   CVelmarProductCertifier::GetUpdateInfo - return\r\n"
+            "BREVIK KIT:   Dispatch_InvokeUpdate: bGotUpdateInfo = false, "
+            "certUpdateInfo.m_strInstallerGUID = \r\n")));
+    // Which installation uses the product is read once.
+    EXPECT_EQ(bvkc_Dispatch_InvokeUpdate("Mixer", "DEU", 0), 0);
+    UpdatableProduct::RemoveEntry("{S}");
+    UpdatableProduct::RemoveEntry("{G}");
+    output.Take();
+    EXPECT_EQ(bvkc_Dispatch_InvokeUpdate("Mixer", "DEU", 0), 3);
+    EXPECT_TRUE(output.Take().ends_with(
+        end("BREVIK KIT:   Dispatch_InvokeUpdate: bGotUpdateInfo = true, "
+            "certUpdateInfo.m_strInstallerGUID = {G}\r\n"
+            "BREVIK KIT:   Dispatch_InvokeUpdate(dwLangID=0, strVersion=)\r\n")));
+}
+
 // The handler was registered ahead of the object, so its calls come when that is gone.
 TEST_F(UpdateExports, ObjectIsReleasedAtTheEndAndCallsBehindItMakeAnother) {
     UpdatableProduct::Install("p");
