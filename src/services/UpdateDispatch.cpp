@@ -62,57 +62,57 @@ Request Prepare(const char* dispatch, const VelmarUpdateService& service,
     return request;
 }
 
+// `isDone` makes the call on the service, given SKU, version and language, and tells whether it
+// ended well.
+template <typename IsDone>
+Status Dispatch(const char* name, const std::string& productIdentifier, const std::string& locale,
+                IsDone isDone) {
+    const VelmarUpdateService updateService;
+    const Request request = Prepare(name, updateService, productIdentifier, locale);
+    if (request.status != kTold) {
+        return request.status;
+    }
+    const VelmarUpdateService::Service service = updateService.GetService();
+    if (!service) {
+        return kTold;
+    }
+    const ScopedText version(NarrowToWide(request.version));
+    const ScopedText sku(request.sku);
+    return isDone(service.Get(), sku.Get(), version.Get(), request.langId) ? kTold : kServiceFailed;
+}
+
 }  // namespace
 
 Status InvokeUpdate(const std::string& productIdentifier, const std::string& locale,
                     bool runInBackground) {
-    const VelmarUpdateService updateService;
-    const Request request =
-        Prepare("Dispatch_InvokeUpdate", updateService, productIdentifier, locale);
-    if (request.status != kTold) {
-        return request.status;
-    }
-    const VelmarUpdateService::Service service = updateService.GetService();
-    if (!service) {
-        return kTold;
-    }
-    const ScopedText version(NarrowToWide(request.version));
-    const ScopedText sku(request.sku);
-    const ScopedText product(NarrowToWide(productIdentifier));
-    const HRESULT result = CallService(
-        runInBackground ? "IUpdateServices::RunUpdateInBackground" : "IUpdateServices::RunUpdate",
-        [&]() CALLS_FOREIGN_OBJECTS {
-            return runInBackground ? service.Get()->RunUpdateInBackground(
-                                         sku.Get(), version.Get(), request.langId, product.Get())
-                                   : service.Get()->RunUpdate(sku.Get(), version.Get(),
-                                                              request.langId, product.Get());
-        });
-    return result == S_OK ? kTold : kServiceFailed;
+    const auto update = [&](IUpdateServices* service, BSTR sku, BSTR version, ULONG langId) {
+        const ScopedText product(NarrowToWide(productIdentifier));
+        return CallService(runInBackground ? "IUpdateServices::RunUpdateInBackground"
+                                           : "IUpdateServices::RunUpdate",
+                           [&]() CALLS_FOREIGN_OBJECTS {
+                               return runInBackground
+                                          ? service->RunUpdateInBackground(sku, version, langId,
+                                                                           product.Get())
+                                          : service->RunUpdate(sku, version, langId, product.Get());
+                           }) == S_OK;
+    };
+    return Dispatch("Dispatch_InvokeUpdate", productIdentifier, locale, update);
 }
 
 Status IsUpdateOrMessageAvailable(const std::string& productIdentifier, const std::string& locale,
                                   bool connectToServer) {
-    const VelmarUpdateService updateService;
-    const Request request =
-        Prepare("Dispatch_IsUpdateOrMessageAvailable", updateService, productIdentifier, locale);
-    if (request.status != kTold) {
-        return request.status;
-    }
-    const VelmarUpdateService::Service service = updateService.GetService();
-    if (!service) {
-        return kTold;
-    }
-    const ScopedText version(NarrowToWide(request.version));
-    const ScopedText sku(request.sku);
-    // The low half counts; a service that writes 32 bits finds room for them.
-    VARIANT_BOOL available[2] = {VARIANT_FALSE, VARIANT_FALSE};
-    const HRESULT result =
-        CallService("IUpdateServices::CheckUpdateOrMessage", [&]() CALLS_FOREIGN_OBJECTS {
-            return service.Get()->CheckUpdateOrMessage(
-                sku.Get(), version.Get(), request.langId,
-                connectToServer ? VARIANT_TRUE : VARIANT_FALSE, available);
-        });
-    return result == S_OK && available[0] == VARIANT_TRUE ? kTold : kServiceFailed;
+    const auto ask = [&](IUpdateServices* service, BSTR sku, BSTR version, ULONG langId) {
+        // The low half counts; a service that writes 32 bits finds room for them.
+        VARIANT_BOOL available[2] = {VARIANT_FALSE, VARIANT_FALSE};
+        const HRESULT result =
+            CallService("IUpdateServices::CheckUpdateOrMessage", [&]() CALLS_FOREIGN_OBJECTS {
+                return service->CheckUpdateOrMessage(sku, version, langId,
+                                                     connectToServer ? VARIANT_TRUE : VARIANT_FALSE,
+                                                     available);
+            });
+        return result == S_OK && available[0] == VARIANT_TRUE;
+    };
+    return Dispatch("Dispatch_IsUpdateOrMessageAvailable", productIdentifier, locale, ask);
 }
 
 }  // namespace UpdateDispatch
