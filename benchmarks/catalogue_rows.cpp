@@ -58,7 +58,7 @@ Row GrowthRow(const std::string& what, Nanoseconds large, Nanoseconds small) {
 }
 
 Row ToldRow(const std::string& what, const std::string& ours, const std::string& peers) {
-    return {what, "(told only)", ours, "the same with 50 certificates", peers, "-"};
+    return {what, "(for information)", ours, "the same with 50 certificates", peers, "-"};
 }
 
 double KibibytesOfFirstItem() {

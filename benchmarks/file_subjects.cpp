@@ -156,7 +156,7 @@ std::string DoomedTree(int number) {
 }
 
 // Each repetition of either side takes the next of the trees that were made ahead: to make one
-// right behind a deletion takes the host long.
+// right after a deletion takes the host long.
 void DeleteNext(benchmark::State& state, void (*deleteTree)(const std::string&)) {
     static int next = 0;
     const std::string tree = DoomedTree(next++);

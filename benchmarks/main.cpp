@@ -70,10 +70,10 @@ std::vector<Row> Measure() {
     rows.push_back(SubjectRow("GetUserLanguage_Ids, three identifiers, sibling missing",
                               "language-without-sibling", "ICU uloc_acceptLanguage, three locales",
                               "< 40 us", Under(40 * kMicrosecond)));
-    rows.push_back(SubjectRow("trace line, two arguments, nobody listening", "trace",
+    rows.push_back(SubjectRow("trace line, two arguments, no listener", "trace",
                               "spdlog line, null sink", "<= 1.5 x peer", AtMost(1.5)));
     rows.push_back(SubjectRow("trace line, two arguments, a filter listening", "trace-filter",
-                              "spdlog line, null sink", "(told only)", nullptr));
+                              "spdlog line, null sink", "(for information)", nullptr));
     rows.push_back(SubjectRow("cookie read, file of 50 cookies", "cookie-read",
                               "libcurl, load of that file", "< 100 us", Under(100 * kMicrosecond)));
     rows.push_back(SubjectRow("cookie write, file of 50 cookies", "cookie-write",

@@ -1,4 +1,4 @@
-// The rows of the table, and how figures are told in them.
+// The rows of the table, and how figures are written in them.
 #pragma once
 
 #include <functional>
@@ -28,7 +28,7 @@ std::string Verdict(bool met);
 Claim Under(Nanoseconds bound);
 Claim AtMost(double times);
 
-// Measures the subject. Without a claim the row is told only.
+// Measures the subject. Without a claim the row is for information.
 Row SubjectRow(const std::string& what, const std::string& subject, const std::string& peer,
                const std::string& target, const Claim& isMet);
 

@@ -1,6 +1,6 @@
 // brevik_stress: all twelve functions from many threads at once, on a machine of its own.
 //
-//     brevik_stress [SECONDS [THREADS [CALLS]]]     60, 20 and 1,000,000 unless told
+//     brevik_stress [SECONDS [THREADS [CALLS]]]     60, 20 and 1,000,000 by default
 //
 // Tells the rounds of twelve calls that each thread makes in a second, for 1, 2 and 4 threads; then
 // has THREADS threads make them for SECONDS, and after that one thread CALLS calls of each query.

@@ -7,7 +7,7 @@
 // call; peer: ICU. Throw where the machine is not as the name says.
 void RegisterLanguageWithSibling();
 void RegisterLanguageWithoutSibling();
-void RegisterTrace();        // a trace line that nobody gets; peer: spdlog to a null sink
+void RegisterTrace();        // a trace line without a listener; peer: spdlog to a null sink
 void RegisterTraceFilter();  // a trace line that a filter sees; the same peer
 void RegisterCookieRead();  // one value out of a file of 50 cookies; peer: libcurl loading the file
 void RegisterDispatch();    // a question to the update service; peer: the service's own operation

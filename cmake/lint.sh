@@ -45,7 +45,7 @@ for file in $(printf '%s\n' $sources | grep '^src/'); do
     done
 done
 
-# No core file asks which host it is on, or looks behind the platform's headers.
+# No core file asks which host it is on, or reaches past the platform's headers.
 for file in $(printf '%s\n' $sources | grep '^src/' | grep -v '^src/platform/'); do
     if grep -nE '_WIN32|__linux__|__unix__|platform/posix|<(unistd|windows|dlfcn|sys/[a-z]*)\.h>' \
         "$file"; then

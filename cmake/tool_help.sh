@@ -6,10 +6,10 @@ form=$1
 tool=$2
 version=$3
 
-# The names behind "Subcommands:" of a help text.
+# The names after "Subcommands:" of a help text.
 subcommands() { awk '/^Subcommands:/ { on = 1; next } /^$/ { on = 0 } on { print $1 }'; }
 
-# Runs `$1 COMMAND...` for every command, a group ahead of those in it.
+# Runs `$1 COMMAND...` for every command, a group before those in it.
 each_command() {
     visit=$1
     for group in $("$tool" --help | subcommands); do
@@ -21,7 +21,7 @@ each_command() {
 }
 
 # Turns a help text into manual page lines. A row is a term, two blanks or more, and what it means,
-# which may stand on the next line; where all commands end with the same words, one tells them.
+# which may stand on the next line; where all commands end with the same words, one names them.
 format_help() {
     awk -v is_top="$1" '
         function plain(text) {

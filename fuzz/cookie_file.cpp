@@ -38,7 +38,7 @@ std::vector<std::string> HiddenCookies(const CookieFile& file) {
     return hidden;
 }
 
-// The lines that are no cookies, one behind the other.
+// The lines that are no cookies, one after the other.
 std::string Foreign(std::string_view text) {
     std::string foreign;
     while (!text.empty()) {

@@ -1,6 +1,6 @@
 // The cookie text: whatever the store gives, a text that is written reads back as the same
 // sections, and a value that passes the check before a write is found by a later read. The input is
-// the text, and, behind NULs, the name, key and value of a write.
+// the text, and, after NULs, the name, key and value of a write.
 
 #include <algorithm>
 #include <array>
@@ -24,7 +24,7 @@ void Parse(StorageParser& parser, const Utf8String& text) {
     parser.LeaveOutIllFormed(text);
 }
 
-// The sections as they stand ahead of the attributes, whose ";" ends the last one. Sections that
+// The sections as they stand before the attributes, whose ";" ends the last one. Sections that
 // are written as nothing may leave a separator at the end.
 Utf8String Written(const StorageParser& parser) {
     Utf8String text = parser.FormatSections();

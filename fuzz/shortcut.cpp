@@ -1,5 +1,5 @@
 // Shortcut files: no text that is read holds a NUL, and a file that is cut anywhere but in what
-// follows its texts is refused or tells the same.
+// follows its texts is refused or reads the same.
 
 #include <cstdint>
 #include <cstdlib>

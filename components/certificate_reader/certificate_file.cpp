@@ -59,7 +59,7 @@ const char* Explain(CertificateFault fault) {
         case CertificateFault::kUnknownVersion:
             return "it is a certificate file of a version that is not known here";
         case CertificateFault::kCut:
-            return "it is cut short, or has something behind its end";
+            return "it is cut short, or has something after its end";
         case CertificateFault::kBadSignature:
             return "it was changed, or signed with another key";
         case CertificateFault::kBadKey:

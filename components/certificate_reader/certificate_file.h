@@ -4,7 +4,7 @@
 //     1                        version, one byte
 //     size                     of the text in bytes, 4 bytes, the lowest first
 //     text                     the fields, in UTF-8
-//     signature                64 bytes, Ed25519, of all that stands ahead of it
+//     signature                64 bytes, Ed25519, of everything before it
 //
 // One text and one key give one file, byte for byte.
 #pragma once
@@ -25,7 +25,7 @@ enum class CertificateFault {
     kTooLarge,
     kForeign,         // it does not begin as a certificate does
     kUnknownVersion,  // it comes from a later one of these
-    kCut,             // it ends early, or something was put behind it
+    kCut,             // it ends early, or something follows it
     kBadSignature,    // it was changed, or signed with another key
     kBadKey,          // the text of the keys is none
 };
@@ -40,5 +40,6 @@ std::string MakeCertificate(std::string_view text, const CertificateKeys::Privat
 CertificateFault ReadCertificate(std::string_view file, const CertificateKeys::VerificationKey& key,
                                  std::string* text);
 
-// The text of a file whoever signed it, for showing what is wrong with it. Never kBadSignature.
+// The text of a file, whatever key signed it, for showing what is wrong with it. Never
+// kBadSignature.
 CertificateFault ReadUnverified(std::string_view file, std::string* text);

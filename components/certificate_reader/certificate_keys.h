@@ -28,7 +28,7 @@ std::string HexText(const PublicKey& key);
 std::optional<PublicKey> ParsePublicKey(std::string_view text);
 
 // The two keys as 64 hexadecimal digits each with a minus sign between, and a check digit that
-// tells one wrong digit, and two that changed places. Read in either case of letters.
+// detects one wrong digit, and two that changed places. Read in either case of letters.
 std::string VerificationText(const VerificationKey& key);
 std::optional<VerificationKey> ParseVerificationText(std::string_view text);
 
@@ -37,7 +37,7 @@ bool IsSigned(std::string_view message, const Signature& signature, const Public
 // The secret half of a pair; its memory is wiped at the end.
 class PrivateKey {
   public:
-    // A new one that nobody can guess.
+    // A new random one.
     static PrivateKey Make();
 
     // Reads a text as FileText gives it: lines that begin with '#', and one of 64 hexadecimal

@@ -21,7 +21,7 @@ inline constexpr IID kInterface = {
 // The class in the form in which the registry names it.
 inline constexpr char kClassText[] = "{91C11C22-4B99-439F-90A6-A0F3758E1717}";
 
-// How a fault of a file is told as a result: 0x80040200 and its number.
+// A fault of a file as a result: 0x80040200 and its number.
 constexpr HRESULT ResultOf(CertificateFault fault) {
     return fault == CertificateFault::kNone
                ? S_OK
@@ -39,7 +39,7 @@ class IReader : public IUnknown {
     virtual HRESULT STDMETHODCALLTYPE Invoke() = 0;
 
     // Slot 7. Reads a file and tests it against a verification key, a text of 130 characters. On
-    // failure there is no text, and the result tells why: ResultOf a fault, or 0x80070000 and the
+    // failure there is no text, and the result says why: ResultOf a fault, or 0x80070000 and the
     // system's error number where the file cannot be read.
     virtual HRESULT STDMETHODCALLTYPE OpenFile(BSTR path, BSTR verificationKey) = 0;
 

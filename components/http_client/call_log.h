@@ -1,4 +1,4 @@
-// The log of the calls, told in docs/http-client.md: one JSON line each, in a file beside the
+// The log of the calls, described in docs/http-client.md: one JSON line each, in a file beside the
 // library. Lines of several threads and processes stay whole.
 #pragma once
 

@@ -36,7 +36,7 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// A decimal number, a minus sign ahead of it where it is negative, or a hexadecimal one behind
+// A decimal number, with a minus sign where it is negative, or a hexadecimal one after
 // "0x".
 std::optional<long long> Number(std::string_view text) {
     const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");

@@ -1,4 +1,4 @@
-// What the stand-in answers: the settings file beside it, told in docs/http-client.md.
+// What the stand-in answers: the settings file beside it, described in docs/http-client.md.
 #pragma once
 
 #include <chrono>

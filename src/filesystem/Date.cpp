@@ -24,7 +24,7 @@ bool IsLeapYear(int year) {
 std::int64_t DaysBeforeYear(int year) {
     if (year < 1) {
         const std::int64_t years = -year;
-        // Year 0 is in no count; a date that bears it all the same counts a day behind year 1.
+        // Year 0 is in no count; a date with that year counts from the day after year 1.
         const std::int64_t leapYears = years == 0 ? 1 : (years + 3) / 4;
         const std::int64_t days = years * 365 + leapYears;
         return year < 0 ? -days : days;

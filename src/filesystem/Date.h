@@ -1,7 +1,7 @@
-// A day of the calendar: Julian up to 1582, Gregorian behind it.
+// A day of the calendar: Julian up to 1582, Gregorian after it.
 //
 // The ten days between the two are left out of October 1582, which runs from 1 to 21; the day after
-// it is 1 November. There is no year 0: 31 December of the year -1 comes ahead of 1 January of the
+// it is 1 November. There is no year 0: 31 December of the year -1 comes before 1 January of the
 // year 1, whose day number is 0.
 //
 // A plain value. A date is not checked when it is made.

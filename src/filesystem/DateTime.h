@@ -1,4 +1,4 @@
-// A time stamp: a time, a date and the zone in which the two are told.
+// A time stamp: a time, a date and the zone in which the two are expressed.
 //
 // A plain value; no operation fails by an exception. File times and system times travel through the
 // platform's zone that is in force now, whatever their own date, so that what was read comes back
@@ -23,14 +23,14 @@ class DateTime {
     constexpr DateTime(const TimeOfDay& time, const Date& date, const TimeZone& zone)
         : time_(time), date_(date), zone_(zone) {}
 
-    // The moment of this universal count, see GetTotalTicks, told in `zone`.
+    // The moment of this universal count, see GetTotalTicks, expressed in `zone`.
     DateTime(std::int64_t ticks, const TimeZone& zone);
 
     // The platform's local time, in whole seconds.
     static DateTime GetNow();
 
-    // Seconds since 1970, told in the local time of the run-time library. A time that it cannot
-    // tell gives the default value.
+    // Seconds since 1970, in the local time of the run-time library. A time that it cannot
+    // express gives the default value.
     static DateTime FromTimeT(__time64_t seconds);
 
     // The default value for a time beyond the platform's calendar.
@@ -39,7 +39,7 @@ class DateTime {
     // The fields as they stand, in the local zone; milliseconds become ticks, the rest cut off.
     static DateTime FromSystemTime(const SYSTEMTIME& time);
 
-    // -1 for a time that the run-time library cannot tell.
+    // -1 for a time that the run-time library cannot express.
     __time64_t ToTimeT() const;
 
     // All zero for a time beyond the platform's calendar, such as a year before 1601.
@@ -54,11 +54,11 @@ class DateTime {
     // Universal Time.
     std::int64_t GetTotalTicks() const;
 
-    // The moment `seconds` later, told in the platform's local zone. Beyond the years of a Date it
+    // The moment `seconds` later, in the platform's local zone. Beyond the years of a Date it
     // has the default one.
     DateTime AddSeconds(std::int64_t seconds) const;
 
-    // Whole seconds from `earlier` to this moment; negative when it lies behind.
+    // Whole seconds from `earlier` to this moment; negative when `earlier` is the later one.
     std::int64_t GetSecondsBetween(const DateTime& earlier) const;
 
     // Tells the same moment in another zone.

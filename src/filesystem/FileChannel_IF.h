@@ -51,10 +51,10 @@ class FileChannel_IF {
     // is closed from then on. Raises SystemException::Errno when there is no stream to be had.
     virtual std::FILE* ReleaseToStream() = 0;
 
-    // Cuts or grows the file; the position stays, also when it is behind the new end.
+    // Cuts or grows the file; the position stays, also when it is past the new end.
     virtual void SetSize(std::uint64_t size) = 0;
 
-    // Counts from the file's beginning; may lie behind the end.
+    // Counts from the file's beginning; may lie past the end.
     virtual void SetPosition(std::uint64_t position) = 0;
 
     // Writes all of `count` bytes, or raises.

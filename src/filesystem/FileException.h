@@ -1,6 +1,6 @@
 // The failure of a file operation: a kind, the path that failed, and the failure beneath it.
 //
-// The number and the message tell the kind ("access denied"); the inner exception holds the
+// The number and the message give the kind ("access denied"); the inner exception holds the
 // system's code and wording. Copies share the inner exception.
 #pragma once
 
@@ -10,7 +10,7 @@
 
 class FileException : public VelmarException {
   public:
-    // A failure of the kind that the text tells.
+    // A failure of the kind that the text names.
     FileException(const VelmarText& text, const FilePath& path,
                   const SharedHandle<VelmarException>& inner);
 
@@ -42,3 +42,12 @@ class FileException : public VelmarException {
 
 // Throws the failure of a broken rule of the library's own at this place of its source.
 [[noreturn]] void ThrowInternalFileError(const char* file, int line, const FilePath& path = {});
+
+// The object of a handle. A null handle raises the failure of a broken rule, as above.
+template <typename Object>
+Object& Existing(const SharedHandle<Object>& handle, const char* file, int line) {
+    if (handle == nullptr) {
+        ThrowInternalFileError(file, line);
+    }
+    return *handle;
+}

@@ -25,7 +25,7 @@ class FilePath : public Utf8String {
 
     bool IsEmpty() const { return empty(); }
 
-    // The text behind the last separator; empty when the text ends in one.
+    // The text after the last separator; empty when the text ends in one.
     FilePath GetName() const;
 
     // The name without its extension; empty for a name such as ".profile".
@@ -34,11 +34,11 @@ class FilePath : public Utf8String {
     // The text before the last "." of the whole text; without one, the whole text.
     FilePath RemoveExtension() const;
 
-    // The text behind the last "." of the whole text, whatever separators follow it; without one,
+    // The text after the last "." of the whole text, whatever separators follow it; without one,
     // empty.
     FilePath GetExtension() const;
 
-    // The text with an extension behind it; the "." between them is added where `extension` has
+    // The text followed by an extension; the "." between them is added where `extension` has
     // none. An empty extension adds nothing.
     FilePath AddExtension(const FilePath& extension) const;
 

@@ -1,7 +1,7 @@
 // A file or folder by its path: the value that the rest of the library works with.
 //
 // Copies share one file object, which never changes. The null object is legal; what each operation
-// does for it is told here, the rest in FileSpec_IF. "Raises" for a null object means a
+// does for it is documented here, the rest in FileSpec_IF. "Raises" for a null object means a
 // FileException with an empty path. Any thread, once FileSystem_Start has run.
 #pragma once
 

@@ -1,11 +1,11 @@
 // What is built upon file objects: copying and moving, scans, unique names, the folders that belong
 // to the process, and relative paths.
 //
-// A failure raises a FileException unless told otherwise and leaves what was done so far. Any
+// A failure raises a FileException unless stated otherwise and leaves what was done so far. Any
 // thread. FileSystem_Start has run before.
 //
 // What goes through a whole tree does not go through a link to a folder: it may lead back into the
-// tree, which would never end, or to another one that nobody asked for. The folder that an
+// tree, which would never end, or to a tree that was not named. The folder that an
 // operation is given may itself be such a link.
 #pragma once
 
@@ -33,7 +33,7 @@ void CopyFolder(const FileSpec& target, const FileSpec& source, bool recursive, 
 
 // Renames the source or, where the platform refuses, copies it and then deletes it. A folder is
 // moved with all that it holds. The source is deleted only after a complete copy: a folder with
-// something in it that a copy leaves out raises "access denied" ahead of copying.
+// something in it that a copy leaves out raises "access denied" before anything is copied.
 void Move(const FileSpec& target, const FileSpec& source, Tickler& tickler);
 
 // Makes a folder and all folders above it that are missing. A file on the way raises "file exists"

@@ -18,7 +18,7 @@ class FolderIterator {
     // The entry; null at the end.
     const FileSpec& GetCurrent() const { return current; }
 
-    // Whether the entry is a folder, as the listing tells it; the disk is asked only where the
+    // Whether the entry is a folder, as the listing reports it; the disk is asked only where the
     // listing does not. REQUIRES: the entry is not null.
     bool IsFolder() const;
 
@@ -26,7 +26,7 @@ class FolderIterator {
     // operation on a whole tree goes through one. REQUIRES: as above.
     bool IsFolderLink() const;
 
-    // Whether there is nothing behind the entry that could be read as a file or folder of this
+    // Whether the entry leads to nothing that could be read as a file or folder of this
     // place: it is a link to a folder, or one that leads nowhere. REQUIRES: as above.
     bool HasNoContents() const;
 
@@ -36,5 +36,5 @@ class FolderIterator {
   private:
     SharedHandle<FolderSpec_Iterator> impl;
     FileSpec current;
-    std::optional<FolderSpec_Iterator::Kind> kind;  // of `current`, which copies may leave behind
+    std::optional<FolderSpec_Iterator::Kind> kind;  // of `current`, which copies may outlive
 };

@@ -11,7 +11,7 @@ class FolderSpec_Iterator {
   public:
     virtual ~FolderSpec_Iterator() = default;
 
-    // What a listing tells of an entry by itself.
+    // What a listing reports about an entry.
     struct Kind {
         bool isFolder;
 
@@ -25,7 +25,7 @@ class FolderSpec_Iterator {
     // since a path loses that dot and would name another file, or the folder itself.
     virtual SharedHandle<FileSpec_IF> Next() = 0;
 
-    // Of the entry that Next gave last; nothing from a listing that does not tell.
+    // The kind of the entry that Next returned last; nothing where the listing does not report it.
     const std::optional<Kind>& GetKind() const { return kind_; }
 
   protected:

@@ -15,7 +15,7 @@ class TickleImplBase {
     TickleImplBase& operator=(const TickleImplBase&) = default;
     virtual ~TickleImplBase() = default;
 
-    // Whether the operation is to stop. The base class tells `cancelled_`.
+    // Whether the operation is to stop. The base class returns `cancelled_`.
     virtual bool IsCancelled() { return cancelled_; }
 
     // What is being done at the moment; `message` need not outlive the call.

@@ -21,8 +21,8 @@ class TimeOfDay {
                         std::uint32_t ticks = 0, std::int8_t carryDays = 0)
         : ticks_(ticks), second_(second), minute_(minute), hour_(hour), carryDays_(carryDays) {}
 
-    // The time that lies so many ticks behind midnight; whole days go to the carry, negative ones
-    // for a time ahead of midnight. REQUIRES: less than 128 days.
+    // The time so many ticks after midnight; whole days go to the carry, negative ones
+    // for a time before midnight. REQUIRES: less than 128 days.
     explicit TimeOfDay(std::int64_t ticks);
 
     int GetHour() const { return hour_; }

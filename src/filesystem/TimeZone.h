@@ -11,8 +11,8 @@ class TimeZone {
     // Coordinated Universal Time.
     TimeZone() = default;
 
-    // `isWest`: local time lies behind Coordinated Universal Time. `isDaylight`: daylight saving
-    // time is in force; the offset counts it already.
+    // `isWest`: local time is earlier than Coordinated Universal Time. `isDaylight`: daylight
+    // saving time is in force; the offset counts it already.
     constexpr TimeZone(std::uint8_t hours, std::uint8_t minutes, bool isWest, bool isDaylight)
         : hours_(hours), minutes_(minutes), isWest_(isWest), isDaylight_(isDaylight) {}
 

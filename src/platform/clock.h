@@ -27,7 +27,7 @@ PLATFORM_API __time64_t _time64(__time64_t* result);
 // Broken down into local time. 0, or an error number.
 PLATFORM_API int _localtime64_s(std::tm* result, const __time64_t* time);
 
-// Seconds since 1970 of a local time; -1 where it cannot be told.
+// Seconds since 1970 of a local time; -1 where it cannot be expressed.
 PLATFORM_API __time64_t _mktime64(std::tm* time);
 
 }  // namespace brevik::platform

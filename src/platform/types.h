@@ -124,7 +124,7 @@ using namespace brevik::platform;
 using WideString = std::basic_string<WCHAR>;
 
 // Has the compiler check a printf-like function: the places of the format argument and of the first
-// argument behind it, from 1, `this` counted.
+// argument after it, from 1, `this` counted.
 #if defined(__MINGW32__) && !defined(__clang__)
 #define PRINTF_CHECKED(format_place, first_place) \
     __attribute__((__format__(__gnu_printf__, format_place, first_place)))

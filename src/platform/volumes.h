@@ -1,4 +1,4 @@
-// Volumes: the media behind drives and shares.
+// Volumes: the media that drives and shares stand for.
 //
 // Off Windows a drive is a folder of the machine; size and free space are those of the host's file
 // system there. What the host cannot know stands in the machine's registry, see

@@ -6,7 +6,8 @@
 
 namespace FileSystem {
 
-// Sets the tickler to the sink's own range, and tells 0.0 and the message "copying" with the path.
+// Sets the tickler to the sink's own range, and reports 0.0 and the message "copying" with the
+// path.
 void BeginCopy(Tickler& tickler, const FilePath& source);
 
 }  // namespace FileSystem

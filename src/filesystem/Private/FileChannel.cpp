@@ -5,33 +5,28 @@
 
 namespace {
 
-FileChannel_IF& Existing(const SharedHandle<FileChannel_IF>& impl, int line) {
-    if (impl == nullptr) {
-        ThrowInternalFileError(".\\Private\\FileChannel", line);
-    }
-    return *impl;
-}
+constexpr const char* kSource = ".\\Private\\FileChannel";
 
 }  // namespace
 
 void FileChannel::Close() const {
-    Existing(impl, 48).Close();
+    Existing(impl, kSource, 48).Close();
 }
 
 void FileChannel::Flush() const {
-    Existing(impl, 54).Flush();
+    Existing(impl, kSource, 54).Flush();
 }
 
 std::uint64_t FileChannel::GetSize() const {
-    return Existing(impl, 60).GetSize();
+    return Existing(impl, kSource, 60).GetSize();
 }
 
 SharedHandle<FileSpec_IF> FileChannel::GetFileSpec() const {
-    return Existing(impl, 66).GetFileSpec();
+    return Existing(impl, kSource, 66).GetFileSpec();
 }
 
 std::uint64_t FileChannel::GetPosition() const {
-    return Existing(impl, 72).GetPosition();
+    return Existing(impl, kSource, 72).GetPosition();
 }
 
 bool FileChannel::IsOpen() const {
@@ -39,21 +34,21 @@ bool FileChannel::IsOpen() const {
 }
 
 void FileChannel::Read(void* buffer, std::uint32_t count, std::uint32_t& done) const {
-    Existing(impl, 97).Read(buffer, count, done);
+    Existing(impl, kSource, 97).Read(buffer, count, done);
 }
 
 std::FILE* FileChannel::ReleaseToStream() const {
-    return Existing(impl, 104).ReleaseToStream();
+    return Existing(impl, kSource, 104).ReleaseToStream();
 }
 
 void FileChannel::SetSize(std::uint64_t size) const {
-    Existing(impl, 111).SetSize(size);
+    Existing(impl, kSource, 111).SetSize(size);
 }
 
 void FileChannel::SetPosition(std::uint64_t position) const {
-    Existing(impl, 118).SetPosition(position);
+    Existing(impl, kSource, 118).SetPosition(position);
 }
 
 void FileChannel::Write(const void* buffer, std::uint32_t count) const {
-    Existing(impl, 125).Write(buffer, count);
+    Existing(impl, kSource, 125).Write(buffer, count);
 }

@@ -10,27 +10,22 @@
 
 namespace {
 
-FileSpec_IF& Existing(const SharedHandle<FileSpec_IF>& impl, int line) {
-    if (impl == nullptr) {
-        ThrowInternalFileError(".\\Private\\FileSpec", line);
-    }
-    return *impl;
-}
+constexpr const char* kSource = ".\\Private\\FileSpec";
 
 }  // namespace
 
 FileSpec::FileSpec(const FilePath& path) : impl(ClassFactory_IF::MakeFileSpec(path, nullptr)) {}
 
 void FileSpec::CreateFolder() const {
-    Existing(impl, 81).CreateFolder();
+    Existing(impl, kSource, 81).CreateFolder();
 }
 
 void FileSpec::Delete() const {
-    Existing(impl, 87).Delete();
+    Existing(impl, kSource, 87).Delete();
 }
 
 std::uint32_t FileSpec::GetAttributes() const {
-    return Existing(impl, 99).GetAttributes();
+    return Existing(impl, kSource, 99).GetAttributes();
 }
 
 FilePath FileSpec::GetExtension() const {
@@ -38,11 +33,11 @@ FilePath FileSpec::GetExtension() const {
 }
 
 std::uint64_t FileSpec::GetFileSize() const {
-    return Existing(impl, 126).GetFileSize();
+    return Existing(impl, kSource, 126).GetFileSize();
 }
 
 DateTime FileSpec::GetModificationTime() const {
-    return Existing(impl, 132).GetModificationTime();
+    return Existing(impl, kSource, 132).GetModificationTime();
 }
 
 FilePath FileSpec::GetName() const {
@@ -58,7 +53,7 @@ FilePath FileSpec::GetPath() const {
 }
 
 SharedHandle<Volume_IF> FileSpec::GetVolume() const {
-    return Existing(impl, 153).GetVolume();
+    return Existing(impl, kSource, 153).GetVolume();
 }
 
 bool FileSpec::IsAlias() const {
@@ -91,27 +86,27 @@ bool FileSpec::IsRoot() const {
 }
 
 FileSpec FileSpec::MakeChild(const FilePath& name) const {
-    return Existing(impl, 203).MakeChild(name);
+    return Existing(impl, kSource, 203).MakeChild(name);
 }
 
 FileChannel FileSpec::MakeFileChannel(std::uint32_t mode) const {
-    return Existing(impl, 210).MakeFileChannel(mode);
+    return Existing(impl, kSource, 210).MakeFileChannel(mode);
 }
 
 FileSpec FileSpec::MakeParent() const {
-    return Existing(impl, 216).MakeParent();
+    return Existing(impl, kSource, 216).MakeParent();
 }
 
 void FileSpec::Rename(const FileSpec& target) const {
-    FileSpec_IF& source = Existing(impl, 223);
-    Existing(target.impl, 224);
+    FileSpec_IF& source = Existing(impl, kSource, 223);
+    Existing(target.impl, kSource, 224);
     source.Rename(target);
 }
 
 void FileSpec::SetAttributes(std::uint32_t attributes) const {
-    Existing(impl, 244).SetAttributes(attributes);
+    Existing(impl, kSource, 244).SetAttributes(attributes);
 }
 
 void FileSpec::SetModificationTime(const DateTime& time) const {
-    Existing(impl, 258).SetModificationTime(time);
+    Existing(impl, kSource, 258).SetModificationTime(time);
 }

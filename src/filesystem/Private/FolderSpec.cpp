@@ -6,12 +6,7 @@
 
 namespace {
 
-FolderSpec_IF& Existing(const SharedHandle<FolderSpec_IF>& folder, int line) {
-    if (folder == nullptr) {
-        ThrowInternalFileError(".\\Private\\FolderSpec", line);
-    }
-    return *folder;
-}
+constexpr const char* kSource = ".\\Private\\FolderSpec";
 
 }  // namespace
 
@@ -25,9 +20,9 @@ FolderSpec::FolderSpec(const FileSpec& file)
 }
 
 FolderIterator FolderSpec::MakeIterator() const {
-    return FolderIterator(Existing(folder, 64).MakeIterator(folder));
+    return FolderIterator(Existing(folder, kSource, 64).MakeIterator(folder));
 }
 
 void FolderSpec::DeleteTree() const {
-    Existing(folder, 70).DeleteTree(folder);
+    Existing(folder, kSource, 70).DeleteTree(folder);
 }

@@ -5,10 +5,7 @@
 #include "filesystem/FileException.h"
 
 bool Volume::IsCaseSensitive() const {
-    if (impl == nullptr) {
-        ThrowInternalFileError(".\\Private\\Volume", 84);
-    }
-    return impl->IsCaseSensitive();
+    return Existing(impl, ".\\Private\\Volume", 84).IsCaseSensitive();
 }
 
 bool Volume::IsEqual(const Volume& other) const {

@@ -63,7 +63,7 @@ FileChannel_Win32::~FileChannel_Win32() {
         try {
             Close();
         } catch (const std::exception&) {
-            // Nobody is left to be told.
+            // A destructor has no caller to report to.
         }
     }
 }

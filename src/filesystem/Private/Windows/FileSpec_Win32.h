@@ -57,7 +57,7 @@ class FileSpec_Win32 : public FileSpec_IF,
     void SetFileSize(std::uint64_t size) override;
     void SetModificationTime(const DateTime& time) override;
 
-    // The platform form: the stored path behind the prefix that lifts the limit on its length.
+    // The platform form: the stored path after the prefix that lifts the limit on its length.
     virtual WideString GetLongPath() const;
 
     SharedHandle<FileSpec_IF> ResolveAlias() override;

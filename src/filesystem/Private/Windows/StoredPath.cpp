@@ -107,7 +107,7 @@ DWORD Parse(WideString& path, WideString& root, bool& unc) {
     }
     WideString full = MakeFullPath(path);
     if (full.empty()) {
-        // For the empty path, which a bare prefix leaves, the platform tells no
+        // For the empty path, which a bare prefix leaves, the platform reports no
         // error.
         return path.empty() ? ERROR_BAD_PATHNAME : GetLastError();
     }

@@ -12,7 +12,7 @@ namespace FileSystem_Win32::StoredPath {
 // then as far as the parsing has come.
 DWORD Parse(WideString& path, WideString& root, bool& unc);
 
-// Whether a component behind the root has more units than `maximum`.
+// Whether a component after the root has more units than `maximum`.
 bool HasLongerName(const WideString& path, const WideString& root, std::size_t maximum);
 
 }  // namespace FileSystem_Win32::StoredPath
