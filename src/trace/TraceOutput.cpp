@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "platform/clock.h"
 #include "platform/debugger.h"
@@ -17,8 +18,12 @@ namespace {
 constexpr std::size_t kMessageCapacity = 1024;
 constexpr DWORD kLookupInterval = 3000;  // milliseconds
 
-// A viewer that is behind holds the host up for no longer than this, once in a lookup interval.
-constexpr UINT kSendTimeout = 50;  // milliseconds
+// A line waits at most kSendTimeout for a viewer that is busy. When that was too short, lines are
+// lost until the viewer takes one again; it is tried once in a kRetryInterval, so that a viewer that
+// has stopped hardly slows its hosts down. In milliseconds.
+constexpr UINT kSendTimeout = 50;
+constexpr DWORD kRetryInterval = 100;
+constexpr UINT kRetryTimeout = 1;
 
 void InsertTime(std::string& line) {
     const std::uint64_t microseconds = Clock();
@@ -30,20 +35,8 @@ void InsertTime(std::string& line) {
     line.insert(0, prefix);
 }
 
-void SendToViewer(TraceRecord& record) {
-    TraceState& state = State();
-    COPYDATASTRUCT data = {TraceRecord::kMagic, record.size, &record};
-    DWORD_PTR ignored = 0;
-    if (!SendMessageTimeoutW(state.viewerWindow, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data),
-                             SMTO_BLOCK | SMTO_ABORTIFHUNG, kSendTimeout, &ignored)) {
-        state.viewer = TraceState::Viewer::kNone;
-        state.viewerWindow = nullptr;
-        state.lastLookup = GetTickCount();
-    }
-}
-
-void SendRecord(const char* client, int level, unsigned channel, unsigned char tag,
-                const std::string& line) {
+TraceRecord MakeRecord(const char* client, int level, unsigned channel, unsigned char tag,
+                       std::string_view line) {
     TraceRecord record;
     const std::size_t length = std::min<std::size_t>(line.size(), TraceRecord::kTextCapacity - 1);
     record.size = static_cast<std::uint32_t>(TraceRecord::kEmptySize + length);
@@ -57,7 +50,38 @@ void SendRecord(const char* client, int level, unsigned channel, unsigned char t
     }
     std::memcpy(record.text, line.data(), length);
     record.text[length] = '\0';
-    SendToViewer(record);
+    return record;
+}
+
+// Whether the viewer has taken the record; if not, the present line is lost.
+bool Send(TraceRecord& record, UINT timeout) {
+    TraceState& state = State();
+    COPYDATASTRUCT data = {TraceRecord::kMagic, record.size, &record};
+    DWORD_PTR ignored = 0;
+    SetLastError(ERROR_SUCCESS);
+    if (SendMessageTimeoutW(state.viewerWindow, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data),
+                            SMTO_BLOCK | SMTO_ABORTIFHUNG, timeout, &ignored)) {
+        return true;
+    }
+    if (GetLastError() == ERROR_INVALID_WINDOW_HANDLE) {
+        state.viewer = TraceState::Viewer::kNone;
+        state.viewerWindow = nullptr;
+        state.lastLookup = GetTickCount();
+        state.lost = 0;  // the next viewer has missed nothing
+    } else {
+        state.lastLoss = GetTickCount();
+        ++state.lost;
+    }
+    return false;
+}
+
+void SendToViewer(TraceRecord& record) {
+    TraceState& state = State();
+    if (state.lost != 0 && GetTickCount() - state.lastLoss < kRetryInterval) {
+        ++state.lost;
+    } else if (state.lost == 0 || ReportLostLines(kRetryTimeout)) {
+        Send(record, kSendTimeout);
+    }
 }
 
 bool IsViewerThere() {
@@ -101,7 +125,8 @@ void Emit(const char* client, int level, unsigned channel, unsigned char tag, co
         return;
     }
     if (viewer) {
-        SendRecord(client, level, channel, tag, line);
+        TraceRecord record = MakeRecord(client, level, channel, tag, line);
+        SendToViewer(record);
     }
 }
 
@@ -111,8 +136,23 @@ bool FindViewer() {
     if (state.viewer == TraceState::Viewer::kUnknown || now - state.lastLookup > kLookupInterval) {
         state.lastLookup = now;
         state.viewerWindow = FindWindowW(kViewerClass, nullptr);
+        state.lost = state.viewerWindow != nullptr ? state.lost : 0;
     }
     return state.viewerWindow != nullptr;
+}
+
+bool ReportLostLines(UINT timeout) {
+    constexpr int kErrorLevel = 1;
+    TraceState& state = State();
+    char text[64];
+    std::snprintf(text, sizeof text, "%u lines were not sent: the viewer was too slow", state.lost);
+    TraceRecord record =
+        MakeRecord(state.clientName.data(), kErrorLevel, TraceRecord::kLostChannel, 1, text);
+    if (!Send(record, timeout)) {
+        return false;
+    }
+    state.lost = 0;
+    return true;
 }
 
 std::uint64_t Clock() {

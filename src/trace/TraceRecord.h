@@ -17,6 +17,10 @@ struct TraceRecord {
     static constexpr std::uint32_t kTextCapacity = 1024;
     static constexpr std::uint32_t kEmptySize = 82;  // a record whose text is its NUL alone
 
+    // The channel of the tagged line with which the trace itself reports lines that the viewer was
+    // too slow for. The text begins with their number.
+    static constexpr std::uint32_t kLostChannel = 0x4C4F5354;
+
     std::uint32_t size;        // bytes sent: kEmptySize and the length of the text
     std::uint32_t magic;       // kMagic
     std::int32_t level;        // the line's level

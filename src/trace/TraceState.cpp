@@ -5,6 +5,7 @@
 
 #include "text/tls_data.h"
 #include "trace/KeepLastError.h"
+#include "trace/TraceOutput.h"
 
 namespace UTrace {
 namespace {
@@ -25,6 +26,11 @@ struct Resources {
         resources_alive = true;
     }
     ~Resources() {
+        if (state.lost != 0) {
+            constexpr UINT kLastChance = 50;  // milliseconds
+            const VelmarAutoCriticalSection hold(&lock);
+            ReportLostLines(kLastChance);
+        }
         state.started = false;
         resources_alive = false;
     }

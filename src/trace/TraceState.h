@@ -3,6 +3,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 
 #include "platform/viewer_window.h"
 #include "text/CriticalSection.h"
@@ -23,6 +24,8 @@ struct TraceState {
     enum class Viewer { kUnknown = -1, kNone = 0, kFound = 1 } viewer = Viewer::kUnknown;
     HWND viewerWindow = nullptr;
     DWORD lastLookup = 0;
+    std::uint32_t lost = 0;  // lines that the viewer was too slow for, and does not know of yet
+    DWORD lastLoss = 0;      // when it was last tried in vain
 };
 
 TraceState& State();

@@ -10,6 +10,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "platform/posix/machine.h"
 #include "platform/posix/trace_socket.h"
 #include "terminal.h"
 #include "trace/TraceRecord.h"
@@ -61,9 +62,10 @@ class StopOnSignals {
     struct sigaction pipeBefore_;
 };
 
+// Lines that were lost may be such as are wanted.
 bool IsWanted(const TraceLine& line, const Options& options) {
-    return (!options.level || line.level <= *options.level) &&
-           (!options.client || line.client == *options.client);
+    return line.lost || ((!options.level || line.level <= *options.level) &&
+                         (!options.client || line.client == *options.client));
 }
 
 // False when the output is closed or the user has had enough.
@@ -87,7 +89,8 @@ void Run(const Options& options) {
     TraceSocket socket(UTrace::kViewerClass);
     const StopOnSignals stopOnSignals(socket);
     const bool coloured = !options.json && IsColourWelcome(STDOUT_FILENO);
-    WriteText(STDERR_FILENO, "brevikctl: waiting for trace lines; Ctrl-C ends\n");
+    WriteText(STDERR_FILENO, "brevikctl: waiting for trace lines of the machine " +
+                                 Quoted(Machine::Current().Folder()) + "; Ctrl-C ends\n");
     TraceSocket::Packet packet;
     while (!stopped && socket.Receive(&packet, -1)) {
         TraceLine line;
@@ -104,7 +107,8 @@ void Run(const Options& options) {
 }  // namespace
 
 void AddTraceCommands(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("trace", "Show the trace of running hosts, live");
+    CLI::App* command = app.add_subcommand(
+        "trace", "Show the trace of the machine's running hosts that are yours, live");
     const auto options = std::make_shared<Options>();
     command->add_option("--level", options->level,
                         "Only lines up to this level: 1 failures, 3 progress, 4 enter and return");

@@ -1,6 +1,7 @@
 #include "trace_line.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -80,11 +81,17 @@ const char* TraceLine::Read(std::string_view packet) {
     tag = record.tag;
     client = clientField.substr(0, clientLength);
     text = textField.substr(0, textField.size() - 1);
+    lost.reset();
+    std::uint32_t number = 0;
+    if (tag == 1 && channel == TraceRecord::kLostChannel &&
+        std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc()) {
+        lost = number;
+    }
     return nullptr;
 }
 
 std::string TraceLine::ToText(bool coloured) const {
-    const std::string channelMark = tag != 0 ? "#" + std::to_string(channel) : "";
+    const std::string channelMark = tag != 0 && !lost ? "#" + std::to_string(channel) : "";
     char head[64];
     std::snprintf(head, sizeof head, "%s %7d ", LocalTime(arrival).c_str(), sender);
     std::string line = head + SafeText(client) + " " + std::to_string(level) + channelMark + "  ";
@@ -96,5 +103,6 @@ std::string TraceLine::ToJson() const {
     return "{\"time\":\"" + UniversalTime(arrival) + "\",\"pid\":" + std::to_string(sender) +
            ",\"level\":" + std::to_string(level) + ",\"channel\":" + std::to_string(channel) +
            ",\"tag\":" + std::to_string(tag) + ",\"client\":" + JsonString(client) +
-           ",\"text\":" + JsonString(text) + "}\n";
+           ",\"text\":" + JsonString(text) +
+           (lost ? ",\"lost\":" + std::to_string(*lost) : "") + "}\n";
 }

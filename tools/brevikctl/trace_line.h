@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,7 @@ struct TraceLine {
     std::uint8_t tag = 0;
     std::string client;
     std::string text;  // with its indentation
+    std::optional<std::uint32_t> lost;  // the number of lines, where it reports lost ones
 
     // Reads a packet into the line; arrival and sender stay as they are. Null, or what is wrong
     // with the packet, the line then being left as it was.

@@ -12,7 +12,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <new>
+#include <mutex>
 #include <string_view>
 
 #include "platform/posix/environment.h"
@@ -20,29 +20,25 @@
 namespace brevik::platform {
 namespace {
 
-// Answers that are not the descriptor that text goes to.
+// In the place of the descriptor that text goes to.
 constexpr int kNotAskedYet = -1;
 constexpr int kNobody = -2;
 
 // The longest write that a pipe does not mix with those of others.
 constexpr std::size_t kLongestWrite = PIPE_BUF;
 
-// A thread's line as far as it has come.
+// The line that is being made, and the thread that makes it.
 struct OpenLine {
+    pthread_t thread = {};
     std::size_t length = 0;
-    char text[kLongestWrite];
+    char text[kLongestWrite] = {};
 };
 
 // All of this is made at load and never destroyed: static objects may speak in their destructors.
-std::atomic<int> listener = kNotAskedYet;
-std::atomic<bool> listenerIsPipe = false;
-pthread_once_t asking = PTHREAD_ONCE_INIT;
-thread_local OpenLine* openLine = nullptr;
-
-// While lines are collected, the key makes the system call EndLine at the end of a thread that has
-// one, behind the destructors of the thread's own objects.
-std::atomic<bool> isCollecting = false;
-pthread_key_t lineKey;
+constinit std::atomic<int> listener = kNotAskedYet;
+constinit bool listenerIsPipe = false;
+constinit std::mutex lock;
+constinit OpenLine line;
 
 bool IsPipe(int file) {
     struct stat status;
@@ -117,7 +113,7 @@ class NoPipeSignal {
 
 // Text that cannot be written is lost: there is nobody to tell.
 void Write(int file, std::string_view text) {
-    const NoPipeSignal quiet(listenerIsPipe.load(std::memory_order_relaxed));
+    const NoPipeSignal quiet(listenerIsPipe);
     while (!text.empty()) {
         const ssize_t count = write(file, text.data(), text.size());
         if (count >= 0) {
@@ -134,73 +130,34 @@ void Write(int file, std::string_view text) {
     }
 }
 
-void Flush(int file, OpenLine& line) {
+void Flush(int file) {
     Write(file, {line.text, line.length});
     line.length = 0;
 }
 
-void Collect(int file, OpenLine& line, std::string_view text) {
+void Collect(int file, std::string_view text) {
     while (!text.empty()) {
         const std::size_t count = text.copy(line.text + line.length, kLongestWrite - line.length);
         line.length += count;
         text.remove_prefix(count);
         if (line.length == kLongestWrite) {
-            Flush(file, line);
+            Flush(file);
         }
     }
-}
-
-// Writes and frees the calling thread's open line.
-void EndLine(void* line) {
-    openLine = nullptr;
-    const int file = listener.load(std::memory_order_acquire);
-    if (file != kNobody) {
-        Flush(file, *static_cast<OpenLine*>(line));
-    }
-    delete static_cast<OpenLine*>(line);
-}
-
-void Ask() {
-    const int file = OpenListener();
-    if (file >= 0) {
-        listenerIsPipe.store(IsPipe(file), std::memory_order_relaxed);
-        isCollecting.store(pthread_key_create(&lineKey, EndLine) == 0, std::memory_order_release);
-    }
-    listener.store(file, std::memory_order_release);
 }
 
 // The descriptor that text goes to, or kNobody.
 int Listener() {
-    const int current = listener.load(std::memory_order_acquire);
-    if (current != kNotAskedYet) {
-        return current;
+    if (const int known = listener.load(std::memory_order_acquire); known != kNotAskedYet) {
+        return known;
     }
-    pthread_once(&asking, Ask);
-    return listener.load(std::memory_order_acquire);
-}
-
-// The calling thread's open line; null when there is no collecting.
-OpenLine* CurrentLine() {
-    if (openLine != nullptr || !isCollecting.load(std::memory_order_acquire)) {
-        return openLine;
+    const std::lock_guard guard(lock);
+    if (listener.load(std::memory_order_relaxed) == kNotAskedYet) {
+        const int file = OpenListener();
+        listenerIsPipe = file >= 0 && IsPipe(file);
+        listener.store(file, std::memory_order_release);
     }
-    auto* const line = new (std::nothrow) OpenLine;
-    if (line != nullptr && pthread_setspecific(lineKey, line) != 0) {
-        delete line;
-        return nullptr;
-    }
-    return openLine = line;
-}
-
-// When this library goes, at the process's exit or before, EndLine goes with it: text is written as
-// it comes from here on.
-[[gnu::destructor]] void StopCollecting() {
-    if (isCollecting.exchange(false, std::memory_order_acq_rel)) {
-        pthread_key_delete(lineKey);
-        if (openLine != nullptr) {
-            EndLine(openLine);
-        }
-    }
+    return listener.load(std::memory_order_relaxed);
 }
 
 }  // namespace
@@ -212,15 +169,17 @@ void OutputDebugStringA(const char* text) {
     }
     const int callersError = errno;
     const std::string_view whole = text;
-    if (OpenLine* const line = CurrentLine(); line != nullptr) {
-        const std::size_t complete = whole.rfind('\n') + 1;
-        Collect(file, *line, whole.substr(0, complete));
-        if (complete > 0) {
-            Flush(file, *line);
-        }
-        Collect(file, *line, whole.substr(complete));
+    const std::lock_guard guard(lock);
+    if (line.length > 0 && !pthread_equal(line.thread, pthread_self()) && whole.ends_with('\n')) {
+        Write(file, whole);  // past the line that another thread has begun
     } else {
-        Write(file, whole);
+        const std::size_t complete = whole.rfind('\n') + 1;
+        Collect(file, whole.substr(0, complete));
+        if (complete > 0) {
+            Flush(file);
+        }
+        Collect(file, whole.substr(complete));
+        line.thread = pthread_self();
     }
     errno = callersError;
 }

@@ -8,19 +8,16 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
+#include <string_view>
 
 #include "platform/posix/environment.h"
+#include "platform/posix/machine.h"
 
 namespace brevik::platform {
 namespace {
 
-constexpr std::size_t kReadablePart = 32;
-
-constexpr bool IsHarmless(char16_t unit) {
-    return (unit >= u'a' && unit <= u'z') || (unit >= u'0' && unit <= u'9') || unit == u'.';
-}
-
-std::string FolderPath() {
+std::string SessionFolder() {
     const char* session = EnvironmentVariable("XDG_RUNTIME_DIR");
     if (session != nullptr && *session == '/') {
         return std::string(session) + "/brevikconfig";
@@ -55,19 +52,18 @@ std::string RefusalOf(const std::string& path, const ScopedDescriptor& folder) {
 SocketName SocketNameOf(const WCHAR* windowClass) {
     constexpr std::uint64_t kFnvOffset = 0xCBF29CE484222325;
     constexpr std::uint64_t kFnvPrime = 0x100000001B3;
-    char readable[kReadablePart + 1] = {};
+    // One machine has one name, however its folder is spelled.
+    const std::string& folder = Machine::Current().Folder();
+    const std::unique_ptr<char, decltype(&free)> real(realpath(folder.c_str(), nullptr), &free);
     std::uint64_t digest = kFnvOffset;
-    for (std::size_t i = 0; windowClass[i] != 0; ++i) {
-        const bool upper = windowClass[i] >= u'A' && windowClass[i] <= u'Z';
-        const auto unit = static_cast<char16_t>(windowClass[i] + (upper ? u'a' - u'A' : 0));
-        digest = (digest ^ (unit & 0xFF)) * kFnvPrime;
-        digest = (digest ^ (unit >> 8)) * kFnvPrime;
-        if (i < kReadablePart) {
-            readable[i] = IsHarmless(unit) ? static_cast<char>(unit) : '_';
-        }
+    for (; *windowClass != 0; ++windowClass) {
+        digest = (digest ^ static_cast<std::uint16_t>(*windowClass)) * kFnvPrime;
+    }
+    for (const char byte : std::string_view(real ? real.get() : folder.c_str())) {
+        digest = (digest ^ static_cast<unsigned char>(byte)) * kFnvPrime;
     }
     SocketName name = {};
-    std::snprintf(name.data(), name.size(), "%s-%016llx", readable,
+    std::snprintf(name.data(), name.size(), "viewer-%016llx",
                   static_cast<unsigned long long>(digest));
     return name;
 }
@@ -82,9 +78,18 @@ sockaddr_un RuntimeFolder::Address(const SocketName& name) const {
     return address;
 }
 
-RuntimeFolder OpenRuntimeFolder(bool make) {
+std::vector<std::string> RuntimeFolderPaths() {
+    std::vector<std::string> paths = {SessionFolder()};
+    const char* home = EnvironmentVariable("HOME");
+    if (home != nullptr && *home == '/') {
+        paths.push_back(std::string(home) + "/.brevikconfig");
+    }
+    return paths;
+}
+
+RuntimeFolder OpenRuntimeFolder(const std::string& path, bool make) {
     RuntimeFolder folder;
-    folder.path = FolderPath();
+    folder.path = path;
     if (make && mkdir(folder.path.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
         folder.refusal = "the folder " + folder.path + " cannot be made: " + std::strerror(errno) +
                          "; let XDG_RUNTIME_DIR name a folder of yours";

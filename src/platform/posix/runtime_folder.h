@@ -1,25 +1,27 @@
-// The folder that holds the sockets of the user's programs.
+// Where the viewers and the programs of a user meet: a folder that holds a socket for each machine.
 //
 // It is "brevikconfig" in the runtime folder of the user's session ($XDG_RUNTIME_DIR, else
-// /run/user/UID), else /tmp/brevikconfig-UID. Whoever can write there could take a viewer's place,
-// so it counts only while it is a real folder of the effective user that nobody else can enter.
+// /run/user/UID), or /tmp/brevikconfig-UID where the user has no such folder. Anybody who can write
+// to it could take a viewer's place, so it counts only while it is a real folder of the effective
+// user that nobody else can enter. Since somebody else may have made it first, .brevikconfig in the
+// user's home folder is the second choice.
 #pragma once
 
 #include <sys/un.h>
 
 #include <array>
 #include <string>
+#include <vector>
 
 #include "platform/posix/scoped_descriptor.h"
 #include "platform/types.h"
 
 namespace brevik::platform {
 
-// The file name of a window class's socket; NUL-terminated.
-using SocketName = std::array<char, 64>;
+// The file name of a socket; NUL-terminated.
+using SocketName = std::array<char, 24>;
 
-// A name for any class text: a readable part of harmless characters and a digest of the whole.
-// Class texts that differ only in the case of ASCII letters give the same name.
+// The name for windows of this class that belong to the machine of this process.
 SocketName SocketNameOf(const WCHAR* windowClass);
 
 struct RuntimeFolder {
@@ -32,7 +34,10 @@ struct RuntimeFolder {
     sockaddr_un Address(const SocketName& name) const;
 };
 
+// In the order of their choice.
+std::vector<std::string> RuntimeFolderPaths();
+
 // Opens the folder, making it first with mode 0700 where `make` is set. Its parent is never made.
-RuntimeFolder OpenRuntimeFolder(bool make);
+RuntimeFolder OpenRuntimeFolder(const std::string& path, bool make);
 
 }  // namespace brevik::platform

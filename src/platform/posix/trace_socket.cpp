@@ -24,6 +24,19 @@ constexpr int kBacklog = 64;
     throw std::runtime_error(what + ": " + std::strerror(errno));
 }
 
+// The first of the folders that can be trusted, made where it is missing.
+RuntimeFolder FolderForSockets() {
+    std::string refusals;
+    for (const std::string& path : RuntimeFolderPaths()) {
+        RuntimeFolder folder = OpenRuntimeFolder(path, true);
+        if (folder.descriptor) {
+            return folder;
+        }
+        refusals += (refusals.empty() ? "" : "\n") + folder.refusal;
+    }
+    throw std::runtime_error(refusals);
+}
+
 int MillisecondsUntil(std::chrono::steady_clock::time_point deadline) {
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
@@ -46,10 +59,7 @@ pid_t SenderOf(msghdr* message) {
 }  // namespace
 
 TraceSocket::TraceSocket(const WCHAR* windowClass)
-    : name_(SocketNameOf(windowClass)), folder_(OpenRuntimeFolder(true)) {
-    if (!folder_.descriptor) {
-        throw std::runtime_error(folder_.refusal);
-    }
+    : name_(SocketNameOf(windowClass)), folder_(FolderForSockets()) {
     const std::string lockName = std::string(name_.data()) + ".lock";
     lock_ = ScopedDescriptor(openat(folder_.descriptor.Get(), lockName.c_str(),
                                     O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
@@ -57,7 +67,7 @@ TraceSocket::TraceSocket(const WCHAR* windowClass)
         Fail("the file " + folder_.path + "/" + lockName + " cannot be opened");
     }
     if (flock(lock_.Get(), LOCK_EX | LOCK_NB) != 0) {
-        throw std::runtime_error("a viewer is already running for this user; end it first");
+        throw std::runtime_error("a viewer of this machine is already running for this user; end it first");
     }
     poller_ = ScopedDescriptor(epoll_create1(EPOLL_CLOEXEC));
     wake_ = ScopedDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
@@ -69,10 +79,10 @@ TraceSocket::TraceSocket(const WCHAR* windowClass)
 }
 
 void TraceSocket::Bind() {
-    // The lock is ours, so a socket that is still there has nobody behind it.
+    // The lock is ours, so nobody listens at a socket that is still there.
     unlinkat(folder_.descriptor.Get(), name_.data(), 0);
     listener_ = ScopedDescriptor(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    // Accepted connections inherit it: each packet then names its sender, also behind a fork.
+    // Accepted connections inherit it: each packet then names its sender, also after a fork.
     const int on = 1;
     const sockaddr_un address = folder_.Address(name_);
     if (!listener_ || setsockopt(listener_.Get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof on) != 0 ||

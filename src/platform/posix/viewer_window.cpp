@@ -1,16 +1,16 @@
 #include "platform/viewer_window.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <pthread.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <climits>
 #include <mutex>
+#include <string>
+#include <utility>
 
 #include "platform/posix/runtime_folder.h"
 #include "platform/posix/scoped_descriptor.h"
@@ -18,87 +18,50 @@
 namespace brevik::platform {
 namespace {
 
-// A connection to a receiver. The handle is a number that is never given twice, so that a stale one
-// is known as such.
-struct Connection {
-    std::uint32_t handle = 0;
-    ScopedDescriptor descriptor;  // empty: the place is free
-    SocketName name = {};
-};
-
-// Never destroyed: a thread of the host may still trace while the process ends.
-union Connections {
-    std::array<Connection, 16> all = {};
-    ~Connections() {}
-};
-
+// The connection to the viewer. Never destroyed: a thread of the host may still trace while the
+// process ends.
 constinit std::mutex lock;
-constinit Connections connections;
-constinit std::uint32_t lastHandle = 0;
+constinit int connection = -1;
+constinit SocketName connectedTo = {};
 
-// Nobody holds the lock across a fork, so that the child can go on sending; unloading closes what
-// is still open.
-struct Lifetime {
-    Lifetime() {
-        pthread_atfork([] { lock.lock(); }, [] { lock.unlock(); }, [] { lock.unlock(); });
-    }
-    ~Lifetime() {
-        const std::lock_guard guard(lock);
-        for (Connection& connection : connections.all) {
-            connection = Connection();
-        }
-    }
-} lifetime;
+const HWND kWindow = reinterpret_cast<HWND>(std::uintptr_t{1});
 
-// REQUIRES: the lock is held. Null when there is none.
-Connection* FindByHandle(HWND window) {
-    const auto handle = reinterpret_cast<std::uintptr_t>(window);
-    for (Connection& connection : connections.all) {
-        if (connection.descriptor && connection.handle == handle) {
-            return &connection;
-        }
+// REQUIRES: the lock is held.
+void Disconnect() {
+    if (connection >= 0) {
+        close(std::exchange(connection, -1));
     }
-    return nullptr;
 }
 
-bool IsAlive(const Connection& connection) {
-    pollfd end = {connection.descriptor.Get(), 0, 0};
+bool IsAlive(int descriptor) {
+    pollfd end = {descriptor, 0, 0};
     return poll(&end, 1, 0) == 0;
 }
 
-// REQUIRES: the lock is held. The live connection of this name, else a free one; null when all are
-// in use. Connections whose receiver has ended are closed.
-Connection* FindByName(const SocketName& name) {
-    Connection* unused = nullptr;
-    for (Connection& connection : connections.all) {
-        if (connection.descriptor && !IsAlive(connection)) {
-            connection = Connection();
-        }
-        if (!connection.descriptor) {
-            unused = &connection;
-        } else if (connection.name == name) {
-            return &connection;
-        }
-    }
-    return unused;
-}
-
-// A connection to the receiver of this name, if it is the same user's.
-ScopedDescriptor Connect(const SocketName& name) {
-    const RuntimeFolder folder = OpenRuntimeFolder(false);
+// A connection to the socket of this name in the folder, if it is the same user's.
+ScopedDescriptor ConnectIn(const std::string& path, const SocketName& name) {
+    const RuntimeFolder folder = OpenRuntimeFolder(path, false);
     if (!folder.descriptor) {
         return {};
     }
-    ScopedDescriptor connection(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    ScopedDescriptor made(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const sockaddr_un address = folder.Address(name);
     ucred peer = {};
     socklen_t size = sizeof peer;
-    const bool trusted = connection &&
-                         connect(connection.Get(), reinterpret_cast<const sockaddr*>(&address),
-                                 sizeof address) == 0 &&
-                         getsockopt(connection.Get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
-                         peer.uid == geteuid();
-    return trusted ? std::move(connection) : ScopedDescriptor();
+    const bool trusted =
+        made &&
+        connect(made.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+        getsockopt(made.Get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
+    return trusted ? std::move(made) : ScopedDescriptor();
+}
+
+ScopedDescriptor Connect(const SocketName& name) {
+    for (const std::string& path : RuntimeFolderPaths()) {
+        if (ScopedDescriptor made = ConnectIn(path, name)) {
+            return made;
+        }
+    }
+    return {};
 }
 
 // Waits until the receiver's queue has room; false when the time ran out.
@@ -135,26 +98,9 @@ DWORD SendPacket(int descriptor, const COPYDATASTRUCT& data, UINT milliseconds) 
         if (late) {
             return ERROR_TIMEOUT;
         }
-        // A queue counts as having room only when most of it is free, so the last try comes behind
-        // the wait.
+        // A queue counts as having room only when most of it is free, so the last try comes
+        // after the wait.
         late = !WaitForRoom(descriptor, deadline);
-    }
-}
-
-// A descriptor of its own for one send, which needs no lock while it waits.
-ScopedDescriptor Borrow(HWND window) {
-    const std::lock_guard guard(lock);
-    const Connection* connection = FindByHandle(window);
-    return connection == nullptr
-               ? ScopedDescriptor()
-               : ScopedDescriptor(fcntl(connection->descriptor.Get(), F_DUPFD_CLOEXEC, 0));
-}
-
-// Whatever failed, the next send must not wait for it again.
-void GiveUp(HWND window) {
-    const std::lock_guard guard(lock);
-    if (Connection* connection = FindByHandle(window)) {
-        *connection = Connection();
     }
 }
 
@@ -167,33 +113,25 @@ HWND FindWindowW(const WCHAR* windowClass, const WCHAR* title) {
     }
     const SocketName name = SocketNameOf(windowClass);
     const std::lock_guard guard(lock);
-    Connection* connection = FindByName(name);
-    if (connection == nullptr) {
-        return nullptr;
+    if (connection >= 0 && (connectedTo != name || !IsAlive(connection))) {
+        Disconnect();
     }
-    if (!connection->descriptor) {
-        ScopedDescriptor made = Connect(name);
-        if (!made) {
-            return nullptr;
-        }
-        lastHandle = lastHandle == UINT32_MAX ? 1 : lastHandle + 1;
-        *connection = {lastHandle, std::move(made), name};
+    if (connection < 0) {
+        connection = Connect(name).Release();
+        connectedTo = name;
     }
-    return reinterpret_cast<HWND>(std::uintptr_t{connection->handle});
+    return connection >= 0 ? kWindow : nullptr;
 }
 
-LRESULT SendMessageTimeoutW(HWND window, UINT message, WPARAM, LPARAM lParam, UINT,
-                            UINT milliseconds, DWORD_PTR* result) {
+LRESULT SendMessageTimeoutW(HWND window, UINT, WPARAM, LPARAM lParam, UINT, UINT milliseconds,
+                            DWORD_PTR* result) {
     const auto* data = reinterpret_cast<const COPYDATASTRUCT*>(lParam);
-    if (message != WM_COPYDATA || data == nullptr || data->lpData == nullptr || data->cbData == 0) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return 0;
-    }
-    const ScopedDescriptor connection = Borrow(window);
-    const DWORD error = connection ? SendPacket(connection.Get(), *data, milliseconds)
-                                   : ERROR_INVALID_WINDOW_HANDLE;
-    if (error == ERROR_TIMEOUT || error == ERROR_INVALID_WINDOW_HANDLE) {
-        GiveUp(window);
+    const std::lock_guard guard(lock);
+    const DWORD error = window == kWindow && connection >= 0
+                            ? SendPacket(connection, *data, milliseconds)
+                            : ERROR_INVALID_WINDOW_HANDLE;
+    if (error == ERROR_INVALID_WINDOW_HANDLE) {
+        Disconnect();
     }
     if (error != ERROR_SUCCESS) {
         SetLastError(error);
