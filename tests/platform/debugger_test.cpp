@@ -113,8 +113,13 @@ TEST_F(DebuggerOutput, CollectsALineAndWritesItAtItsEnd) {
         EXPECT_EQ(Content(OutputFile()), "client: text\r\nsecond\nthird\n");
         OutputDebugStringA("th\n");
         OutputDebugStringA("");
+        OutputDebugStringA("fifth ");
+        std::thread([] { OutputDebugStringA("whole line of another thread\n"); }).join();
+        OutputDebugStringA("line\n");
     });
-    EXPECT_EQ(output, "client: text\r\nsecond\nthird\nfourth\n");
+    EXPECT_EQ(output,
+              "client: text\r\nsecond\nthird\nfourth\nwhole line of another thread\n"
+              "fifth line\n");
 }
 
 TEST_F(DebuggerOutput, LeavesTheCallersErrorsAlone) {
@@ -149,10 +154,6 @@ TEST_F(DebuggerOutput, NeverMixesLinesOfThreadsAndProcesses) {
             threads.emplace_back([name, &parts] {
                 const std::string text(200, name);
                 for (int line = 0; line < kLines; ++line) {
-                    if (name == 'a') {
-                        OutputDebugStringA(("client: " + text + "\r\n").c_str());
-                        continue;
-                    }
                     const std::lock_guard guard(parts);
                     OutputDebugStringA("client: ");
                     OutputDebugStringA(text.c_str());
