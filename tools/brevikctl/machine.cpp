@@ -38,13 +38,14 @@ constexpr const char* kReaderFolders[] = {"../../components/certificate_reader",
 const std::u16string kReaderKey =
     u"Classes\\CLSID\\" + WideFromUtf8(CertificateReader::kClassText) + u"\\InprocServer32";
 
-void RequireMachine() {
+void MakeMachine() {
     const Machine& machine = Machine::Current();
     if (!machine.Exists()) {
         throw std::runtime_error("the machine folder " + Quoted(machine.Folder()) +
                                  " cannot be made\nLet yourself write there, or name another "
                                  "folder in BREVIK_MACHINE.");
     }
+    machine.SetModes();
 }
 
 std::string DefaultReader() {
@@ -78,7 +79,7 @@ void RequireReader(const std::string& path) {
 
 void Create(const Options& options) {
     const CLibraryUtils::SmartComInitializer apartment;
-    RequireMachine();
+    MakeMachine();
     FileSystem::EnsureStarted();
     const FileSpec file = FileArgument(options.reader.empty() ? DefaultReader() : options.reader);
     const std::string path = PlainText(file.GetPath());

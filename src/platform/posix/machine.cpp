@@ -130,6 +130,15 @@ std::string OwnDataFolder() {
     return {};
 }
 
+// The machine of all users is theirs, whatever mask works on it. Rights that a folder has stay, and
+// what is behind a link is no part of the machine.
+void LetEveryUserIn(const std::string& path, bool forEveryUser) {
+    struct stat status;
+    if (lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
+        chmod(path.c_str(), (status.st_mode & 07777) | (forEveryUser ? 01777 : 0755));
+    }
+}
+
 // Makes what is missing of a machine. Whether all of it is there then.
 bool MakeMachine(const std::string& root, bool ofSystem, mode_t mode) {
     if (!MakeFolders(root, mode)) {
@@ -146,8 +155,7 @@ bool MakeMachine(const std::string& root, bool ofSystem, mode_t mode) {
                 return false;
             }
         } else if (ofSystem) {
-            // The machine of all users is theirs whatever mask its first user works under.
-            chmod(path.c_str(), folder.forEveryUser ? 01777 : 0755);
+            LetEveryUserIn(path, folder.forEveryUser);
         }
     }
     return true;
@@ -207,6 +215,15 @@ Machine::Machine() {
     MachinePlace place = FindPlace();
     exists_ = IsComplete(place.folder) || MakeMachine(place.folder, place.ofSystem, place.mode);
     folder_ = std::move(place.folder);
+}
+
+void Machine::SetModes() const {
+    if (folder_ == kSystemMachine) {
+        LetEveryUserIn(folder_ + "/.", false);  // it may be reached by a link
+        for (const MachineFolder& folder : kFolders) {
+            LetEveryUserIn(folder_ + std::string(folder.name), folder.forEveryUser);
+        }
+    }
 }
 
 std::string Machine::UserFolder() const {

@@ -24,6 +24,10 @@ class PLATFORM_API Machine {
     // Whether its folders are there; false where they could not be made.
     bool Exists() const { return exists_; }
 
+    // Lets every user into the machine of all users, as far as this user may: folders that root made
+    // under a strict mask, or ahead of the machine, are closed to others.
+    void SetModes() const;
+
     // Host path of users/LOGIN for the effective user, made with mode 0700 where it was missing.
     // Empty when it cannot be made, or when it belongs to somebody who is not to be trusted.
     std::string UserFolder() const;
