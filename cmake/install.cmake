@@ -31,9 +31,11 @@ configure_file(cmake/brevikconfig.pc.in brevikconfig.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/brevikconfig.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# The demo, with the key that it signs with.
+# The demo, with the key that it signs with where that is one of development.
 install(DIRECTORY examples/ DESTINATION ${BREVIK_EXAMPLES_FOLDER} COMPONENT development
         FILES_MATCHING PATTERN "*.c" PATTERN "*.cpp" PATTERN "*.py" PATTERN "*.txt" PATTERN CMakeLists.txt EXCLUDE)
 install(PROGRAMS examples/demo.sh DESTINATION ${BREVIK_EXAMPLES_FOLDER} COMPONENT development)
-install(FILES keys/DEVELOPMENT-ONLY-private-key.txt DESTINATION ${BREVIK_EXAMPLES_FOLDER}/keys
-        COMPONENT development)
+if(BREVIK_KEY_NOTE)
+    install(FILES keys/DEVELOPMENT-ONLY-private-key.txt DESTINATION ${BREVIK_EXAMPLES_FOLDER}/keys
+            COMPONENT development)
+endif()

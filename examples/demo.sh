@@ -2,7 +2,8 @@
 # Shows the main job on a machine of its own:
 #   demo.sh BUILD                  with what was built there
 #   demo.sh --installed [FOLDER]   with what is installed (brevikctl, pkg-config and a C compiler
-#                                  have to be there); the machine is made in FOLDER
+#                                  have to be there); the machine is made in FOLDER. What is
+#                                  installed has to know the development keys
 set -eu
 examples=$(cd "$(dirname "$0")" && pwd)
 case "${1:-}" in
@@ -15,6 +16,10 @@ case "${1:-}" in
     tool=brevikctl
     hosts=$folder/demo-hosts
     private_key=$examples/keys/DEVELOPMENT-ONLY-private-key.txt
+    [ -r "$private_key" ] || {
+        echo "demo.sh: what is installed has keys of its own, and the demo cannot sign with them" >&2
+        exit 1
+    }
     mkdir -p "$hosts"
     for host in host product; do
         ${CC:-cc} -o "$hosts/${host}_c" "$examples/$host.c" $(pkg-config --cflags --libs brevikconfig)

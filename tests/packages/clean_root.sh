@@ -1,6 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages in a clean root, runs the demo from their files, removes them, and
-# compares what is left: clean_root.sh ROOT PACKAGES. As root; ROOT is one that debootstrap made and
+# compares what is left: clean_root.sh ROOT PACKAGES. As root; PACKAGES are built with the development
+# keys, with which the demo signs; ROOT is one that debootstrap made and
 # that may be thrown away, with gcc and pkg-config, or with a network to install them.
 set -eu
 root=$(cd "$1" && pwd)

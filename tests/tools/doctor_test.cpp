@@ -129,7 +129,9 @@ TEST_F(BrevikctlDoctor, FindsNothingInAMachineThatIsWell) {
     EXPECT_EQ(result.errors, "");
     EXPECT_THAT(result.output, HasSubstr("good      cookie store\n"));
     EXPECT_THAT(result.output, Not(HasSubstr("wrong")));
-    EXPECT_THAT(Run({"--json"}).output, HasSubstr("\"good\":true"));
+    EXPECT_THAT(result.output, HasSubstr("note      built with a development key"));
+    EXPECT_THAT(Run({"--json"}).output,
+                HasSubstr("\"good\":true,\"note\":\"built with a development key"));
 }
 
 class BrevikctlDoctorFault : public BrevikctlDoctor, public testing::WithParamInterface<Fault> {};

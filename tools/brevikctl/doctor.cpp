@@ -14,10 +14,8 @@
 
 #include "catalogue/SQLCertificate.h"
 #include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
-#include "catalogue/VerificationKey.h"
 #include "catalogue_access.h"
 #include "certificate_entries.h"
-#include "certificate_reader/certificate_keys.h"
 #include "certificate_reader/reader.h"
 #include "file_argument.h"
 #include "filesystem/FileSystem.h"
@@ -116,16 +114,6 @@ void CheckReader(Troubles* troubles) {
         troubles->push_back(
             {std::string("the certificate reader component cannot be loaded (") + code + ")",
              "brevikctl machine create registers the one that belongs to this brevikctl."});
-    }
-}
-
-void CheckKey(Troubles* troubles) {
-    if (!CertificateKeys::ParseVerificationText(kVerificationKey)) {
-        troubles->push_back(
-            {"the verification key that the library was built with is malformed, so "
-             "that no certificate is good",
-             "Build the library with the text that brevikctl certificate keygen "
-             "--present prints."});
     }
 }
 
@@ -305,7 +293,6 @@ constexpr Check kChecks[] = {
     {kMachine, nullptr, CheckMachine},
     {kRegistry, kMachine, CheckRegistry},
     {kReader, kRegistry, CheckReader},
-    {"verification key", nullptr, CheckKey},
     {"database", kMachine, CheckDatabase},
     {"certificates", kReader, CheckCertificates},
     {"sibling library", kRegistry, CheckSibling},
@@ -370,6 +357,9 @@ void Examine(const Options& options) {
     for (const Check& check : kChecks) {
         outcomes.push_back(RunCheck(check, outcomes));
     }
+    if (!options.json && *BREVIK_KEY_NOTE != '\0') {
+        std::printf("note      %s\n", BREVIK_KEY_NOTE);
+    }
     std::string list;
     for (const Outcome& outcome : outcomes) {
         if (!options.json) {
@@ -380,9 +370,9 @@ void Examine(const Options& options) {
     const bool isGood = std::ranges::all_of(
         outcomes, [](const Outcome& outcome) { return std::string(outcome.State()) == "good"; });
     if (options.json) {
-        std::printf("{\"folder\":%s,\"good\":%s,\"checks\":[%s]}\n",
+        std::printf("{\"folder\":%s,\"good\":%s,\"note\":%s,\"checks\":[%s]}\n",
                     JsonString(Machine::Current().Folder()).c_str(), isGood ? "true" : "false",
-                    list.c_str());
+                    JsonString(BREVIK_KEY_NOTE).c_str(), list.c_str());
     }
     if (!isGood) {
         throw CLI::RuntimeError(1);

@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include "catalogue.h"
 #include "certificate.h"
@@ -41,7 +42,8 @@ int Misused(const CLI::App& app, const CLI::ParseError& error) {
 
 int main(int argc, char** argv) {
     CLI::App app("Inspects and repairs a machine of brevikconfig.", "brevikctl");
-    app.set_version_flag("--version", "brevikctl " BREVIK_VERSION);
+    app.set_version_flag("--version", std::string("brevikctl " BREVIK_VERSION) +
+                                          (*BREVIK_KEY_NOTE != '\0' ? "\n" BREVIK_KEY_NOTE : ""));
     app.require_subcommand(1);
     app.footer(kFooter);
     AddMachineCommands(app);
