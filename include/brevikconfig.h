@@ -14,11 +14,12 @@
  *
  * Threads. Every function may be called on any thread at any time, also while the process ends. A
  * call runs to its end on the caller's thread, puts a cancellation of the thread off until then,
- * and leaves the thread's component-model state as it found it. A process that was forked from one
- * with several threads must not call before it has started another program.
+ * and leaves the thread's component-model state as it found it. A thread that can be cancelled
+ * asynchronously must not call, nor must a process that was forked from one with several threads
+ * before it has started another program.
  *
- * Errors. The result is the only report; no exception leaves a function. What went wrong is told on
- * the trace.
+ * Errors. The result is the only report; no exception leaves a function. The reason of a failure is
+ * written to the trace, which `brevikctl trace` shows.
  */
 #ifndef BREVIKCONFIG_H
 #define BREVIKCONFIG_H
@@ -53,22 +54,23 @@ typedef void* bvkc_window;
 /* ---- Catalogue of the installed products ----
  *
  * A product declares itself by a certificate file. The first of these calls in a process gathers
- * the machine's certificates; from then on the process answers from memory, so that it does not see
- * what is installed or removed meanwhile. Where several certificates match, the first one answers:
- * those that the machine's catalogue holds come in its order, then those that only the registry
- * names.
+ * the machine's certificates; from then on the process answers from memory, and does not see what
+ * is installed or removed later. Where several certificates match, the first one answers: first
+ * come those in the machine's catalogue, in its order, then those that only the registry names.
  *
- * A machine whose catalogue cannot be opened gives the failure result; the next call tries again.
+ * When the catalogue cannot be opened, a call returns its failure result, and the next one tries
+ * again.
  */
 
 /*
  * Reads one item of the certificate with a given installer GUID.
  *
- *   InstallerGUID  narrow; the GUID as the registry or the certificate bears it, in the same case.
+ *   InstallerGUID  narrow; the GUID as it stands in the registry or in the certificate, in the
+ *                  same case.
  *   sIdentifier    narrow; the name of the item, such as "QDR_ProductName".
  *   value          receives a block with the item's narrow text and its NUL: the first value of an
- *                  item that has several, and the empty text for one that the certificate lacks.
- *   size           receives the size of that block in bytes, the NUL counted.
+ *                  item that has several, the empty text for an item that the certificate lacks.
+ *   size           receives the size of that block in bytes, including the NUL.
  *
  * Returns 1 when there is such a certificate and `value` and `size` are set, else 0.
  */
@@ -80,8 +82,8 @@ uint8_t bvkc_CertificateItemValue(const char* InstallerGUID, const char* sIdenti
  *
  *   sProdName      narrow; one of the product's names, in any case of its ASCII letters.
  *   sIdentifier    narrow; the name of the item.
- *   value          receives a block as told at bvkc_CertificateItemValue.
- *   size           receives the size of that block in bytes, the NUL counted.
+ *   value          receives a block, as in bvkc_CertificateItemValue.
+ *   size           receives the size of that block in bytes, including the NUL.
  *
  * Returns 1 when there is such a certificate and `value` and `size` are set, else 0.
  */
@@ -89,26 +91,28 @@ uint8_t bvkc_CertificateItemValueByProdName(const char* sProdName, const char* s
                                             void** value, uint32_t* size);
 
 /*
- * Lists the installer GUIDs of the products that lie in the folder of the running program, or,
- * where there are none, in that of the program that started it.
+ * Lists the installer GUIDs of the products in the folder of the running program or, when there are
+ * none, in the folder of the program that started it.
  *
- *   guids          receives a block with the GUIDs as narrow texts, one behind the other, each with
- *                  its NUL, and one further NUL behind the last. A product without a GUID counts,
- *                  with the empty text.
+ *   guids          receives a block with the GUIDs as narrow texts, one after the other, each with
+ *                  its NUL, and one more NUL at the end. A product without a GUID counts, with the
+ *                  empty text.
  *
- * Returns the number of GUIDs. With none the result is 0 and the block is the one NUL, to be freed
- * all the same. On a failure the result is 0 too, and `guids` is as it was: set *guids to null
- * before the call, and free it when it is not null afterwards.
+ * Returns the number of GUIDs. When there are none, and also when the catalogue cannot be read,
+ * the result is 0 and the block is a single NUL, which is to be freed all the same. Only when there
+ * is no memory for the block is the result 0 and `guids` as it was: set *guids to null before the
+ * call, and free it when it is not null afterwards.
  */
 int32_t bvkc_GetLocalGUIDs(char** guids);
 
 /* ---- Language ---- */
 
 /*
- * Chooses the language to run in from those that the caller can offer: the language in which the
- * suite was installed, else the identifier 0 if it is offered, else American English, else the
- * first. The installed language is that of the first certificate of the catalogue that has one; on
- * a machine whose catalogue cannot be opened there is none.
+ * Chooses the language to run in from those that the caller offers: the language in which the
+ * suite was installed if it is offered, else the identifier 0 if it is offered, else American
+ * English if it is offered, else the first. The installed language is that of the first certificate
+ * of the catalogue that has one; when the catalogue cannot be opened, there is none. No language
+ * setting of the user or the system takes part.
  *
  *   langIds        `count` language identifiers.
  *   count          their number.
@@ -119,10 +123,11 @@ int32_t bvkc_GetLocalGUIDs(char** guids);
 int32_t bvkc_GetUserLanguage_Ids(const bvkc_langid* langIds, uint32_t count, bvkc_langid* selected);
 
 /*
- * The same from three-letter codes such as "ENU" and "DEU", in either case.
+ * The same from three-letter codes such as "ENU" and "DEU", in upper or lower case.
  *
- *   codes          `count` narrow texts. One that is not known, or null, stands for the identifier
- * 0. count          their number. selected       receives the choice, as an identifier.
+ *   codes          `count` narrow texts. An unknown code, or null, offers the identifier 0.
+ *   count          their number.
+ *   selected       receives the choice, as an identifier.
  *
  * Returns 0 when `selected` holds the language, 1 when no language was offered.
  */
@@ -182,25 +187,27 @@ int32_t bvkc_VCM_WriteCookieValue(const bvkc_wchar* domain, const bvkc_wchar* co
 
 /* ---- Requests to the online services ----
  *
- * The services live in the library VelmarHTTPClient13.dll, which is looked for at each call until it
- * is found: beside the host, beside the program that started it, in the system's search order, and
- * in the folder "Ondrel Shared\DllShared" of the common program files. A call waits as long as the
- * service takes. Text that is not valid in the narrow code page is passed on as it converts.
+ * The services are in the library VelmarHTTPClient13.dll, which each call looks for until one finds
+ * it: beside the host, beside the program that started it, in the system's search order, and in the
+ * folder "Ondrel Shared\DllShared" of the common program files. A call waits as long as the service
+ * takes. Text that is not valid in the narrow code page is passed on as it converts.
  */
 
 /*
  * Has the update service update a product.
  *
  *   productIdentifier  narrow; one of the product's names, in any case of its ASCII letters.
- *   locale             narrow; a language code such as "DEU", in either case, or empty for the
- *                      language in which the suite runs. One that is not known is passed on as the
- *                      language 0.
+ *   locale             narrow; a language code such as "DEU", in upper or lower case, or empty for
+ *                      the language in which the suite runs. A code that is not known is passed on
+ *                      as the language 0.
  *   bRunInBackground   not 0: without a window of its own.
  *
- * Returns 0 when the service was told, or when there is no service to tell; 2 when there is no
- * update information: no certificate has that name, its item QDR_UpdateManager is missing or 0, or
- * no installation uses the product; 3 without uninstall data of the product and of that
- * installation; 4 when the service answered anything but success.
+ * Returns
+ *   0  the service has taken the request, or there is no service;
+ *   2  there is no update information: no certificate has that name, its item QDR_UpdateManager is
+ *      missing or 0, or no installation uses the product;
+ *   3  there is no uninstall data, neither of the product nor of the installation that uses it;
+ *   4  the service returned anything but S_OK.
  */
 int32_t bvkc_Dispatch_InvokeUpdate(const char* productIdentifier, const char* locale,
                                    uint8_t bRunInBackground);
@@ -208,30 +215,30 @@ int32_t bvkc_Dispatch_InvokeUpdate(const char* productIdentifier, const char* lo
 /*
  * Asks the update service whether an update or a message waits for a product.
  *
- *   productIdentifier  narrow; the product, as above.
- *   locale             narrow; as above.
+ *   productIdentifier  narrow; as in bvkc_Dispatch_InvokeUpdate.
+ *   locale             narrow; as in bvkc_Dispatch_InvokeUpdate.
  *   connectToServer    not 0: the service may ask its server.
  *
- * Returns 1 when there is one, and also when there is no service to ask; else 0: where
- * bvkc_Dispatch_InvokeUpdate would return 2 or 3, when the service failed, and when it said no.
+ * Returns 1 when there is one, and also when there is no service to ask. Returns 0 when there is
+ * none, when the service failed, and where bvkc_Dispatch_InvokeUpdate would return 2 or 3.
  */
 uint8_t bvkc_Dispatch_IsUpdateOrMessageAvailable(const char* productIdentifier, const char* locale,
                                                  uint8_t connectToServer);
 
 /*
  * Has a dialog of the online service fetch the profile identifier of a user. Returns when the
- * dialog is done.
+ * dialog has ended.
  *
  *   strKindletUID  narrow; the user.
- *   locale         narrow; the language code that the dialog gets, whatever it is, or empty for the
+ *   locale         narrow; a language code, which the dialog receives as it is, or empty for the
  *                  language in which the suite runs.
  *   hWnd           the window that owns the dialog, or null.
- *   strProfileID   receives a block with the narrow text. It is set to null first, also when the
- *                  call fails, and stays null when the service gives no text; free it whenever it
- *                  is not null, whatever the result.
+ *   strProfileID   receives a block with the narrow text of the profile identifier. It is set to
+ *                  null first, also when the call fails, and stays null when the service gives no
+ *                  text. Free it whenever it is not null, whatever the result.
  *
- * Returns 0 when the service succeeded and `strProfileID` holds a profile, 1 when the service
- * answered 1, 2 in every other case.
+ * Returns 0 when the service returned S_OK and `strProfileID` is set, 1 when the service returned
+ * S_FALSE, 2 in every other case.
  */
 int32_t bvkc_Dispatch_GetKindletProfileID(const char* strKindletUID, const char* locale,
                                           bvkc_window hWnd, char** strProfileID);
@@ -239,9 +246,10 @@ int32_t bvkc_Dispatch_GetKindletProfileID(const char* strKindletUID, const char*
 /* ---- Memory ---- */
 
 /*
- * Frees a block that a function handed out; null is legal. On Windows it is the system's own.
+ * Frees a block that a function handed out; null is legal. On Windows it is the system's function.
  * Elsewhere libbrevikplatform exports it as brevik_CoTaskMemFree; a host that has a CoTaskMemFree
- * of its own defines BREVIKCONFIG_NO_COTASKMEMFREE ahead of this header and calls it by that name.
+ * of its own defines BREVIKCONFIG_NO_COTASKMEMFREE before it includes this header, and calls
+ * brevik_CoTaskMemFree.
  */
 #ifdef _WIN32
 __declspec(dllimport) void __stdcall CoTaskMemFree(void* block);
