@@ -6,8 +6,8 @@
 #include <sys/resource.h>
 
 #include "filesystem/DateTime.h"
-#include "filesystem/Private/Windows/API.h"
-#include "support/file_utilities.h"
+#include "support/faulty_api.h"
+#include "support/file_library.h"
 #include "support/forwarding_file.h"
 #include "text/Texts.h"
 
@@ -38,7 +38,7 @@ TEST_P(CopyRoutes, CopiesContentsAndTimeAndReports) {
     File("C:\\source").SetModificationTime(time);
     tickler.SetBase(0.5);
     Copy();
-    EXPECT_EQ(Read(Host("C:\\target")), text);
+    EXPECT_EQ(ReadHostFile(Host("C:\\target")), text);
     EXPECT_EQ(File("C:\\target").GetModificationTime(), time);
     EXPECT_THAT(sink.messages, ElementsAre("copying C:\\source"));
     ASSERT_GE(sink.positions.size(), 2u);
@@ -63,13 +63,13 @@ TEST_P(CopyRoutes, AnEmptyFileKeepsItsTime) {
 TEST_P(CopyRoutes, ATargetThatExistsStays) {
     Write("C:\\source", "new");
     Write("C:\\target", "old");
-    const NumberedFailure failure = NumberedFailureOf([this] { Copy(); });
+    const Failure failure = FailureOf([this] { Copy(); });
     EXPECT_EQ(failure.number, Texts::fileExists.GetId());
-    EXPECT_EQ(Read(Host("C:\\target")), "old");
+    EXPECT_EQ(ReadHostFile(Host("C:\\target")), "old");
 }
 
 TEST_P(CopyRoutes, AMissingSourceLeavesNoTarget) {
-    const NumberedFailure failure = NumberedFailureOf([this] { Copy(); });
+    const Failure failure = FailureOf([this] { Copy(); });
     EXPECT_EQ(failure.number, Texts::fileNotFound.GetId());
     EXPECT_EQ(failure.path, "C:\\source");
     EXPECT_FALSE(IsTargetPresent());
@@ -78,7 +78,7 @@ TEST_P(CopyRoutes, AMissingSourceLeavesNoTarget) {
 TEST_P(CopyRoutes, AStopLeavesNoTarget) {
     Write("C:\\source", std::string(3'000'000, 'x'));
     sink.cancelAt = 2;
-    const NumberedFailure failure = NumberedFailureOf([this] { Copy(); });
+    const Failure failure = FailureOf([this] { Copy(); });
     EXPECT_EQ(failure.number, -12);
     EXPECT_EQ(failure.code, 1235u);
     EXPECT_EQ(failure.path, "C:\\source");
@@ -102,7 +102,7 @@ TEST_P(CopyRoutes, AHostThatTakesNoMoreIsAFailure) {
     getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit small = {100'000, limit.rlim_max};
     setrlimit(RLIMIT_FSIZE, &small);
-    const NumberedFailure failure = NumberedFailureOf([this] { Copy(); });
+    const Failure failure = FailureOf([this] { Copy(); });
     setrlimit(RLIMIT_FSIZE, &limit);
     EXPECT_EQ(failure.number, Texts::volumeFull.GetId());
     // Block by block what was written stays.
@@ -137,13 +137,11 @@ TEST_F(FileUtilities, CopyFolderTakesShortcutsAsFilesAndLeavesFoldersOut) {
 TEST_F(FileUtilities, AFolderIsNotCopiedOrMovedIntoItself) {
     Write("C:\\source\\folder\\file", "1");
     for (const char* target : {"C:\\source\\new", "C:\\SOURCE\\folder\\new\\deep"}) {
-        EXPECT_EQ(NumberedFailureOf([&] {
-                      CopyFolder(File(target), File("C:\\source"), true, tickler);
-                  }).number,
-                  Texts::accessDenied.GetId());
         EXPECT_EQ(
-            NumberedFailureOf([&] { Move(File(target), File("C:\\source"), tickler); }).number,
+            FailureOf([&] { CopyFolder(File(target), File("C:\\source"), true, tickler); }).number,
             Texts::accessDenied.GetId());
+        EXPECT_EQ(FailureOf([&] { Move(File(target), File("C:\\source"), tickler); }).number,
+                  Texts::accessDenied.GetId());
     }
     EXPECT_EQ(Listing(Host("C:\\source")).size(), 2u);
 }
@@ -151,71 +149,42 @@ TEST_F(FileUtilities, AFolderIsNotCopiedOrMovedIntoItself) {
 TEST_F(FileUtilities, MoveReportsAndKeepsTheSourceOfAStoppedCopy) {
     Write("C:\\source", "text");
     Move(File("C:\\target"), File("C:\\source"), tickler);
-    EXPECT_EQ(Read(Host("C:\\target")), "text");
+    EXPECT_EQ(ReadHostFile(Host("C:\\target")), "text");
     EXPECT_THAT(sink.messages, ElementsAre("copying C:\\source"));
     EXPECT_THAT(sink.positions, ElementsAre(0.0, 1.0));
 
     Write("C:\\folder\\file", std::string(100'000, 'x'));
     sink.cancelAt = 0;
-    EXPECT_EQ(
-        NumberedFailureOf([&] { Move(File("D:\\folder"), File("C:\\folder"), tickler); }).code,
-        1235u);
+    EXPECT_EQ(FailureOf([&] { Move(File("D:\\folder"), File("C:\\folder"), tickler); }).code,
+              1235u);
     EXPECT_EQ(fs::file_size(Host("C:\\folder\\file")), 100'000u);
 
-    EXPECT_EQ(NumberedFailureOf([&] { Move(File("C:\\x"), File("C:\\none"), tickler); }).number,
+    EXPECT_EQ(FailureOf([&] { Move(File("C:\\x"), File("C:\\none"), tickler); }).number,
               Texts::fileNotFound.GetId());
-    EXPECT_EQ(NumberedFailureOf([&] { Move(File("C:\\x"), FileSpec(), tickler); }).number,
+    EXPECT_EQ(FailureOf([&] { Move(File("C:\\x"), FileSpec(), tickler); }).number,
               Texts::accessDenied.GetId());
 }
 
-// A platform on which moving and copying fail.
-class FailingApi : public FileSystem_Win32::API {
-  public:
-    BOOL MoveFileW(const WCHAR*, const WCHAR*) override {
-        SetLastError(ERROR_NOT_SAME_DEVICE);
-        return FALSE;
-    }
-    BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress, void* data,
-                     BOOL* cancel, DWORD flags) override {
-        if (copies) {
-            return API::CopyFileExW(from, to, progress, data, cancel, flags);
-        }
-        SetLastError(ERROR_DISK_FULL);
-        return FALSE;
-    }
-    DWORD GetTempPathW(DWORD, WCHAR*) override {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return 0;
-    }
-    DWORD GetCurrentDirectoryW(DWORD, WCHAR*) override {
-        SetLastError(ERROR_PATH_NOT_FOUND);
-        return 0;
-    }
-
-    bool copies = true;
-};
-
 TEST_F(FileUtilities, FailuresOfThePlatformBearTheirKindAndPath) {
-    FailingApi api;
-    FileSystem_Win32::SetApi(&api);
+    FaultyApi api;
+    api.Break("MoveFileW", ERROR_NOT_SAME_DEVICE);
     Write("C:\\source", "text");
     Move(File("C:\\target"), File("C:\\source"), tickler);
-    EXPECT_EQ(Read(Host("C:\\target")), "text");
+    EXPECT_EQ(ReadHostFile(Host("C:\\target")), "text");
     EXPECT_FALSE(fs::exists(Host("C:\\source")));
 
-    api.copies = false;
-    NumberedFailure failure =
-        NumberedFailureOf([&] { Move(File("C:\\new"), File("C:\\target"), tickler); });
-    EXPECT_EQ(failure.number, Texts::volumeFull.GetId());
+    api.Break("CopyFileExW", ERROR_DISK_FULL);
+    Failure failure = FailureOf([&] { Move(File("C:\\new"), File("C:\\target"), tickler); });
+    EXPECT_EQ(failure.message, "volume full");
     EXPECT_EQ(failure.path, "C:\\target");
     EXPECT_TRUE(fs::exists(Host("C:\\target")));
 
-    failure = NumberedFailureOf([] { GetTempFolder(); });
-    EXPECT_EQ(failure.number, Texts::accessDenied.GetId());
+    api.Break("GetTempPathW", ERROR_ACCESS_DENIED);
+    failure = FailureOf([] { GetTempFolder(); });
+    EXPECT_EQ(failure.message, "access denied");
     EXPECT_EQ(failure.path, "");
-    EXPECT_EQ(NumberedFailureOf([] { GetCurrentFolder(); }).number,
-              Texts::filePathNotFound.GetId());
-    FileSystem_Win32::SetApi(nullptr);
+    api.Break("GetCurrentDirectoryW", ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(MessageOf([] { GetCurrentFolder(); }), "file path not found");
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <functional>
 #include <thread>
@@ -216,57 +214,6 @@ TEST_F(FileChannelTest, StreamTakesTheFileOver) {
         WriteHostFile(folder / "file", "0123456789");
     }
     EXPECT_EQ(OpenFileCount(), open);
-}
-
-// A process of its own that holds the file until it is killed.
-class Holder {
-  public:
-    Holder(const FileSpec& file, std::uint32_t mode) {
-        int ready[2];
-        if (pipe(ready) != 0) {
-            throw std::runtime_error("no pipe");
-        }
-        id_ = fork();
-        if (id_ == 0) {
-            const FileChannel channel = file.MakeFileChannel(mode);
-            if (write(ready[1], "!", 1) == 1) {
-                pause();
-            }
-            _exit(1);
-        }
-        close(ready[1]);
-        char byte;
-        EXPECT_EQ(read(ready[0], &byte, 1), 1);
-        close(ready[0]);
-    }
-
-    void Kill() {
-        kill(id_, SIGKILL);
-        waitpid(id_, nullptr, 0);
-    }
-
-  private:
-    pid_t id_;
-};
-
-TEST_F(FileChannelTest, HeldByAnotherProcessUntilItIsKilled) {
-    Holder holder(file, kRead | kWrite);
-    for (const std::uint32_t mode : {kRead, kWrite, kRead | kShareRead | kShareWrite}) {
-        EXPECT_EQ(MessageOf([&] { file.MakeFileChannel(mode); }), "access denied");
-    }
-    EXPECT_EQ(MessageOf([&] { file.Delete(); }), "access denied");
-    EXPECT_EQ(MessageOf([&] { file.Rename(Child("other")); }), "access denied");
-    EXPECT_EQ(file.GetFileSize(), 10u);
-    holder.Kill();
-    file.MakeFileChannel(kRead | kWrite).Write("free", 4);
-    EXPECT_EQ(Contents(), "free456789");
-}
-
-TEST_F(FileChannelTest, ReadersOfTwoProcessesShare) {
-    Holder holder(file, kRead);
-    EXPECT_EQ(Take(file.MakeFileChannel(kRead), 3), "012");
-    EXPECT_EQ(MessageOf([&] { file.MakeFileChannel(kWrite | kShareRead); }), "access denied");
-    holder.Kill();
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 #include "filesystem/Private/Windows/API.h"
 #include "platform/modules.h"
-#include "support/file_utilities.h"
+#include "support/file_library.h"
 #include "text/Texts.h"
 
 namespace {
@@ -27,7 +27,7 @@ TEST_F(FileUtilities, CreatePathMakesWhatIsMissing) {
     CreatePath(File("C:\\"));
     EXPECT_TRUE(fs::is_directory(Host("C:\\a\\b\\c")));
     Write("C:\\a\\file", "text");
-    const NumberedFailure failure = NumberedFailureOf([] { CreatePath(File("C:\\a\\file\\d")); });
+    const Failure failure = FailureOf([] { CreatePath(File("C:\\a\\file\\d")); });
     EXPECT_EQ(failure.number, Texts::fileExists.GetId());
     EXPECT_EQ(failure.path, "C:\\a\\file");
     EXPECT_THROW(CreatePath(FileSpec()), FileException);
@@ -49,7 +49,7 @@ TEST_F(FileUtilities, UniqueNamesAreTheFirstFreeOnes) {
     EXPECT_EQ(make("x", ""), "x1");
     EXPECT_EQ(make("*", ""), "1");
     // A second "*" is none that a path could hold.
-    EXPECT_EQ(NumberedFailureOf([&] { make("a*b*", ""); }).number, Texts::invalidFilePath.GetId());
+    EXPECT_EQ(FailureOf([&] { make("a*b*", ""); }).number, Texts::invalidFilePath.GetId());
 }
 
 TEST_F(FileUtilities, FoldersAreFoundByTheirOwnRules) {
@@ -66,9 +66,9 @@ TEST_F(FileUtilities, FoldersAreFoundByTheirOwnRules) {
     EXPECT_THAT(Names(FindFolders(folder, "a*", true)), UnorderedElementsAre("ab", "AB"));
     EXPECT_THAT(Names(FindFolders(folder, "a*", false)), ElementsAre("ab"));
     EXPECT_THAT(Names(FindFolders(folder, "z", true)), IsEmpty());
-    EXPECT_EQ(NumberedFailureOf([&] { FindFiles(folder, "a\\b", true); }).path, "a\\b");
+    EXPECT_EQ(FailureOf([&] { FindFiles(folder, "a\\b", true); }).path, "a\\b");
     EXPECT_THROW(FindFiles(FolderSpec(), "*", true), FileException);
-    EXPECT_EQ(NumberedFailureOf([] { FindFiles(Folder("C:\\none"), "*", true); }).number,
+    EXPECT_EQ(FailureOf([] { FindFiles(Folder("C:\\none"), "*", true); }).number,
               Texts::filePathNotFound.GetId());
 }
 
@@ -139,7 +139,7 @@ TEST_F(FileUtilities, TheCurrentFolderIsThatOfRelativePaths) {
     SetCurrentFolder(File("c:\\A"));
     EXPECT_TRUE(GetCurrentFolder().IsEqual(File("C:\\a")));
     EXPECT_TRUE(File("b").IsPresent());
-    EXPECT_EQ(NumberedFailureOf([] { SetCurrentFolder(File("C:\\none")); }).path, "C:\\none");
+    EXPECT_EQ(FailureOf([] { SetCurrentFolder(File("C:\\none")); }).path, "C:\\none");
     EXPECT_TRUE(GetCurrentFolder().IsEqual(File("C:\\a")));
     SetCurrentFolder(before);
 }
@@ -169,11 +169,10 @@ TEST_F(FileUtilities, ProgramFilesLieBesideTheProgramOrTheLibrary) {
     EXPECT_EQ(Text(GetSiblingFile("one").GetPath()), "C:\\lib\\one");
     EXPECT_EQ(Text(GetSiblingFolder("folder").GetPath()), "C:\\lib\\folder");
     EXPECT_FALSE(GetSiblingFile("none").IsPresent());
-    const NumberedFailure failure = NumberedFailureOf([] { GetSiblingFile("folder"); });
+    const Failure failure = FailureOf([] { GetSiblingFile("folder"); });
     EXPECT_EQ(failure.number, Texts::accessDenied.GetId());
     EXPECT_EQ(failure.path, "C:\\lib\\folder");
-    EXPECT_EQ(NumberedFailureOf([] { GetSiblingFolder("one"); }).number,
-              Texts::accessDenied.GetId());
+    EXPECT_EQ(FailureOf([] { GetSiblingFolder("one"); }).number, Texts::accessDenied.GetId());
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // What the host itself can do to an operation: a disk that is full or takes no changes, and files
-// that go while they are listed. See file_spec_test.cpp for a folder that takes no changes, and
-// file_channel_test.cpp for a file that another process holds.
+// that go while they are listed. See file_spec_test.cpp for a folder that takes no changes.
 
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -35,7 +34,6 @@ class OwnDisk : public FileLibrary {
     }
 
     FileSpec OnDisk(const char* name) const { return Child("disk").MakeChild(FilePath(name)); }
-    Tickler tickler;
 };
 
 TEST_F(OwnDisk, ThatIsFullTakesNoMore) {
@@ -124,7 +122,6 @@ class VanishingApi : public FaultyApi {
 };
 
 TEST_F(FileLibrary, AFileThatVanishesWhileItIsListed) {
-    Tickler tickler;
     const std::ptrdiff_t open = OpenFileCount();
     const struct {
         std::function<void()> operation;

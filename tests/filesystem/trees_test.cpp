@@ -7,7 +7,7 @@
 #include <random>
 #include <regex>
 
-#include "support/file_utilities.h"
+#include "support/file_library.h"
 #include "text/Texts.h"
 
 namespace {
@@ -121,22 +121,17 @@ TEST_P(Trees, SizesAndFindsAgreeWithTheHost) {
             }
             if (entry->is_regular_file()) {
                 deep.push_back(name);
-            } else {
-                folders.push_back(name);
-                entry.disable_recursion_pending();
             }
-        }
-        // What lies in a folder that matches is left out above.
-        deep.clear();
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
-            const std::string name = entry.path().filename().string();
-            if (Matches(name, pattern)) {
-                if (entry.is_regular_file()) {
-                    deep.push_back(name);
-                }
-                if (entry.path().parent_path() == root) {
-                    flat.push_back(name);
-                }
+            if (entry->path().parent_path() == root) {
+                flat.push_back(name);
+            }
+            // A folder in one that matches is none of the finds.
+            const bool isBelowMatch = std::ranges::any_of(
+                entry->path().parent_path().lexically_relative(root), [&](const fs::path& part) {
+                    return part != "." && Matches(part.string(), pattern);
+                });
+            if (entry->is_directory() && !isBelowMatch) {
+                folders.push_back(name);
             }
         }
         SCOPED_TRACE(pattern);
@@ -202,10 +197,10 @@ TEST_F(Links, ScansDoNotGoThroughThem) {
 TEST_F(Links, CopiesLeaveThemOutAndMovesRefuse) {
     CopyFolder(File("C:\\copy"), File("C:\\tree"), true, tickler);
     EXPECT_THAT(Listing(Host("C:\\copy")).size(), 3u);
-    EXPECT_EQ(Read(Host("C:\\copy\\link")), "12");
+    EXPECT_EQ(ReadHostFile(Host("C:\\copy\\link")), "12");
 
-    const NumberedFailure failure =
-        NumberedFailureOf([this] { Move(File("D:\\tree"), File("C:\\tree"), tickler); });
+    const Failure failure =
+        FailureOf([this] { Move(File("D:\\tree"), File("C:\\tree"), tickler); });
     EXPECT_EQ(failure.number, Texts::accessDenied.GetId());
     EXPECT_TRUE(fs::is_symlink(Host(failure.path))) << failure.path;
     EXPECT_FALSE(fs::exists(Host("D:\\tree")));

@@ -265,8 +265,9 @@ TEST(Brevikctl, TellsWhatItCanDo) {
     const ChildResult help = RunChild({BREVIK_TEST_TOOL, "--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_THAT(help.output, AllOf(HasSubstr("trace"), HasSubstr("Exit codes: 0 ")));
-    EXPECT_THAT(RunChild({BREVIK_TEST_TOOL, "--version"}).output,
-                MatchesRegex("brevikctl [0-9]+\\.[0-9]+\\.[0-9]+\nbuilt with a development key.*\n"));
+    EXPECT_THAT(
+        RunChild({BREVIK_TEST_TOOL, "--version"}).output,
+        MatchesRegex("brevikctl [0-9]+\\.[0-9]+\\.[0-9]+\nbuilt with a development key.*\n"));
     for (const std::vector<std::string>& misuse :
          {std::vector<std::string>{}, {"trac"}, {"trace", "--level", "high"}, {"trace", "more"}}) {
         std::vector<std::string> command = {BREVIK_TEST_TOOL};
