@@ -19,13 +19,6 @@ std::string ClientName() {
     return name;
 }
 
-void EmitFormatted(const char* client, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    Emit(client, kFunctionLevel, 0, 0, format, arguments);
-    va_end(arguments);
-}
-
 }  // namespace
 
 ITrace::ITrace(std::string client, const char* name)
@@ -52,7 +45,7 @@ ITrace::~ITrace() {
     try {
         const VelmarAutoCriticalSection hold(Lock());
         const std::string format = name_ + (resultText_.empty() ? " - return" : " - %s");
-        EmitFormatted(client_.c_str(), format.c_str(), resultText_.c_str());
+        EmitFormatted(client_.c_str(), kFunctionLevel, format.c_str(), resultText_.c_str());
     } catch (const std::exception&) {
     }
 }

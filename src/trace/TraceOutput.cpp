@@ -19,8 +19,8 @@ constexpr std::size_t kMessageCapacity = 1024;
 constexpr DWORD kLookupInterval = 3000;  // milliseconds
 
 // A line waits at most kSendTimeout for a viewer that is busy. When that was too short, lines are
-// lost until the viewer takes one again; it is tried once in a kRetryInterval, so that a viewer that
-// has stopped hardly slows its hosts down. In milliseconds.
+// lost until the viewer takes one again; it is tried once in a kRetryInterval, so that a viewer
+// that has stopped hardly slows its hosts down. In milliseconds.
 constexpr UINT kSendTimeout = 50;
 constexpr DWORD kRetryInterval = 100;
 constexpr UINT kRetryTimeout = 1;
@@ -128,6 +128,13 @@ void Emit(const char* client, int level, unsigned channel, unsigned char tag, co
         TraceRecord record = MakeRecord(client, level, channel, tag, line);
         SendToViewer(record);
     }
+}
+
+void EmitFormatted(const char* client, int level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    Emit(client, level, 0, 0, format, arguments);
+    va_end(arguments);
 }
 
 bool FindViewer() {

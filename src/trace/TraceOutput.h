@@ -14,6 +14,9 @@ namespace UTrace {
 void Emit(const char* client, int level, unsigned channel, unsigned char tag, const char* format,
           va_list arguments);
 
+// The same with the arguments themselves, for a line without a channel.
+void EmitFormatted(const char* client, int level, const char* format, ...);
+
 // Whether a viewer is there. A look costs a call to the platform, so its answer holds for 3000
 // milliseconds. For holders of the trace lock only.
 bool FindViewer();

@@ -27,29 +27,9 @@ void EmitLine(const char* client, int level, unsigned channel, unsigned char tag
     }
 }
 
-// The same for the process-wide client.
-void EmitLine(int level, unsigned channel, unsigned char tag, const char* format,
-              va_list arguments) {
-    const VelmarAutoCriticalSection hold(Lock());
-    if (IsLevelOn(level)) {
-        Emit(State().clientName.data(), level, channel, tag, format, arguments);
-    }
-}
-
-void EmitFormatted(const char* client, int level, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    Emit(client, level, 0, 0, format, arguments);
-    va_end(arguments);
-}
-
-void EmitException(const char* client, const VelmarException& caught, const char* note) {
-    note = note != nullptr ? note : "";
-    std::string format = *note != '\0' ? "%s: " : "%s";
-    format += "error = %d, message = \"%s\"";
-    format += caught.GetNote().empty() ? "" : ", note = \"%s\"";
-    EmitFormatted(client, kErrorLevel, format.c_str(), note, static_cast<int>(caught.GetNumber()),
-                  Utf8ToNarrow(caught.GetMessage()).c_str(), caught.GetNote().c_str());
+// The process-wide client; its name is read under the lock.
+const char* Ours() {
+    return State().clientName.data();
 }
 
 }  // namespace
@@ -120,7 +100,7 @@ bool IsLevelOn(int level) {
 void Trace(int level, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    EmitLine(level, 0, 0, format, arguments);
+    EmitLine(Ours(), level, 0, 0, format, arguments);
     va_end(arguments);
 }
 
@@ -134,7 +114,7 @@ void TraceAs(int level, const char* client, const char* format, ...) {
 void Error(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    EmitLine(kErrorLevel, 0, 0, format, arguments);
+    EmitLine(Ours(), kErrorLevel, 0, 0, format, arguments);
     va_end(arguments);
 }
 
@@ -148,7 +128,7 @@ void ErrorAs(const char* client, const char* format, ...) {
 void Level2(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    EmitLine(kSecondLevel, 0, 0, format, arguments);
+    EmitLine(Ours(), kSecondLevel, 0, 0, format, arguments);
     va_end(arguments);
 }
 
@@ -162,7 +142,7 @@ void Level2As(const char* client, const char* format, ...) {
 void Info(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    EmitLine(kInfoLevel, 0, 0, format, arguments);
+    EmitLine(Ours(), kInfoLevel, 0, 0, format, arguments);
     va_end(arguments);
 }
 
@@ -176,7 +156,7 @@ void InfoAs(const char* client, const char* format, ...) {
 void Tagged(unsigned channel, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    EmitLine(kInfoLevel, channel, 1, format, arguments);
+    EmitLine(Ours(), kInfoLevel, channel, 1, format, arguments);
     va_end(arguments);
 }
 
@@ -188,17 +168,20 @@ void TaggedAs(unsigned channel, const char* client, const char* format, ...) {
 }
 
 void Exception(const VelmarException& caught, const char* note) {
-    const VelmarAutoCriticalSection hold(Lock());
-    if (IsLevelOn(kErrorLevel)) {
-        EmitException(State().clientName.data(), caught, note);
-    }
+    ExceptionAs(Ours(), caught, note);
 }
 
 void ExceptionAs(const char* client, const VelmarException& caught, const char* note) {
     const VelmarAutoCriticalSection hold(Lock());
-    if (IsLevelOn(kErrorLevel)) {
-        EmitException(client, caught, note);
+    if (!IsLevelOn(kErrorLevel)) {
+        return;
     }
+    note = note != nullptr ? note : "";
+    std::string format = *note != '\0' ? "%s: " : "%s";
+    format += "error = %d, message = \"%s\"";
+    format += caught.GetNote().empty() ? "" : ", note = \"%s\"";
+    EmitFormatted(client, kErrorLevel, format.c_str(), note, static_cast<int>(caught.GetNumber()),
+                  Utf8ToNarrow(caught.GetMessage()).c_str(), caught.GetNote().c_str());
 }
 
 }  // namespace UTrace
