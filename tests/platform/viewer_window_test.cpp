@@ -113,31 +113,6 @@ TEST(ViewerWindow, ASenderWaitsForAReceiverThatCatchesUp) {
     EXPECT_EQ(sent, kBlocks);
 }
 
-TEST(ViewerWindow, ThreadsSendAtOnce) {
-    TraceSocket socket(kClass);
-    constexpr int kThreads = 8;
-    constexpr int kBlocks = 200;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([i] {
-            for (int block = 0; block < kBlocks; ++block) {
-                const auto digit = static_cast<char>('0' + i);
-                EXPECT_EQ(Send(FindWindowW(kClass, nullptr), std::string(500, digit), kSoon), TRUE);
-            }
-        });
-    }
-    std::vector<int> counts(kThreads);
-    for (int i = 0; i < kThreads * kBlocks; ++i) {
-        const std::string block = Receive(socket);
-        ASSERT_EQ(block, std::string(500, block[0]));
-        ++counts[static_cast<std::size_t>(block[0] - '0')];
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(counts, std::vector<int>(kThreads, kBlocks));
-}
-
 TEST(TraceSocket, RemovesItsSocketAndWakes) {
     {
         TraceSocket socket(kClass);

@@ -38,14 +38,14 @@ bool IsAlive(int descriptor) {
     return poll(&end, 1, 0) == 0;
 }
 
-// A connection to the socket of this name in the folder, if it is the same user's.
-ScopedDescriptor ConnectIn(const std::string& path, const SocketName& name) {
+// A connection to this class's socket in the folder, if it is the same user's.
+ScopedDescriptor ConnectIn(const std::string& path, const WCHAR* windowClass) {
     const RuntimeFolder folder = OpenRuntimeFolder(path, false);
     if (!folder.descriptor) {
         return {};
     }
     ScopedDescriptor made(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const sockaddr_un address = folder.Address(name);
+    const sockaddr_un address = folder.Address(SocketNameOf(windowClass));
     ucred peer = {};
     socklen_t size = sizeof peer;
     const bool trusted =
@@ -55,9 +55,9 @@ ScopedDescriptor ConnectIn(const std::string& path, const SocketName& name) {
     return trusted ? std::move(made) : ScopedDescriptor();
 }
 
-ScopedDescriptor Connect(const SocketName& name) {
+ScopedDescriptor Connect(const WCHAR* windowClass) {
     for (const std::string& path : RuntimeFolderPaths()) {
-        if (ScopedDescriptor made = ConnectIn(path, name)) {
+        if (ScopedDescriptor made = ConnectIn(path, windowClass)) {
             return made;
         }
     }
@@ -108,17 +108,16 @@ DWORD SendPacket(int descriptor, const COPYDATASTRUCT& data, UINT milliseconds) 
 
 HWND FindWindowW(const WCHAR* windowClass, const WCHAR* title) {
     SetLastError(ERROR_SUCCESS);
-    if (windowClass == nullptr || title != nullptr) {
+    if (title != nullptr) {
         return nullptr;
     }
-    const SocketName name = SocketNameOf(windowClass);
     const std::lock_guard guard(lock);
-    if (connection >= 0 && (connectedTo != name || !IsAlive(connection))) {
+    if (connection >= 0 && (!IsAlive(connection) || connectedTo != SocketNameOf(windowClass))) {
         Disconnect();
     }
     if (connection < 0) {
-        connection = Connect(name).Release();
-        connectedTo = name;
+        connection = Connect(windowClass).Release();
+        connectedTo = connection >= 0 ? SocketNameOf(windowClass) : SocketName();
     }
     return connection >= 0 ? kWindow : nullptr;
 }
