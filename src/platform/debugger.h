@@ -1,9 +1,9 @@
 // The debugger output of the process.
 //
 // Off Windows it goes where BREVIK_DEBUG_OUTPUT says: a file to append to, or "-" for standard
-// error. Unset, nobody listens and a call costs next to nothing. Text is collected until its line is
-// complete and then written at once, so that lines of several processes never mix. Threads that give
-// a line in parts agree on a lock; a whole line needs none.
+// error. Unset, nobody listens and a call costs next to nothing. Text is collected until its line
+// is complete and then written at once, so that lines of several processes never mix. Threads that
+// give a line in parts agree on a lock; a whole line needs none.
 #pragma once
 
 #include "platform/types.h"

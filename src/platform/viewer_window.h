@@ -1,7 +1,7 @@
 // Windows of other programs: finding one by its class, and sending it a block of data.
 //
-// Off Windows a window class is a socket of this user and this machine, which only this user can open
-// (platform/posix/trace_socket.h holds the receiving end).
+// Off Windows a window class is a socket of this user and this machine, which only this user can
+// open (platform/posix/trace_socket.h holds the receiving end).
 #pragma once
 
 #include "platform/errors.h"
@@ -25,9 +25,9 @@ struct COPYDATASTRUCT {
 // The window of a class (the title must be null), or null.
 PLATFORM_API HWND FindWindowW(const WCHAR* windowClass, const WCHAR* title);
 
-// Delivers a WM_COPYDATA message with a block, waiting at most `milliseconds` for a receiver that is
-// behind. 0 with ERROR_INVALID_WINDOW_HANDLE when the window is gone, with ERROR_TIMEOUT when the
-// time ran out, the window then being there still.
+// Delivers a WM_COPYDATA message with a block, waiting at most `milliseconds` for a receiver that
+// is behind. 0 with ERROR_INVALID_WINDOW_HANDLE when the window is gone, with ERROR_TIMEOUT when
+// the time ran out, the window then being there still.
 PLATFORM_API LRESULT SendMessageTimeoutW(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
                                          UINT flags, UINT milliseconds, DWORD_PTR* result);
 

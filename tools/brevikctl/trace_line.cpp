@@ -103,6 +103,6 @@ std::string TraceLine::ToJson() const {
     return "{\"time\":\"" + UniversalTime(arrival) + "\",\"pid\":" + std::to_string(sender) +
            ",\"level\":" + std::to_string(level) + ",\"channel\":" + std::to_string(channel) +
            ",\"tag\":" + std::to_string(tag) + ",\"client\":" + JsonString(client) +
-           ",\"text\":" + JsonString(text) +
-           (lost ? ",\"lost\":" + std::to_string(*lost) : "") + "}\n";
+           ",\"text\":" + JsonString(text) + (lost ? ",\"lost\":" + std::to_string(*lost) : "") +
+           "}\n";
 }

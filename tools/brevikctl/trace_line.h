@@ -16,7 +16,7 @@ struct TraceLine {
     std::uint32_t channel = 0;
     std::uint8_t tag = 0;
     std::string client;
-    std::string text;  // with its indentation
+    std::string text;                   // with its indentation
     std::optional<std::uint32_t> lost;  // the number of lines, where it reports lost ones
 
     // Reads a packet into the line; arrival and sender stay as they are. Null, or what is wrong

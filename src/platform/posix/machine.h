@@ -24,8 +24,8 @@ class PLATFORM_API Machine {
     // Whether its folders are there; false where they could not be made.
     bool Exists() const { return exists_; }
 
-    // Lets every user into the machine of all users, as far as this user may: folders that root made
-    // under a strict mask, or ahead of the machine, are closed to others.
+    // Lets every user into the machine of all users, as far as this user may: folders that root
+    // made under a strict mask, or ahead of the machine, are closed to others.
     void SetModes() const;
 
     // Host path of users/LOGIN for the effective user, made with mode 0700 where it was missing.

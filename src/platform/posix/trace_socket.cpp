@@ -67,7 +67,8 @@ TraceSocket::TraceSocket(const WCHAR* windowClass)
         Fail("the file " + folder_.path + "/" + lockName + " cannot be opened");
     }
     if (flock(lock_.Get(), LOCK_EX | LOCK_NB) != 0) {
-        throw std::runtime_error("a viewer of this machine is already running for this user; end it first");
+        throw std::runtime_error(
+            "a viewer of this machine is already running for this user; end it first");
     }
     poller_ = ScopedDescriptor(epoll_create1(EPOLL_CLOEXEC));
     wake_ = ScopedDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
