@@ -60,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CookieFile file(text);
     Require(file.Text() == text);
     if (ParseCookieUrl(url, &parts) != NO_ERROR ||
-        ParseCookieSetText(nullptr, setText, kNow, &order) != NO_ERROR) {
+        ParseCookieSetText(setText, kNow, &order) != NO_ERROR) {
         return 0;
     }
     file.CookiesFor(parts, kNow);

@@ -133,7 +133,12 @@ int32_t bvkc_GetUserLanguage_Ids(const bvkc_langid* langIds, uint32_t count, bvk
  */
 int32_t bvkc_GetUserLanguage_Code(const char* const* codes, uint32_t count, bvkc_langid* selected);
 
-/* ---- Values in the web cookie store ---- */
+/* ---- Values in the web cookie store ----
+ *
+ * A write is one step among all threads and processes of the user that use the library: none loses
+ * a value that another one wrote. It changes no other cookie. A store that cannot be read gives
+ * "-1" for every value and takes none.
+ */
 
 /*
  * Reads a value from the suite's own cookie, "qdr_cookie" of the suite's web domain.
@@ -149,9 +154,11 @@ int32_t bvkc_VCM_ReadOndrelCookieValue(const bvkc_wchar* key, bvkc_wchar** value
 /*
  * Writes a value into the suite's own cookie and moves the cookie's expiry 183 days ahead.
  *
- *   key            wide; not empty.
- *   value          wide; not empty. A key or value that would not read back as it was written is
- *                  refused: one that holds '&', ';' or a control character, for instance.
+ *   key            wide; not empty. '=', '&', ';' and control characters are refused.
+ *   value          wide; not empty. '&', ';' and control characters are refused.
+ *
+ * Refused with 1 is also whatever else would not read back as it was written: half a surrogate pair
+ * in a text, and a value that makes its cookie longer than 32,766 bytes.
  *
  * Returns 0 when the value is in the store. 1, or the HRESULT of a failure: nothing was stored.
  */
@@ -174,11 +181,15 @@ int32_t bvkc_VCM_ReadCookieValue(const bvkc_wchar* domain, const bvkc_wchar* coo
 /*
  * Writes a value into any cookie.
  *
- *   domain         wide; a host name without a scheme.
- *   cookie         wide; the name of the cookie. The value goes to the first cookie of the domain,
- *                  in byte order, whose name contains this one, or to a new one of this name.
- *   key            wide; not empty.
- *   value          wide; not empty. Refused as told at bvkc_VCM_WriteOndrelCookieValue.
+ *   domain         wide; a host name without a scheme. '&', ';', blanks and control characters are
+ *                  refused.
+ *   cookie         wide; the name of the cookie, not empty. '=', '&', ';', control characters and a
+ *                  blank at its beginning are refused. The value goes to the first cookie of the
+ *                  domain, in byte order, whose name contains this one, or to a new one of this
+ *                  name. Refused is a cookie that bears the name of an attribute, in any case:
+ *                  domain, path, expires, max-age, secure, httponly, samesite, priority or
+ *                  partitioned; and one that its web server has marked HttpOnly or secure.
+ *   key, value     wide; as told at bvkc_VCM_WriteOndrelCookieValue.
  *
  * Returns as bvkc_VCM_WriteOndrelCookieValue does.
  */

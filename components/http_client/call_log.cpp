@@ -1,11 +1,11 @@
 #include "http_client/call_log.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cstdio>
 
 #include "http_client/settings.h"
+#include "platform/posix/scoped_descriptor.h"
 #include "platform/text.h"
 
 namespace HttpClient {
@@ -51,12 +51,9 @@ std::string JsonValue(const Argument& argument) {
 
 // One write, so that no other line comes between.
 void Append(const std::string& line) {
-    const int file =
-        open(PathBeside(".log").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
-    if (file >= 0) {
-        [[maybe_unused]] const ssize_t written = write(file, line.data(), line.size());
-        close(file);
-    }
+    const ScopedDescriptor file(
+        open(PathBeside(".log").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644));
+    [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
 }
 
 }  // namespace

@@ -31,8 +31,39 @@ bool HasSign(const Utf8String& text, std::string_view signs) {
     });
 }
 
+// Web clients would take a cookie of such a name for an attribute of another one.
+bool IsAttributeName(Utf8String name) {
+    constexpr const char* kNames[] = {"domain",   "path",     "expires",  "max-age",    "secure",
+                                      "httponly", "samesite", "priority", "partitioned"};
+    name.erase(name.find_last_not_of(' ') + 1);
+    return std::ranges::any_of(
+        kNames, [&name](const char* attribute) { return EqualNoCase(name, attribute); });
+}
+
 const char* Bytes(const Utf8String& text) {
     return reinterpret_cast<const char*>(text.c_str());
+}
+
+// The lock of the cookie store.
+class StoreLock {
+  public:
+    StoreLock() : isHeld_(LockCookieStore() != FALSE) {}
+    StoreLock(const StoreLock&) = delete;
+    StoreLock& operator=(const StoreLock&) = delete;
+    ~StoreLock() {
+        if (isHeld_) {
+            UnlockCookieStore();
+        }
+    }
+
+    bool IsHeld() const { return isHeld_; }
+
+  private:
+    bool isHeld_;
+};
+
+std::string StoreError(const char* doing, std::int64_t error) {
+    return std::string(doing) + " the cookie store gives error " + std::to_string(error);
 }
 
 }  // namespace
@@ -62,27 +93,34 @@ void StorageManager::TakeDomain(const std::string& domain) {
 }
 
 std::int32_t StorageManager::ReadCookie(const std::string& url, const std::string&) {
+    constexpr std::size_t kUsualSize = 4096;
     parser_->Clear();
-    DWORD size = 0;
-    if (!InternetGetCookieA(url.c_str(), nullptr, nullptr, &size) || size == 0) {
-        return 0;
+    std::vector<char> buffer(kUsualSize);
+    auto size = static_cast<DWORD>(buffer.size());
+    // Again as long as the store has grown since it told its size.
+    while (!InternetGetCookieA(url.c_str(), nullptr, buffer.data(), &size)) {
+        const DWORD error = GetLastError();
+        if (error == ERROR_NO_MORE_ITEMS) {
+            return 0;
+        }
+        if (error != ERROR_INSUFFICIENT_BUFFER) {
+            return static_cast<std::int32_t>(error);
+        }
+        buffer.resize(std::max<std::size_t>(size, 2 * buffer.size()));
+        size = static_cast<DWORD>(buffer.size());
     }
-    std::vector<char> buffer(std::size_t{size} + 1);
-    // Should it fail, the buffer is the empty text.
-    InternetGetCookieA(url.c_str(), nullptr, buffer.data(), &size);
     const Utf8String received(reinterpret_cast<const unsigned char*>(buffer.data()));
-    const WideString text = Utf8ToWide(received);
-    parser_->Parse(text.c_str(), size);
-    if (WideToUtf8(text) != received) {
-        parser_->LeaveOutIllFormed(received);
-    }
+    parser_->Parse(Utf8ToWide(received).c_str(), size);
     return 0;
 }
 
 std::int32_t StorageManager::GetValue(const Utf8String& name, const Utf8String& key,
                                       Utf8String& value) {
     try {
-        ReadCookie(Utf8ToNarrow(url_), Utf8ToNarrow(name));
+        const std::int32_t error = ReadCookie(Utf8ToNarrow(url_), Utf8ToNarrow(name));
+        if (error != 0) {
+            UTrace::Error("cookie value not read: %s", StoreError("reading", error).c_str());
+        }
         parser_->FindValue(Utf8ToNarrow(name), Utf8ToNarrow(key), value);
         if (key.empty()) {
             // The body may hold an item "=value" all the same.
@@ -97,25 +135,12 @@ std::int32_t StorageManager::GetValue(const Utf8String& name, const Utf8String& 
 std::int32_t StorageManager::SetValue(const Utf8String& name, const Utf8String& key,
                                       const Utf8String& value) {
     try {
-        const std::string url = Utf8ToNarrow(url_);
-        ReadCookie(url, Utf8ToNarrow(name));
-        const Utf8String section = parser_->SectionOfWrite(name);
-        const char* reason = ReasonToRefuse(name, key, value);
-        if (reason == nullptr) {
-            parser_->StoreValue(name, key, value);
-            if (!parser_->ReadsBack(section, key, value)) {
-                reason = "it would not read back as it was given";
-            }
+        std::string reason = ReasonToRefuse(name, key, value);
+        if (reason.empty()) {
+            reason = Store(name, key, value);
         }
-        if (reason != nullptr) {
-            UTrace::Error("cookie value not stored: %s", reason);
-            return kNotStored;
-        }
-        const Utf8String text = parser_->Format(domain_);
-        NameWrittenCookie(Bytes(section));
-        if (!InternetSetCookieA(url.c_str(), nullptr, Bytes(text))) {
-            UTrace::Error("cookie value not stored: the store answers error %u",
-                          static_cast<unsigned>(GetLastError()));
+        if (!reason.empty()) {
+            UTrace::Error("cookie value not stored: %s", reason.c_str());
             return kNotStored;
         }
     } catch (const _com_error& error) {
@@ -124,8 +149,8 @@ std::int32_t StorageManager::SetValue(const Utf8String& name, const Utf8String& 
     return 0;
 }
 
-// Null for a value that may go to the store, as far as its parts tell.
-const char* StorageManager::ReasonToRefuse(const Utf8String& name, const Utf8String& key,
+// Empty for a value that may go to the store, as far as its parts tell.
+std::string StorageManager::ReasonToRefuse(const Utf8String& name, const Utf8String& key,
                                            const Utf8String& value) const {
     constexpr std::string_view kSigns = "&;";
     if (key.empty() || value.empty()) {
@@ -140,11 +165,36 @@ const char* StorageManager::ReasonToRefuse(const Utf8String& name, const Utf8Str
     if (HasSign(domain_, "&; ")) {
         return "the domain holds '&', ';', a blank or a control character";
     }
-    if (IsCookieAttributeName(Bytes(parser_->SectionOfWrite(name)))) {
-        return "the cookie bears the name of an attribute";
+    return {};
+}
+
+// Empty once the value is in the store, else why it is not.
+std::string StorageManager::Store(const Utf8String& name, const Utf8String& key,
+                                  const Utf8String& value) {
+    const std::string url = Utf8ToNarrow(url_);
+    const StoreLock lock;
+    if (!lock.IsHeld()) {
+        return StoreError("locking", GetLastError());
+    }
+    if (const std::int32_t error = ReadCookie(url, Utf8ToNarrow(name)); error != 0) {
+        return StoreError("reading", error);
     }
     if (parser_->EndedEarly()) {
         return "a cookie of the domain is too long to read on";
     }
-    return nullptr;
+    const Utf8String section = parser_->SectionOfWrite(name);
+    if (IsAttributeName(section)) {
+        return "the cookie bears the name of an attribute";
+    }
+    parser_->StoreValue(name, key, value);
+    // Stores keep the first cookie of a text alone, and the others are not ours to write.
+    parser_->KeepOnly(section);
+    if (!parser_->ReadsBack(section, key, value)) {
+        return "it would not read back as it was given";
+    }
+    const Utf8String text = parser_->Format(domain_);
+    if (!InternetSetCookieA(url.c_str(), nullptr, Bytes(text))) {
+        return StoreError("writing", GetLastError());
+    }
+    return {};
 }

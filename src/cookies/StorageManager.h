@@ -1,10 +1,11 @@
 // Named values inside the cookies of a domain.
 //
-// An object reads the cookies of its URL from the store anew for each operation, and writes them
-// back whole; it keeps nothing of its own. It belongs to one thread at a time, and each has its own
-// domain, so that threads with different domains never see each other's cookies.
+// An object reads the cookies of its URL from the store anew for each operation, and writes back
+// the one that it changed; it keeps nothing of its own. It belongs to one thread at a time, and
+// each has its own domain, so that threads with different domains never see each other's cookies.
 //
-// Two writers of one cookie do not exclude each other: the later store wins for the whole cookie.
+// Reading, changing and writing are one step among all threads and processes of the user that use
+// the library: none loses a value that another one wrote.
 #pragma once
 
 #include <cstdint>
@@ -28,12 +29,13 @@ class StorageManager {
     // from now on. Always 0.
     std::int32_t SetDomain(const Utf8String& domain);
 
-    // Fills the parser with all cookies of the URL; `name` is not looked at. Always 0: a store
-    // without them is no failure.
+    // Fills the parser with all cookies of the URL; `name` is not looked at. 0, also where there
+    // are none; else the error number of a store that cannot be read, and the parser is empty.
     std::int32_t ReadCookie(const std::string& url, const std::string& name);
 
-    // The value of a key in the cookie `name`, "-1" where it is empty or missing, and for an empty
-    // key. 0, or the HRESULT of a component-model failure.
+    // The value of a key in the cookie `name`, "-1" where it is empty or missing, for an empty key,
+    // and with a line on the trace where the store cannot be read. 0, or the HRESULT of a
+    // component-model failure.
     std::int32_t GetValue(const Utf8String& name, const Utf8String& key, Utf8String& value);
 
     // Stores a value in the first cookie, in byte order, whose name contains `name`, or in a new
@@ -43,8 +45,9 @@ class StorageManager {
 
   private:
     void TakeDomain(const std::string& domain);
-    const char* ReasonToRefuse(const Utf8String& name, const Utf8String& key,
+    std::string ReasonToRefuse(const Utf8String& name, const Utf8String& key,
                                const Utf8String& value) const;
+    std::string Store(const Utf8String& name, const Utf8String& key, const Utf8String& value);
 
     std::shared_ptr<StorageParser> parser_;
     Utf8String domain_;

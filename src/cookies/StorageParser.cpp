@@ -73,20 +73,6 @@ void StorageParser::ParseCookie(Utf8View cookie) {
         }
     }
     sections_[name] = std::move(section);
-    cookie.remove_suffix(cookie.ends_with(';') ? 1 : 0);
-    received_[name] = WithoutLeadingSpace(cookie);
-}
-
-void StorageParser::LeaveOutIllFormed(const Utf8String& received) {
-    for (Utf8View rest = received; !rest.empty();) {
-        const Utf8String cookie(CutCookie(&rest));
-        const Utf8String converted = WideToUtf8(Utf8ToWide(cookie));
-        const std::size_t equals = converted.find('=');
-        if (converted != cookie && equals != converted.npos) {
-            const Utf8View name = WithoutLeadingSpace(Utf8View(converted).substr(0, equals));
-            received_[Utf8String(name)].clear();
-        }
-    }
 }
 
 void StorageParser::FindValue(const std::string& name, const std::string& key, Utf8String& value) {
@@ -105,9 +91,11 @@ Utf8String StorageParser::SectionOfWrite(const Utf8String& name) const {
 
 void StorageParser::StoreValue(const Utf8String& name, const Utf8String& key,
                                const Utf8String& value) {
-    const Utf8String target = SectionOfWrite(name);
-    sections_[target][key] = value;
-    received_.erase(target);
+    sections_[SectionOfWrite(name)][key] = value;
+}
+
+void StorageParser::KeepOnly(const Utf8String& name) {
+    std::erase_if(sections_, [&name](const auto& section) { return section.first != name; });
 }
 
 Utf8String StorageParser::Format(const Utf8String& domain) const {
@@ -129,12 +117,9 @@ Utf8String StorageParser::FormatSections() const {
     return text;
 }
 
-Utf8String StorageParser::FormatSection(const Utf8String& name, const Section& section) const {
+Utf8String StorageParser::FormatSection(const Utf8String& name, const Section& section) {
     if (section.empty()) {
         return {};
-    }
-    if (const auto received = received_.find(name); received != received_.end()) {
-        return received->second;
     }
     // A lone item of the section's own key needs no prefix, since a bare value reads as just that.
     // Beside others, or with an "=" in its value, its key would be taken for the cookie's name.
@@ -171,7 +156,6 @@ bool StorageParser::SealSection(Utf8String name, Utf8String domain) {
     Utf8String sealed;
     encryptor.FormatSealed(sealed, false);
     ParseCookie(name + Utf8String{'='} + sealed);
-    received_.erase(name);
     return true;
 }
 
@@ -181,6 +165,5 @@ bool StorageParser::UnsealSection(Utf8String, Utf8String) {
 
 void StorageParser::Clear() {
     sections_.clear();
-    received_.clear();
     endedEarly_ = false;
 }

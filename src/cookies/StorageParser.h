@@ -43,20 +43,17 @@ class StorageParser {
     // else `name` itself.
     Utf8String SectionOfWrite(const Utf8String& name) const;
 
+    // Empties the map but for one section.
+    void KeepOnly(const Utf8String& name);
+
     // The text of all sections with the closing attributes.
     Utf8String Format(const Utf8String& domain) const;
 
-    // The text of all sections. One that nothing was stored in since it was parsed has the body
-    // that it came with, so that whoever wrote it finds it as it was.
+    // The text of all sections.
     Utf8String FormatSections() const;
 
     // Whether a later read of FormatSections finds the value. A missing one is never found.
     bool ReadsBack(const Utf8String& name, const Utf8String& key, const Utf8String& value) const;
-
-    // Keeps the cookies of the parsed text that are no well-formed UTF-8 out of Format, as long as
-    // nothing is stored in their sections: the map holds replacement characters in the place of
-    // their bytes. `received` is the text that was converted for Parse.
-    void LeaveOutIllFormed(const Utf8String& received);
 
     // Whether a cookie was too long, so that some are missing from the map.
     bool EndedEarly() const { return endedEarly_; }
@@ -68,12 +65,8 @@ class StorageParser {
     using Section = std::map<Utf8String, Utf8String>;
 
     void ParseCookie(std::basic_string_view<unsigned char> cookie);
-    Utf8String FormatSection(const Utf8String& name, const Section& section) const;
+    static Utf8String FormatSection(const Utf8String& name, const Section& section);
 
     std::map<Utf8String, Section> sections_;
-
-    // The text `name=body` of each section as it came; gone once something is stored in the
-    // section, and empty for one that is left out.
-    std::map<Utf8String, Utf8String> received_;
     bool endedEarly_ = false;
 };

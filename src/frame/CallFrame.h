@@ -23,7 +23,7 @@ void ReportException(const char* exportName) noexcept;
 template <typename Result, typename WriteLine, typename Forward>
 Result RunCall(const char* exportName, Result failure, WriteLine writeLine,
                Forward forward) noexcept {
-    const NoCancellation uncancelled;
+    const UnbrokenCall unbroken;
     const CLibraryUtils::SmartComInitializer componentModel;
     try {
         StartFrame();

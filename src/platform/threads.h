@@ -1,4 +1,4 @@
-// Thread-local slots, critical sections, and calls that must not be cancelled half-way.
+// Thread-local slots, critical sections, and calls that must not be broken off half-way.
 #pragma once
 
 #include "platform/errors.h"
@@ -6,14 +6,16 @@
 
 #ifdef _WIN32
 
-// Threads are not cancelled here.
-struct NoCancellation {
-    NoCancellation() {}
+// Threads are not cancelled here, and no write raises a signal.
+struct UnbrokenCall {
+    UnbrokenCall() {}
 };
 
 #else
 
 #include <pthread.h>
+
+#include "platform/posix/held_signal.h"
 
 namespace brevik::platform {
 
@@ -37,8 +39,6 @@ PLATFORM_API void DeleteCriticalSection(CRITICAL_SECTION* section);
 PLATFORM_API void EnterCriticalSection(CRITICAL_SECTION* section);
 PLATFORM_API void LeaveCriticalSection(CRITICAL_SECTION* section);
 
-// Puts a cancellation of the calling thread off until the object ends: it would unwind through code
-// that lets no exception pass.
 class NoCancellation {
   public:
     NoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous_); }
@@ -48,6 +48,14 @@ class NoCancellation {
 
   private:
     int previous_ = PTHREAD_CANCEL_ENABLE;
+};
+
+// Keeps from the calling thread, until the object ends, what would break a call off half-way: a
+// cancellation, which would unwind through code that lets no exception pass, and the signal of a
+// write beyond the process's limit on the size of files, which fails all the same.
+struct UnbrokenCall {
+    NoCancellation uncancelled;
+    HeldSignal withinLimit{SIGXFSZ, IsFileSizeLimited()};
 };
 
 }  // namespace brevik::platform

@@ -118,28 +118,6 @@ TEST(StorageParser, SectionsWithoutKeysAreWrittenAsNothing) {
     EXPECT_EQ(Sections(trailing), "a=1; ");
 }
 
-TEST(StorageParser, UnchangedSectionsKeepTheirBody) {
-    const std::string text = "a=z=1&b=2&z=3&&x; b=; c==&; d=d=d";
-    StorageParser parser;
-    Parse(parser, text);
-    EXPECT_EQ(Sections(parser), "a=z=1&b=2&z=3&&x; b=; c==&; d=d=d");
-    Store(parser, "a", "b", "5");
-    EXPECT_EQ(Sections(parser), "a=a=x&b=5&z=3; b=; c==&; d=d=d");
-    Parse(parser, "a=new&order=1");
-    EXPECT_EQ(Sections(parser), "a=new&order=1; b=; c==&; d=d=d");
-}
-
-TEST(StorageParser, CookiesOfForeignBytesAreLeftOut) {
-    StorageParser parser;
-    const Utf8String received = {'a', '=', 0xE4, ';', ' ', 0xFF, '=', '1', ';', ' ', 'b', '=', '2'};
-    parser.Parse(Utf8ToWide(received).c_str(), 0);
-    parser.LeaveOutIllFormed(received);
-    EXPECT_EQ(Find(parser, "a", "a"), "\xEF\xBF\xBD");
-    EXPECT_EQ(Sections(parser), "b=2; ");
-    Store(parser, "a", "k", "v");
-    EXPECT_EQ(Sections(parser), "a=a=\xEF\xBF\xBD&k=v; b=2; ");
-}
-
 TEST(StorageParser, ACookieTooLongEndsTheParse) {
     // A step counts the cookie and the sign behind it, also at the end of the text where none
     // stands.

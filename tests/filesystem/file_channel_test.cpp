@@ -177,7 +177,6 @@ TEST_F(FileChannelTest, FullDisk) {
     rlimit before;
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
     const rlimit limit = {kRoom, before.rlim_max};
-    signal(SIGXFSZ, SIG_IGN);
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     const FileChannel channel = file.MakeFileChannel(kRead | kWrite);
     const std::vector<char> block(kRoom + 1);

@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -39,6 +43,17 @@ class CallFrame : public testing::Test {
 TEST_F(CallFrame, ResultPassesUnchanged) {
     EXPECT_EQ(RunExport([] { return 7; }), 7);
     EXPECT_EQ(output_.Take(), "BREVIK KIT: line\r\n");
+}
+
+TEST_F(CallFrame, AWriteBeyondTheLimitOnFileSizesFailsAndNoMore) {
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit none = {0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
+    std::FILE* const file = std::tmpfile();
+    EXPECT_EQ(RunExport([file] { return ftruncate(fileno(file), 1) == 0 ? 0 : errno; }), EFBIG);
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::fclose(file);
 }
 
 TEST_F(CallFrame, ExceptionsAreReportedAndBecomeTheFailureResult) {

@@ -7,10 +7,12 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "platform/posix/write_lock.h"
 #include "support/cookie_machine.h"
 
 namespace {
@@ -117,27 +119,30 @@ TEST_F(CookieConcurrency, AKilledWriterLeavesAWholeFileAndNoLock) {
     }
 }
 
-TEST_F(CookieConcurrency, ThreadsKeepTheirAnswersApart) {
-    WriteCookieFile(kForeign);
-    std::atomic<int> failures = 0;
-    std::vector<std::thread> threads;
-    for (int writer = 0; writer < kWriters; ++writer) {
-        threads.emplace_back([writer, &failures] {
-            const std::string host = "http://" + Name(writer) + ".test";
-            for (int round = 0; round < kWrites; ++round) {
-                const std::string text = "n=" + std::to_string(writer * kWrites + round);
-                if (!InternetSetCookieA(host.c_str(), nullptr, text.c_str()) ||
-                    VisibleCookies(host.c_str()) != text) {
-                    ++failures;
-                }
-            }
-        });
+TEST_F(CookieConcurrency, WaitingLastsAsLongAsOthersComeToTheirTurns) {
+    constexpr std::chrono::milliseconds kPatience{1000};
+    constexpr std::chrono::milliseconds kTurn{200};
+    const std::string path = CookieFilePath();
+    const auto takeATurn = [&](std::atomic<int>* refused) {
+        WriteLock lock(kPatience);
+        *refused += lock.Take(path) == NO_ERROR ? 0 : 1;
+        std::this_thread::sleep_for(kTurn);
+    };
+    std::vector<pid_t> children;
+    for (int child = 0; child < kWriters; ++child) {
+        children.push_back(StartChild([&] {
+            std::atomic<int> refused = 0;
+            std::thread first(takeATurn, &refused);
+            takeATurn(&refused);
+            first.join();
+            return refused == 0;
+        }));
     }
-    for (std::thread& thread : threads) {
-        thread.join();
+    for (const pid_t child : children) {
+        int status = -1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
     }
-    EXPECT_EQ(failures, 0);
-    EXPECT_EQ(CookieRows().size(), 1u + kWriters);
 }
 
 }  // namespace

@@ -139,15 +139,19 @@ TEST(Machine, KeepsTheUsersFolderToTheUser) {
     EXPECT_EQ(Machine::Current().UserFolder(), folder);
     EXPECT_EQ(ModeOf(folder), 0700u);
 
-    // Whoever may make folders there must not lead this user's files elsewhere.
+    // Where somebody else was first with the name, the user's own data folder has a place.
+    const fs::path data = TestMachine::ScratchFolder() / "data";
+    const fs::path own = data / "brevikconfig/users" / folder.filename();
+    ASSERT_EQ(setenv("XDG_DATA_HOME", data.c_str(), 1), 0);
     fs::remove(folder);
     fs::create_directory_symlink(TestMachine::ScratchFolder(), folder);
-    EXPECT_EQ(Machine::Current().UserFolder(), "");
+    EXPECT_EQ(Machine::Current().UserFolder(), own);
+    EXPECT_EQ(ModeOf(own), 0700u);
     fs::remove(folder);
     fs::create_directory(folder);
     if (geteuid() == 0) {
         ASSERT_EQ(chown(folder.c_str(), 12345, 12345), 0);
-        EXPECT_EQ(Machine::Current().UserFolder(), "");
+        EXPECT_EQ(Machine::Current().UserFolder(), own);
     }
     fs::remove(folder);
 }

@@ -99,6 +99,14 @@ const Fault kFaults[] = {
     {"a folder in place of the cookie store",
      [] { fs::create_directories(brevik::platform::CookieFilePath()); }, "cookie store",
      "cannot be read: error 5", "plain file"},
+    {"a link in place of the user's folder",
+     [] {
+         const fs::path folder = fs::path(brevik::platform::CookieFilePath()).parent_path();
+         setenv("XDG_DATA_HOME", TestMachine::ScratchFolder().c_str(), 1);
+         fs::remove_all(folder);
+         fs::create_directory_symlink("/", folder);
+     },
+     "cookie store", "is a link or somebody else's", "move your cookies"},
 };
 
 class BrevikctlDoctor : public RegistryMachine {

@@ -62,8 +62,8 @@ std::string StorePath() {
     if (path.empty()) {
         const std::string folder = Quoted(Machine::Current().Folder());
         throw std::runtime_error("the machine folder " + folder +
-                                 " has no place for your cookies: its folder users/LOGIN is "
-                                 "missing and cannot be made, or is somebody else's"
+                                 " has no place for your cookies: its folder users/LOGIN "
+                                 "is missing and cannot be made"
                                  "\nLet yourself write to " +
                                  folder + ", or name another folder in BREVIK_MACHINE.");
     }
@@ -89,7 +89,7 @@ std::string StoreTrouble(const Options& options) {
     CookieUrl url;
     CookieSetText order;
     order.domain = LowerAscii(options.domain);
-    order.pairs.push_back({options.cookie, "x"});
+    order.name = options.cookie;
     DWORD answer = ParseCookieUrl("http://" + options.domain, &url);
     const auto tryOut = [&](std::string* text) {
         answer =

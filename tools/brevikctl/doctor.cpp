@@ -255,10 +255,16 @@ void CheckCookies(Troubles* troubles) {
     const std::string path = CookieFilePath();
     if (path.empty()) {
         troubles->push_back(
-            {"the machine has no place for your cookies: its folder users/LOGIN "
-             "cannot be made, or is a link or somebody else's",
-             "Move it away, so that the next program makes it anew."});
+            {"the machine has no place for your cookies: its folder users/LOGIN cannot be made",
+             "Let yourself write to the folder " + Quoted(Machine::Current().Folder()) + "."});
         return;
+    }
+    if (!path.starts_with(Machine::Current().Folder() + "/")) {
+        troubles->push_back(
+            {"your folder in the machine's users is a link or somebody else's; your "
+             "cookies are kept in " +
+                 Quoted(path),
+             "Have it removed, and move your cookies to the new one."});
     }
     std::string text;
     const DWORD error = SharedTextFile(path).Read(&text);

@@ -122,15 +122,7 @@ bool CanBeStored(const std::string& domain, const std::string& host) {
     return domain == host || (IsHostWithin(host, domain) && domain.find('.') != std::string::npos);
 }
 
-std::int64_t NewExpiry(const CookieRow& seen, const CookieSetText& order, CookiePairUse use) {
-    const std::int64_t expires = order.expires.value_or(seen.expires);
-    if (seen.expires == 0) {
-        return 0;
-    }
-    return use == CookiePairUse::kWritten ? expires : std::max(seen.expires, expires);
-}
-
-CookieRow NewRow(const CookieUrl& url, const CookieSetText& order, const CookiePair& pair) {
+CookieRow NewRow(const CookieUrl& url, const CookieSetText& order) {
     CookieRow row;
     row.domain = order.domain.empty() ? url.host : order.domain;
     row.includesSubdomains = !IsIpAddress(row.domain);
@@ -138,8 +130,8 @@ CookieRow NewRow(const CookieUrl& url, const CookieSetText& order, const CookieP
     row.isSecure = order.isSecure;
     row.isHttpOnly = order.isHttpOnly;
     row.expires = order.expires.value_or(0);
-    row.name = pair.name;
-    row.value = pair.body;
+    row.name = order.name;
+    row.value = order.body;
     return row;
 }
 
@@ -178,61 +170,28 @@ DWORD CookieFile::Store(const CookieUrl& url, const CookieSetText& order, std::i
     if (!order.domain.empty() && !CanBeStored(order.domain, url.host)) {
         return ERROR_INVALID_PARAMETER;
     }
-    const bool isPast = order.expires && *order.expires <= now;
-    std::vector<Line> before = lines_;
-    for (const CookiePair& pair : order.pairs) {
-        if (pair.use == CookiePairUse::kPassedOn && !isPast) {
-            continue;
-        }
-        CookieRow row = NewRow(url, order, pair);
-        if (std::optional<CookieRow> seen = TakeSeen(pair, url, now)) {
-            row = *std::move(seen);
-            row.expires = NewExpiry(row, order, pair.use);
-        } else if (pair.use != CookiePairUse::kWritten) {
-            continue;
-        } else if (!RemoveReplaced(row, url, now)) {
-            lines_ = std::move(before);
-            return ERROR_ACCESS_DENIED;
-        }
-        if (!isPast) {
-            Append(row);
-        }
+    const CookieRow row = NewRow(url, order);
+    const auto isReplaced = [&row](const Line& line) {
+        return line.row && line.row->name == row.name && line.row->domain == row.domain &&
+               line.row->path == row.path;
+    };
+    if (std::ranges::any_of(lines_, [&](const Line& line) {
+            return isReplaced(line) && IsProtected(*line.row, url, now);
+        })) {
+        return ERROR_ACCESS_DENIED;
+    }
+    std::erase_if(lines_, isReplaced);
+    if (!order.expires || *order.expires > now) {
+        Append(row);
     }
     return NO_ERROR;
 }
 
-std::optional<CookieRow> CookieFile::TakeSeen(const CookiePair& pair, const CookieUrl& url,
-                                              std::int64_t now) {
-    const auto seen = std::find_if(lines_.rbegin(), lines_.rend(), [&](const Line& line) {
-        return line.row && line.row->name == pair.name && line.row->value == pair.body &&
-               IsVisible(*line.row, url, now);
-    });
-    if (seen == lines_.rend()) {
-        return {};
-    }
-    return std::exchange(*seen, Line()).row;
-}
-
-bool CookieFile::RemoveReplaced(const CookieRow& row, const CookieUrl& url, std::int64_t now) {
-    for (Line& line : lines_) {
-        if (line.row && line.row->name == row.name && line.row->domain == row.domain &&
-            line.row->path == row.path) {
-            if (IsProtected(*line.row, url, now)) {
-                return false;
-            }
-            line = Line();
-        }
-    }
-    return true;
-}
-
 void CookieFile::Append(const CookieRow& row) {
-    const auto last = std::find_if(lines_.rbegin(), lines_.rend(),
-                                   [](const Line& line) { return !line.text.empty(); });
-    if (last == lines_.rend()) {
+    if (lines_.empty()) {
         lines_.push_back({std::string(kHeader), {}});
-    } else if (!last->text.ends_with('\n')) {
-        last->text += '\n';
+    } else if (!lines_.back().text.ends_with('\n')) {
+        lines_.back().text += '\n';
     }
     lines_.push_back({FormatRow(row), row});
 }

@@ -42,19 +42,10 @@ class PLATFORM_API CookieFile {
     // the file, which is the order of their last storing.
     std::string CookiesFor(const CookieUrl& url, std::int64_t now) const;
 
-    // Stores the pairs, or removes them where their expiry is past, and moves them to the end.
-    //
-    // A pair that a program sees with this very body is that cookie: it keeps its domain, path,
-    // marks and session nature, and one that lasts gets the new expiry if there is one. Any other
-    // pair takes the place of the cookie with its name, domain and path.
-    //
-    // Pairs that the caller does not write are those that it was told. One that has changed since
-    // stands; else a repeated one is stored, its expiry never shortened, and one that is passed on
-    // is left as it is and where it is, unless the new expiry is past.
-    //
-    // NO_ERROR. With an error nothing is stored: 87 when the domain does not cover the URL's host
-    // or is a single label that is not the host, 5 when a cookie to replace is marked HttpOnly, or
-    // secure and the URL is not.
+    // Stores the cookie at the end, in place of the one with its name, domain and path; with an
+    // expiry in the past it removes that one. NO_ERROR. With an error nothing is stored: 87 when
+    // the domain does not cover the URL's host or is a single label that is not the host, 5 when a
+    // cookie to replace is marked HttpOnly, or secure and the URL is not.
     DWORD Store(const CookieUrl& url, const CookieSetText& order, std::int64_t now);
 
     // Every cookie of the file.
@@ -62,16 +53,10 @@ class PLATFORM_API CookieFile {
 
   private:
     struct Line {
-        std::string text;              // with its end; empty once it is taken out
+        std::string text;              // with its end
         std::optional<CookieRow> row;  // nothing for a line that is not understood
     };
 
-    // Takes the cookie out that a program sees with this name and body, the last one of several.
-    std::optional<CookieRow> TakeSeen(const CookiePair& pair, const CookieUrl& url,
-                                      std::int64_t now);
-
-    // Removes the cookies with the row's name, domain and path. False when the URL may not.
-    bool RemoveReplaced(const CookieRow& row, const CookieUrl& url, std::int64_t now);
     void Append(const CookieRow& row);
 
     std::vector<Line> lines_;

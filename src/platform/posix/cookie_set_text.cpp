@@ -4,7 +4,6 @@
 #include <charconv>
 #include <limits>
 
-#include "platform/cookie_store.h"
 #include "platform/posix/cookie_date.h"
 #include "platform/posix/cookie_url.h"
 
@@ -20,37 +19,11 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
-std::string AttributeName(std::string_view segment) {
-    return LowerAscii(Trimmed(segment.substr(0, segment.find('='))));
-}
-
-bool IsAttribute(std::string_view segment) {
-    return IsCookieAttributeName(segment.substr(0, segment.find('=')));
-}
-
-// The segments as they stand; those of blanks alone are left out.
-std::vector<std::string_view> Segments(std::string_view text) {
-    std::vector<std::string_view> segments;
-    for (std::size_t begin = 0; begin <= text.size();) {
-        const std::size_t end = std::min(text.find(';', begin), text.size());
-        const std::string_view segment = text.substr(begin, end - begin);
-        if (!Trimmed(segment).empty()) {
-            segments.push_back(segment);
-        }
-        begin = end + 1;
-    }
-    return segments;
-}
-
-// The index of the first attribute.
-std::size_t AttributesBegin(const std::vector<std::string_view>& segments) {
-    std::size_t begin = segments.size();
-    const bool isTight = !segments.empty() && !segments.back().starts_with(' ');
-    while (begin > 1 && IsAttribute(segments[begin - 1]) &&
-           !(isTight && segments[begin - 1].starts_with(' '))) {
-        --begin;
-    }
-    return begin;
+// Cuts what stands in front of the sign from a text, and the sign.
+std::string_view CutAt(char sign, std::string_view* text) {
+    const std::string_view part = text->substr(0, text->find(sign));
+    text->remove_prefix(std::min(part.size() + 1, text->size()));
+    return part;
 }
 
 // The end of so many seconds from now; a number too large is far away.
@@ -69,14 +42,24 @@ std::optional<std::int64_t> ParseMaxAge(std::string_view text, std::int64_t now)
     return now + std::min(seconds, std::numeric_limits<std::int64_t>::max() - now);
 }
 
-void TakeAttributes(const std::vector<std::string_view>& segments, std::size_t begin,
-                    std::int64_t now, CookieSetText* parts) {
+}  // namespace
+
+DWORD ParseCookieSetText(std::string_view data, std::int64_t now, CookieSetText* parts) {
+    if (std::ranges::any_of(data, IsControlCharacter)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    std::string_view body = WithoutLeadingBlanks(CutAt(';', &data));
+    const bool hasSign = body.find('=') != body.npos;
+    parts->name = CutAt('=', &body);
+    parts->body = body;
+    if (!hasSign || parts->name.empty()) {
+        return ERROR_INVALID_PARAMETER;
+    }
     std::optional<std::int64_t> maxAge;
-    for (std::size_t i = begin; i < segments.size(); ++i) {
-        const std::size_t equals = segments[i].find('=');
-        const std::string_view value =
-            equals == std::string_view::npos ? "" : Trimmed(segments[i].substr(equals + 1));
-        const std::string name = AttributeName(segments[i]);
+    while (!data.empty()) {
+        std::string_view value = CutAt(';', &data);
+        const std::string name = LowerAscii(Trimmed(CutAt('=', &value)));
+        value = Trimmed(value);
         if (name == "domain") {
             parts->domain = LowerAscii(value.substr(value.starts_with('.') ? 1 : 0));
         } else if (name == "path") {
@@ -94,43 +77,7 @@ void TakeAttributes(const std::vector<std::string_view>& segments, std::size_t b
     if (maxAge) {
         parts->expires = maxAge;
     }
-}
-
-bool TakePair(std::string_view segment, CookieSetText* parts) {
-    segment = WithoutLeadingBlanks(segment);
-    const std::size_t equals = segment.find('=');
-    if (equals == segment.npos || equals == 0) {
-        return false;
-    }
-    parts->pairs.push_back(
-        {std::string(segment.substr(0, equals)), std::string(segment.substr(equals + 1))});
-    return true;
-}
-
-}  // namespace
-
-DWORD ParseCookieSetText(const char* name, std::string_view data, std::int64_t now,
-                         CookieSetText* parts) {
-    std::string text(data);
-    if (name != nullptr) {
-        if (std::string_view(name).find_first_of("=;") != std::string_view::npos) {
-            return ERROR_INVALID_PARAMETER;
-        }
-        text = std::string(name) + '=' + text;
-    }
-    if (std::ranges::any_of(text, IsControlCharacter)) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    const std::vector<std::string_view> segments = Segments(text);
-    const std::size_t attributesBegin =
-        name != nullptr ? std::min<std::size_t>(1, segments.size()) : AttributesBegin(segments);
-    for (std::size_t i = 0; i < attributesBegin; ++i) {
-        if (!TakePair(segments[i], parts)) {
-            return ERROR_INVALID_PARAMETER;
-        }
-    }
-    TakeAttributes(segments, attributesBegin, now, parts);
-    return parts->pairs.empty() ? ERROR_INVALID_PARAMETER : NO_ERROR;
+    return NO_ERROR;
 }
 
 }  // namespace brevik::platform

@@ -16,6 +16,7 @@
 
 #include "platform/files.h"
 #include "platform/posix/file_attributes.h"
+#include "platform/posix/held_signal.h"
 #include "platform/posix/host_errors.h"
 #include "platform/posix/open_file.h"
 #include "platform/posix/paths.h"
@@ -171,6 +172,7 @@ DWORD CopyContents(const OpenFile& source, const OpenFile& target, const Watcher
     if (watcher.size == 0) {
         return NO_ERROR;
     }
+    const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
     // Where the host lets two files share their blocks, that is all there is to do.
     if (ioctl(target.Descriptor(), FICLONE, source.Descriptor()) == 0) {
         return watcher.Tell(CALLBACK_CHUNK_FINISHED, watcher.size);

@@ -55,6 +55,8 @@ void* FindDatabaseFunction(void* library, const char* name) {
 }
 
 std::string DatabaseFilePath(const WCHAR* path) {
+    // The database library opens its files by itself.
+    TakeStandardStreams();
     return FindFile(path).path;
 }
 

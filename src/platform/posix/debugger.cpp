@@ -4,18 +4,18 @@
 #include <limits.h>
 #include <poll.h>
 #include <pthread.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <ctime>
 #include <mutex>
 #include <string_view>
 
 #include "platform/posix/environment.h"
+#include "platform/posix/held_signal.h"
+#include "platform/posix/scoped_descriptor.h"
 
 namespace brevik::platform {
 namespace {
@@ -47,19 +47,13 @@ bool IsPipe(int file) {
 
 int OpenFile(const char* path) {
     // Not to wait for the reader of a named pipe: one that has none is nobody.
-    const int file =
-        open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0600);
-    if (file < 0) {
+    ScopedDescriptor file(
+        open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0600));
+    if (!file) {
         return kNobody;
     }
-    fcntl(file, F_SETFL, O_APPEND);
-    if (file > STDERR_FILENO) {
-        return file;
-    }
-    // The host runs without its standard streams; what it writes to them is not for this file.
-    const int moved = fcntl(file, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    close(file);
-    return moved >= 0 ? moved : kNobody;
+    fcntl(file.Get(), F_SETFL, O_APPEND);
+    return file.Release();
 }
 
 int OpenListener() {
@@ -70,50 +64,10 @@ int OpenListener() {
     return std::strcmp(name, "-") == 0 ? STDERR_FILENO : OpenFile(name);
 }
 
-// Keeps a pipe whose reader is gone from ending the host: the signal of such a write is taken
-// before anybody sees it, unless one was pending already.
-class NoPipeSignal {
-  public:
-    explicit NoPipeSignal(bool isNeeded) : isNeeded_(isNeeded) {
-        if (!isNeeded_) {
-            return;
-        }
-        sigset_t pending;
-        sigpending(&pending);
-        wasPending_ = sigismember(&pending, SIGPIPE) == 1;
-        pthread_sigmask(SIG_BLOCK, &PipeSignal(), &previous_);
-    }
-    NoPipeSignal(const NoPipeSignal&) = delete;
-    NoPipeSignal& operator=(const NoPipeSignal&) = delete;
-    ~NoPipeSignal() {
-        if (!isNeeded_) {
-            return;
-        }
-        constexpr timespec kNow = {0, 0};
-        while (!wasPending_ && sigtimedwait(&PipeSignal(), nullptr, &kNow) > 0) {
-        }
-        pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
-    }
-
-  private:
-    static const sigset_t& PipeSignal() {
-        static const sigset_t signals = [] {
-            sigset_t set;
-            sigemptyset(&set);
-            sigaddset(&set, SIGPIPE);
-            return set;
-        }();
-        return signals;
-    }
-
-    bool isNeeded_;
-    bool wasPending_ = false;
-    sigset_t previous_ = {};
-};
-
 // Text that cannot be written is lost: there is nobody to tell.
 void Write(int file, std::string_view text) {
-    const NoPipeSignal quiet(listenerIsPipe);
+    const HeldSignal quiet(listenerIsPipe ? SIGPIPE : SIGXFSZ,
+                           listenerIsPipe || IsFileSizeLimited());
     while (!text.empty()) {
         const ssize_t count = write(file, text.data(), text.size());
         if (count >= 0) {

@@ -183,6 +183,11 @@ bool IsComplete(const std::string& folder) {
     return IsFolder(folder + std::string(std::end(kFolders)[-1].name));
 }
 
+// Whether a folder is real and nobody's but the user's or root's.
+bool IsOwnFolder(const struct stat& status) {
+    return S_ISDIR(status.st_mode) && (status.st_uid == geteuid() || status.st_uid == 0);
+}
+
 std::string FindLoginName() {
     const std::optional<UserEntry> user = FindUser();
     if (!user || user->name.empty() || user->name.front() == '.' ||
@@ -227,24 +232,27 @@ void Machine::SetModes() const {
 }
 
 std::string Machine::UserFolder() const {
-    std::string path = folder_ + "/users/";
+    std::string user = "/users/";
     try {
-        path += LoginName();
+        user += LoginName();
     } catch (const std::system_error&) {
         return {};
     }
+    std::string path = folder_ + user;
+    mkdir(path.c_str(), 0700);
     struct stat status;
     if (lstat(path.c_str(), &status) != 0) {
-        if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-            return {};
-        }
-        if (lstat(path.c_str(), &status) != 0) {
-            return {};
-        }
+        return {};
     }
-    // Where every user may make folders, another one may have been first with this name.
-    const bool trusted = status.st_uid == geteuid() || status.st_uid == 0;
-    return trusted && S_ISDIR(status.st_mode) ? path : std::string();
+    if (IsOwnFolder(status)) {
+        return path;
+    }
+    // Where every user may make folders, another one was first with this name.
+    const std::string data = OwnDataFolder();
+    path = data + "/brevikconfig" + user;
+    const bool isThere =
+        !data.empty() && MakeFolders(path, 0700) && lstat(path.c_str(), &status) == 0;
+    return isThere && IsOwnFolder(status) ? path : std::string();
 }
 
 }  // namespace brevik::platform

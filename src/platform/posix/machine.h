@@ -29,7 +29,8 @@ class PLATFORM_API Machine {
     void SetModes() const;
 
     // Host path of users/LOGIN for the effective user, made with mode 0700 where it was missing.
-    // Empty when it cannot be made, or when it belongs to somebody who is not to be trusted.
+    // Where somebody else has taken that name, it is brevikconfig/users/LOGIN in the user's own
+    // data folder. Empty when it cannot be made.
     std::string UserFolder() const;
 
   private:

@@ -1,7 +1,6 @@
 #include "platform/posix/open_file.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -9,18 +8,11 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "platform/posix/held_signal.h"
 #include "platform/posix/host_errors.h"
 
 namespace brevik::platform {
 namespace {
-
-// Whether the file may grow to this size, as far as the limits of the process go: beyond them the
-// host would not refuse but end the process with a signal.
-bool IsWithinSizeLimit(std::int64_t size) {
-    rlimit limit;
-    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
-           static_cast<std::uint64_t>(size) <= limit.rlim_cur;
-}
 
 // The host grows a file without taking room for it; the system refuses at once.
 bool HasRoomFor(int descriptor, std::int64_t growth) {
@@ -58,9 +50,10 @@ DWORD OpenFile::Read(void* buffer, DWORD count, DWORD* done) {
 DWORD OpenFile::Write(const void* buffer, DWORD count, DWORD* done) {
     *done = 0;
     const std::lock_guard lock(mutex_);
-    if (count > INT64_MAX - position_ || !IsWithinSizeLimit(position_ + count)) {
+    if (count > INT64_MAX - position_) {
         return ERROR_DISK_FULL;
     }
+    const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
     while (*done < count) {
         const ssize_t part = pwrite(Descriptor(), static_cast<const char*>(buffer) + *done,
                                     count - *done, position_);
@@ -118,10 +111,10 @@ DWORD OpenFile::SetEnd() {
     if (const DWORD error = Size(&size); error != NO_ERROR) {
         return error;
     }
-    if (position_ > size &&
-        (!IsWithinSizeLimit(position_) || !HasRoomFor(Descriptor(), position_ - size))) {
+    if (!HasRoomFor(Descriptor(), position_ - size)) {
         return ERROR_DISK_FULL;
     }
+    const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
     return ftruncate(Descriptor(), position_) == 0 ? NO_ERROR : ErrorFromHost(errno);
 }
 

@@ -1,25 +1,15 @@
 #include "platform/posix/registry_file.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstdint>
-#include <cstdio>
-#include <filesystem>
 #include <utility>
 #include <vector>
 
-#include "platform/posix/host_errors.h"
 #include "platform/posix/registry_snapshot.h"
-#include "platform/posix/scoped_descriptor.h"
 
 namespace brevik::platform {
 namespace {
-
-// Every user of the machine reads the registry.
-constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 
 DWORD Refuse(const std::string& path, const char* reason, RegistryFault* fault) {
     *fault = {path, 0, reason};
@@ -37,43 +27,6 @@ DWORD Merge(const std::string& path, std::string_view text, RegistryTree* tree,
             RegistryFault* fault) {
     *fault = {path, 0, {}};
     return MergeRegistryText(text, tree, fault) ? NO_ERROR : ERROR_INVALID_DATA;
-}
-
-bool WriteAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t count = write(descriptor, text.data(), text.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
-// The file's place, where its path is a link.
-std::string PlaceOf(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path place = std::filesystem::canonical(path, error);
-    return error ? path : place.string();
-}
-
-// REQUIRES: the lock. It makes one name enough for the new file.
-DWORD Replace(const std::string& path, std::string_view text) {
-    const std::string newPath = path + ".new";
-    unlink(newPath.c_str());
-    const ScopedDescriptor file(
-        open(newPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode));
-    if (!file) {
-        return ErrorFromHost(errno);
-    }
-    // The mode again: a new file's lacks what the umask takes away.
-    if (!WriteAll(file.Get(), text) || fchmod(file.Get(), kMode) != 0 ||
-        std::rename(newPath.c_str(), path.c_str()) != 0) {
-        const int failure = errno;
-        unlink(newPath.c_str());
-        return ErrorFromHost(failure);
-    }
-    return NO_ERROR;
 }
 
 }  // namespace
@@ -96,10 +49,9 @@ DWORD RegistryFile::Update(const std::function<DWORD(RegistryTree* tree)>& chang
     if (IsTooLarge(Path())) {
         return Refuse(Path(), kTooLargeRegistryText, fault);
     }
-    // Reads and locks by the shared file, which would leave one that only its owner may read.
-    return file_.Update([&](std::string* before) {
+    return file_.Update([&](std::string* text) {
         RegistryTree tree;
-        DWORD error = before->empty() ? NO_ERROR : Merge(Path(), *before, &tree, fault);
+        DWORD error = text->empty() ? NO_ERROR : Merge(Path(), *text, &tree, fault);
         if (error == NO_ERROR) {
             error = change(&tree);
         }
@@ -107,14 +59,15 @@ DWORD RegistryFile::Update(const std::function<DWORD(RegistryTree* tree)>& chang
             return error;
         }
         // What could not be read again is not written.
-        const std::string after = WriteRegistryText(tree);
+        std::string after = WriteRegistryText(tree);
         if (after.size() > kLargestRegistryText) {
             return Refuse(Path(), kTooLargeRegistryText, fault);
         }
         if (tree.CountEntries() > kMostRegistryEntries) {
             return Refuse(Path(), kTooManyRegistryEntries, fault);
         }
-        return after == *before ? NO_ERROR : Replace(PlaceOf(Path()), after);
+        *text = std::move(after);
+        return DWORD{NO_ERROR};
     });
 }
 

@@ -25,7 +25,7 @@ namespace brevik::platform {
 
 class PLATFORM_API RegistryFile {
   public:
-    explicit RegistryFile(std::string path) : file_(std::move(path)) {}
+    explicit RegistryFile(std::string path) : file_(std::move(path), kMode) {}
 
     static RegistryFile OfMachine();
 
@@ -53,6 +53,8 @@ class PLATFORM_API RegistryFile {
     DWORD Export(const RegistryPath* key, std::string* text, RegistryFault* fault) const;
 
   private:
+    static constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
+
     SharedTextFile file_;
 };
 

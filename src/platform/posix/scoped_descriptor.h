@@ -1,16 +1,26 @@
-// Owner of a file descriptor.
+// Owner of a file descriptor, which is never that of a standard stream.
 #pragma once
 
 #include <unistd.h>
 
 #include <utility>
 
+#include "platform/types.h"
+
 namespace brevik::platform {
+
+// Takes the numbers of the standard streams that the host runs without, for good, by what can be
+// neither written to nor read: what the host prints there would go to the file that is opened next.
+PLATFORM_API void TakeStandardStreams();
+
+// Moves a descriptor that has such a number. The descriptor as it is then; -1 with errno where it
+// cannot be moved, and is closed.
+PLATFORM_API int AboveStandardStreams(int descriptor);
 
 class ScopedDescriptor {
   public:
     ScopedDescriptor() = default;
-    explicit ScopedDescriptor(int descriptor) : descriptor_(descriptor) {}
+    explicit ScopedDescriptor(int descriptor) : descriptor_(AboveStandardStreams(descriptor)) {}
     ScopedDescriptor(ScopedDescriptor&& other) noexcept
         : descriptor_(std::exchange(other.descriptor_, -1)) {}
     ScopedDescriptor& operator=(ScopedDescriptor&& other) noexcept {

@@ -1,29 +1,35 @@
 // A small text file of the machine that several programs read and replace whole.
 //
-// A writer holds a lock on the file PATH.lock from its reading to its replacing, so that no two of
-// them lose each other's changes, and puts the new text in place by renaming, so that readers need
-// no lock and never see half of it. A writer that is killed leaves the old text or the new one, and
-// perhaps a file PATH.new, which the next writer replaces. One that is stopped makes the others
-// fail instead of wait.
+// A writer holds the file's WriteLock from its reading to its replacing, so that no two of them
+// lose each other's changes, and puts the new text in place by renaming, so that readers need no
+// lock and never see half of it. The text is on the disk before its name is: after a writer was
+// killed or the power failed, the file is the old one or the new one. A writer that was killed may
+// leave a file PATH.new, which the next one replaces.
 //
 // Where the path is a symbolic link, the file that it leads to is replaced, and the lock lies
 // beside that.
 //
-// Threads: any number may use one object. The disk is not flushed: after a loss of power the file
-// may be an older one.
+// An empty path is that of a file without a place: every operation gives error 3.
+//
+// Threads: any number may use one object.
 #pragma once
+
+#include <sys/stat.h>
 
 #include <cstddef>
 #include <functional>
 #include <string>
 
 #include "platform/errors.h"
+#include "platform/posix/write_lock.h"
 
 namespace brevik::platform {
 
 class PLATFORM_API SharedTextFile {
   public:
-    explicit SharedTextFile(std::string path) : path_(std::move(path)) {}
+    // `mode` is that of the files that take its place.
+    explicit SharedTextFile(std::string path, mode_t mode = S_IRUSR | S_IWUSR)
+        : path_(std::move(path)), mode_(mode) {}
 
     const std::string& Path() const { return path_; }
 
@@ -31,18 +37,22 @@ class PLATFORM_API SharedTextFile {
     static constexpr std::size_t kLongestText = std::size_t{64} << 20;
 
     // The file's bytes; of a missing file, none. NO_ERROR; 5 where it may not be read or is no
-    // plain file, 13 where it is longer than the longest text.
+    // plain file, 13 where it is longer than the longest text, and others of the host.
     DWORD Read(std::string* text) const;
 
-    // Reads the file, has `change` work on the bytes, and replaces the file, mode 0600, when they
-    // are others then. An error of `change` is the result, and the file stays; further ones are 3
-    // for a missing folder, 5 where it may not be written, 13 where the file or its new text is
-    // longer than the longest text, 32 when another writer holds the lock for two seconds, 112 for
-    // a full disk, 31 for any other failure.
+    // Reads the file, has `change` work on the bytes, and replaces the file when they are others
+    // then. An error of `change` is the result, and the file stays; further ones are those of the
+    // lock and of Read, 3 for a missing folder, 5 where it may not be written, 13 where the new
+    // text is longer than the longest text, 112 for a full disk, and others of the host.
     DWORD Update(const std::function<DWORD(std::string* text)>& change) const;
+
+    // The same in several steps: what is read between Lock and the change is what it changes.
+    DWORD Lock(WriteLock* lock) const;
+    DWORD UpdateLocked(const std::function<DWORD(std::string* text)>& change) const;
 
   private:
     std::string path_;
+    mode_t mode_;
 };
 
 }  // namespace brevik::platform
