@@ -118,7 +118,8 @@ PLATFORM_API BOOL MoveFileW(const WCHAR* from, const WCHAR* to);
 // Whether a file or folder is there.
 PLATFORM_API BOOL PathFileExistsW(const WCHAR* path);
 
-// Off Windows the descriptor in `security` counts here alone, and CreateFileW looks at none.
+// Off Windows the descriptor in `security` counts here alone, and CreateFileW looks at none; in a
+// folder that lets everybody make files, nobody but its owner takes another's away.
 PLATFORM_API BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES* security);
 PLATFORM_API BOOL RemoveDirectoryW(const WCHAR* path);
 

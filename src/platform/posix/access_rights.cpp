@@ -83,9 +83,15 @@ ScopedDescriptor Open(const std::string& path) {
     return ScopedDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
 }
 
+// How a folder is made before it is opened to others. Where they may make files, none may replace
+// another's: a link in the place of a file would have its user's programs write where it leads.
+mode_t ShutMode(const OtherUsersRights& rights) {
+    return S_IRWXU | ((rights.here & kMayWrite) != 0 ? S_ISVTX : 0);
+}
+
 // Makes it where it is to be, and opens it to others afterwards.
 DWORD MakeInPlace(const std::string& path, const OtherUsersRights& rights) {
-    if (mkdir(path.c_str(), S_IRWXU) != 0) {
+    if (mkdir(path.c_str(), ShutMode(rights)) != 0) {
         return ErrorFromHost(errno);
     }
     return GrantToOthers(path, rights);
@@ -111,7 +117,9 @@ DWORD MakeFolderWithRights(const std::string& path, const OtherUsersRights& righ
     if (mkdtemp(scratch.data()) == nullptr) {
         return ErrorFromHost(errno);
     }
-    DWORD error = GrantToOthers(scratch, rights);
+    const DWORD error = chmod(scratch.c_str(), ShutMode(rights)) == 0
+                            ? GrantToOthers(scratch, rights)
+                            : ErrorFromHost(errno);
     if (error == NO_ERROR &&
         renameat2(AT_FDCWD, scratch.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) {
         return NO_ERROR;

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <functional>
 #include <iterator>
@@ -204,7 +205,7 @@ NameInFolder Scan(const std::string& path, const FoldedName& name) {
     const ScopedFolder folder(opendir(path.c_str()));
     struct stat status;
     if (!folder || fstat(dirfd(folder.get()), &status) != 0) {
-        return {};
+        return {std::nullopt, false, errno};
     }
     const FolderStamp stamp(status);
     std::shared_ptr<Listing> listing;

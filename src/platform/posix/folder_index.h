@@ -54,6 +54,10 @@ struct NameInFolder {
 
     // Whether the answer holds for as long as the folder has the stamp of `status`.
     bool lasting = false;
+
+    // The host's error where the folder cannot be listed, so that the name may be there in another
+    // case; else 0.
+    int error = 0;
 };
 
 // The name in `folder` that is `name`, or else the first in byte order that is the same but for

@@ -320,8 +320,9 @@ HostFile FindWithoutCase(const HostPlace& place) {
         if (found.name && stat(file.path.c_str(), &file.status) == 0) {
             continue;
         }
-        const bool missing = !found.name || IsMissing(errno);
-        file.error = missing ? MissingError(place, end) : ErrorFromHost(errno);
+        const int error = found.name ? errno : found.error;
+        const bool missing = error == 0 || IsMissing(error);
+        file.error = missing ? MissingError(place, end) : ErrorFromHost(error);
         if (!inFolder && file.error == ERROR_FILE_NOT_FOUND) {
             file.error = ERROR_PATH_NOT_FOUND;
         }
