@@ -34,7 +34,7 @@ struct PeerLibrary {
 
     PeerLibrary() {
         std::string reason;
-        void* const library = LoadDatabaseLibrary(&reason);
+        void* const library = LoadDatabaseLibrary([] {}, &reason);
         bind_text = reinterpret_cast<decltype(bind_text)>(
             FindDatabaseFunction(library, "sqlite3_bind_text"));
         reset = reinterpret_cast<decltype(reset)>(FindDatabaseFunction(library, "sqlite3_reset"));
@@ -45,7 +45,10 @@ struct PeerLibrary {
 class PeerConnection {
   public:
     PeerConnection(const std::string& path, bool cheapKey) {
-        if (library_.open(DatabaseFilePath(NarrowToWide(path).c_str()).c_str(), &db_) != 0) {
+        constexpr int kOpenOrMake = 6;
+        std::string fault;
+        const std::string hostPath = DatabaseFilePath(NarrowToWide(path).c_str(), &fault);
+        if (library_.open_v2(hostPath.c_str(), &db_, kOpenOrMake, nullptr) != 0) {
             throw std::runtime_error("the peer cannot open " + path);
         }
         library_.key(db_, "TorvaKD19", 10);

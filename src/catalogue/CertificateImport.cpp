@@ -1,14 +1,13 @@
 #include "catalogue/CertificateImport.h"
 
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "catalogue/CertificateReader.h"
 #include "catalogue/CertificateText.h"
-#include "catalogue/ImmediateTransaction.h"
+#include "catalogue/RecordAccess.h"
 #include "catalogue/RecordTable.h"
-#include "catalogue/SharedRecordStore.h"
+#include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
 #include "text/VelmarException.h"
 
 namespace {
@@ -19,8 +18,8 @@ void RequireKey(const char* key) {
     }
 }
 
-// The statements that add a certificate's rows. The file is read here, ahead of the transaction,
-// so that the database is locked for the writing alone.
+// The statements that add a certificate's rows. The file is read here, outside of any lock of ours:
+// the component that reads it is foreign code.
 std::vector<std::string> InsertStatementsOf(const std::string& key, const char* verificationKey) {
     const std::string text =
         ReadCertificateFile(key, verificationKey != nullptr ? verificationKey : "");
@@ -31,47 +30,23 @@ std::vector<std::string> InsertStatementsOf(const std::string& key, const char* 
     return statements;
 }
 
-// REQUIRES: the table is there.
-bool HasRows(SQLite3WrapperDB& db, const std::string& key) {
-    RecordSnapshot* const snapshot = SharedRecordStore::Get().SnapshotOf(&db);
-    return snapshot != nullptr ? snapshot->Find(db, key) != nullptr : RecordTable::HasRows(db, key);
-}
-
-// The table comes to be ahead of the first file's reading, whatever that gives: from then on, that
-// a certificate has no rows is no failure of the database.
-void EnsureTable(SQLite3WrapperDB& db) {
-    if (!db.IsEmptyFile() && db.TableExists(RecordTable::kName)) {
-        return;
-    }
-    ImmediateTransaction transaction(db);
-    RecordTable::CreateIfMissing(db);
-    transaction.Commit();
-}
-
-void ExecuteAll(SQLite3WrapperDB& db, const std::vector<std::string>& statements) {
-    for (const std::string& statement : statements) {
-        db.Execute(statement);
-    }
-}
-
 }  // namespace
 
 std::uint8_t ImportCertificate(const char* key, const char* verificationKey, SQLite3WrapperDB& db) {
     RequireKey(key);
-    const std::lock_guard lock(SharedRecordStore::Get().Mutex());
-    EnsureTable(db);
-    if (HasRows(db, key)) {
-        return 1;
+    SqliteLibrary::Get();
+    {
+        // The table comes to be before the first file is read, whatever that gives: from then on,
+        // that a certificate has no rows is no failure of the database.
+        RecordAccess access(db);
+        access.EnsureTable();
+        if (access.RowsOf(key) != nullptr) {
+            return 1;
+        }
     }
     const std::vector<std::string> statements = InsertStatementsOf(key, verificationKey);
-    if (statements.empty()) {
-        return 1;
-    }
-    ImmediateTransaction transaction(db);
-    // Another process may have imported the file since.
-    if (!HasRows(db, key)) {
-        ExecuteAll(db, statements);
-        transaction.Commit();
+    if (!statements.empty()) {
+        RecordAccess(db).Import(key, statements);
     }
     return 1;
 }
@@ -79,13 +54,15 @@ std::uint8_t ImportCertificate(const char* key, const char* verificationKey, SQL
 std::uint8_t ReimportCertificate(const char* key, const char* verificationKey,
                                  SQLite3WrapperDB& db) {
     RequireKey(key);
-    const std::lock_guard lock(SharedRecordStore::Get().Mutex());
-    EnsureTable(db);
+    SqliteLibrary::Get();
     const std::vector<std::string> statements = InsertStatementsOf(key, verificationKey);
-    ImmediateTransaction transaction(db);
-    RecordTable::DeleteRows(db, key);
-    RecordTable::CountEdit(db);
-    ExecuteAll(db, statements);
-    transaction.Commit();
+    RecordAccess access(db);
+    access.EnsureTable();
+    access.Edit([&](SQLite3WrapperDB& connection) {
+        RecordTable::DeleteRows(connection, key);
+        for (const std::string& statement : statements) {
+            connection.Execute(statement);
+        }
+    });
     return 1;
 }

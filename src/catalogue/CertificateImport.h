@@ -10,7 +10,7 @@ class SQLite3WrapperDB;
 // process that is killed leaves none. `key` is the file's record key; a null `verificationKey`
 // counts as empty. A file that gives no text gives no rows. 1, or throws: a VelmarException for a
 // null key, a _com_error when the reader component cannot be made, a SQLite3WrapperException when
-// the database fails or a text holds an apostrophe. Holds the record store's lock.
+// the database fails or a text holds an apostrophe.
 std::uint8_t ImportCertificate(const char* key, const char* verificationKey, SQLite3WrapperDB& db);
 
 // The same where the file replaces the rows that are there; on failure these stay, and a file that

@@ -22,18 +22,6 @@ WideString CommonDataFolder() {
     return length > 0 && length < MAX_PATH ? path : WideString();
 }
 
-// Makes the folder where it is missing.
-Utf8String MakeDatabasePath() {
-    const WideString folder = FindDatabaseFolder();
-    if (folder.empty()) {
-        return {};
-    }
-    if (!PathFileExistsW(folder.c_str())) {
-        CreateSharedFolder(folder);
-    }
-    return WideToUtf8(DatabaseFileIn(folder));
-}
-
 }  // namespace
 
 WideString FindDatabaseFolder() {
@@ -49,9 +37,18 @@ std::string SQLCertificate::SqlDatabasePath() {
     static std::mutex& mutex = *new std::mutex;  // never destroyed, as what it guards
     static Utf8String& known = *new Utf8String;
     const std::lock_guard lock(mutex);
-    if (known.empty()) {
-        known = MakeDatabasePath();
-        UTrace::Info("SqlDatabasePath result = %s)", Utf8ToNarrow(known).c_str());
+    if (!known.empty()) {
+        return Utf8ToNarrow(known);
     }
-    return Utf8ToNarrow(known);
+    const WideString folder = FindDatabaseFolder();
+    if (!folder.empty() && !PathFileExistsW(folder.c_str())) {
+        CreateSharedFolder(folder);
+    }
+    const Utf8String path = folder.empty() ? Utf8String() : WideToUtf8(DatabaseFileIn(folder));
+    UTrace::Info("SqlDatabasePath result = %s)", Utf8ToNarrow(path).c_str());
+    // A folder that could not be made now is made by a later call.
+    if (PathFileExistsW(folder.c_str())) {
+        known = path;
+    }
+    return Utf8ToNarrow(path);
 }

@@ -13,21 +13,15 @@ namespace {
 constexpr DWORD kLongestWait = 60000;
 
 // What tells nothing of the next try.
-constexpr std::int32_t kPassingFailures[] = {kSqliteBusy,    kSqliteLocked, kSqliteNoMemory,
-                                             kSqliteIoError, kSqliteFull,   kSqliteCannotOpen,
-                                             kSqliteProtocol};
+constexpr std::int32_t kPassingFailures[] = {kSqliteBusy,       kSqliteLocked,  kSqliteNoMemory,
+                                             kSqliteInterrupt,  kSqliteIoError, kSqliteFull,
+                                             kSqliteCannotOpen, kSqliteProtocol};
 
 thread_local RecordGathering* current = nullptr;
 
 std::int32_t CodeOf(const std::exception& failure) {
     const auto* const known = dynamic_cast<const SQLite3WrapperException*>(&failure);
     return known != nullptr ? known->GetCode() : kSqliteOk;
-}
-
-bool IsPassing(const std::exception& failure) {
-    return dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ||
-           dynamic_cast<const SqliteLibraryMissing*>(&failure) != nullptr ||
-           std::ranges::find(kPassingFailures, CodeOf(failure)) != std::end(kPassingFailures);
 }
 
 }  // namespace
@@ -48,6 +42,12 @@ DWORD RecordGathering::LongestWait() {
         current->wait_ = kLongestWait - std::min(GetTickCount() - current->start_, kLongestWait);
     }
     return *current->wait_;
+}
+
+bool RecordGathering::IsPassing(const std::exception& failure) {
+    return dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ||
+           dynamic_cast<const SqliteLibraryMissing*>(&failure) != nullptr ||
+           std::ranges::find(kPassingFailures, CodeOf(failure)) != std::end(kPassingFailures);
 }
 
 void RecordGathering::Note(const std::exception& failure) {

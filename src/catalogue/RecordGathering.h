@@ -36,6 +36,8 @@ class RecordGathering {
     // How many milliseconds a statement of this thread may wait for other processes now.
     static DWORD LongestWait();
 
+    static bool IsPassing(const std::exception& failure);
+
     // Notes a failure in the thread's object, where there is one and the failure may be passing.
     static void Note(const std::exception& failure);
 

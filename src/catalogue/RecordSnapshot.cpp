@@ -25,47 +25,56 @@ SharedHandle<SQLite3WrapperTable> RecordSnapshot::Find(SQLite3WrapperDB& db,
     return found->second->MakePart(0, found->second->GetRowCount());
 }
 
+std::vector<std::string> RecordSnapshot::Keys(SQLite3WrapperDB& db) {
+    Refresh(db);
+    std::vector<std::string> keys;
+    for (const std::string* key : order_) {
+        keys.push_back(*key);
+    }
+    return keys;
+}
+
 void RecordSnapshot::Clear() {
     loaded_ = false;
+    order_.clear();
     certificates_.clear();
 }
 
 void RecordSnapshot::Refresh(SQLite3WrapperDB& db) {
-    // The numbers are taken ahead of the rows: what is written in between is then seen by the next
+    // The numbers are taken before the rows: what is written in between is then seen by the next
     // call, which reads these rows once more.
-    State state = {RecordTable::EditCount(db), RecordTable::LastRow(db), RecordTable::Version(db)};
-    if (loaded_ && state == state_) {
+    std::string version = RecordTable::Version(db);
+    std::string lastRow = RecordTable::LastRow(db);
+    const bool isGrown = loaded_ && version == version_;
+    if (isGrown && lastRow == lastRow_) {
         return;
     }
-    const bool isGrown =
-        loaded_ && state.editCount == state_.editCount && state.lastRow != state_.lastRow;
-    if (!isGrown || !AddBehind(db)) {
-        const SharedHandle<SQLite3WrapperTable> all = RecordTable::LoadRowsBehind(db, "0");
+    const SharedHandle<SQLite3WrapperTable> rows =
+        RecordTable::LoadRowsAfter(db, isGrown ? lastRow_ : "0");
+    if (!isGrown) {
         Clear();
-        Add(*all);
     }
+    loaded_ = false;
+    Add(db, *rows);
     loaded_ = true;
-    state_ = std::move(state);
+    version_ = std::move(version);
+    lastRow_ = std::move(lastRow);
 }
 
-bool RecordSnapshot::AddBehind(SQLite3WrapperDB& db) {
-    const SharedHandle<SQLite3WrapperTable> added = RecordTable::LoadRowsBehind(db, state_.lastRow);
-    for (std::int32_t row = 0; row < added->GetRowCount(); ++row) {
-        if (certificates_.contains(KeyOf(*added, row))) {
-            return false;
-        }
-    }
-    Add(*added);
-    return added->GetRowCount() > 0;
-}
-
-void RecordSnapshot::Add(const SQLite3WrapperTable& table) {
+void RecordSnapshot::Add(SQLite3WrapperDB& db, const SQLite3WrapperTable& table) {
     const std::int32_t count = table.GetRowCount();
     for (std::int32_t first = 0, end = 0; first < count; first = end) {
         const char* const key = KeyOf(table, first);
         while (end < count && std::strcmp(KeyOf(table, end), key) == 0) {
             ++end;
         }
-        certificates_[key] = table.MakePart(first, end - first);
+        const auto [place, isNew] = certificates_.try_emplace(key);
+        if (isNew) {
+            place->second = table.MakePart(first, end - first);
+            order_.push_back(&place->first);
+        } else if (RecordTable::CanBeQuoted(key)) {
+            // A field that was written after the import stands apart from the others.
+            place->second = RecordTable::LoadRows(db, place->first);
+        }
     }
 }

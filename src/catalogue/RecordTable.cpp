@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <exception>
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 
@@ -14,6 +15,27 @@ constexpr char kCreateStatement[] =
 // How many keys one statement names at most: a path has up to some hundred bytes, a statement up to
 // a million.
 constexpr std::size_t kKeysOfStatement = 250;
+
+// Reads that belong together, also within another transaction.
+class ReadTransaction {
+  public:
+    explicit ReadTransaction(SQLite3WrapperDB& db) : db_(db) { db_.Query("savepoint reading"); }
+    ReadTransaction(const ReadTransaction&) = delete;
+    ReadTransaction& operator=(const ReadTransaction&) = delete;
+    ~ReadTransaction() {
+        for (const char* const end : {"release reading", "rollback"}) {
+            try {
+                db_.Execute(end);
+                return;
+            } catch (const std::exception&) {
+                // Some failures have ended the transaction themselves.
+            }
+        }
+    }
+
+  private:
+    SQLite3WrapperDB& db_;
+};
 
 // The first text of a statement's result; "0" where there is none.
 std::string FirstText(SQLite3WrapperDB& db, const char* sql) {
@@ -39,26 +61,6 @@ void CreateIfMissing(SQLite3WrapperDB& db) {
     if (!db.TableExists(kName)) {
         db.Execute(kCreateStatement);
     }
-}
-
-void ListKeys(SQLite3WrapperDB& db, std::vector<std::string>* keys) {
-    const SharedHandle<SQLite3WrapperQuery> query =
-        db.Query("SELECT DISTINCT qzc FROM CertificateData");
-    if (query->GetColumnCount() < 1) {
-        return;
-    }
-    for (; !query->IsAtEnd(); query->NextRow()) {
-        const char* const key = query->GetColumnText(0);
-        keys->emplace_back(key != nullptr ? key : "");
-    }
-}
-
-bool HasRows(SQLite3WrapperDB& db, const std::string& key) {
-    return db.QueryScalar("select count(*) from CertificateData where qzc=" + Quoted(key)) > 0;
-}
-
-SharedHandle<SQLite3WrapperTable> LoadRows(SQLite3WrapperDB& db, const std::string& key) {
-    return db.LoadTable(kName, "qzc=" + Quoted(key));
 }
 
 std::string InsertStatement(const std::string& key, const std::string& name,
@@ -88,14 +90,22 @@ void DeleteRows(SQLite3WrapperDB& db, const std::vector<std::string>& keys) {
     }
 }
 
-// The count stands in a number in the database's head that is there for programs to use.
-std::int32_t EditCount(SQLite3WrapperDB& db) {
-    return db.QueryScalar("PRAGMA user_version");
+void DeleteAllRows(SQLite3WrapperDB& db) {
+    db.Execute("DELETE FROM CertificateData");
 }
 
-void CountEdit(SQLite3WrapperDB& db) {
-    const std::uint32_t next = (static_cast<std::uint32_t>(EditCount(db)) + 1) & 0x7FFFFFFF;
-    db.Execute("PRAGMA user_version = " + std::to_string(next));
+SharedHandle<SQLite3WrapperTable> LoadRows(SQLite3WrapperDB& db, const std::string& key) {
+    return db.LoadTable(kName, "qzc=" + Quoted(key));
+}
+
+SharedHandle<SQLite3WrapperTable> LoadRowsAfter(SQLite3WrapperDB& db, const std::string& row) {
+    const ReadTransaction transaction(db);
+    SharedHandle<SQLite3WrapperTable> rows =
+        db.LoadResult("select * from 'CertificateData' where rowid > " + row + " order by rowid;");
+    // The cipher gives zeros for a page that is damaged and fails the next read alone, as long as
+    // the transaction lasts: so there is a next one.
+    LastRow(db);
+    return rows;
 }
 
 std::string LastRow(SQLite3WrapperDB& db) {
@@ -104,11 +114,6 @@ std::string LastRow(SQLite3WrapperDB& db) {
 
 std::string Version(SQLite3WrapperDB& db) {
     return FirstText(db, "PRAGMA data_version");
-}
-
-SharedHandle<SQLite3WrapperTable> LoadRowsBehind(SQLite3WrapperDB& db, const std::string& row) {
-    return db.LoadResult("select * from 'CertificateData' where rowid > " + row +
-                         " order by 1, rowid;");
 }
 
 }  // namespace RecordTable

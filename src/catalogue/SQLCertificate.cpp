@@ -1,11 +1,10 @@
 #include "catalogue/SQLCertificate.h"
 
 #include <exception>
-#include <mutex>
 #include <utility>
 
 #include "catalogue/CertificateImport.h"
-#include "catalogue/ImmediateTransaction.h"
+#include "catalogue/RecordAccess.h"
 #include "catalogue/RecordGathering.h"
 #include "catalogue/RecordTable.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
@@ -17,12 +16,6 @@ namespace {
 
 // The columns of the table: record key, name, value.
 constexpr std::int32_t kNameColumn = 1;
-
-using StoreLock = std::lock_guard<std::recursive_mutex>;
-
-std::recursive_mutex& StoreMutex() {
-    return SharedRecordStore::Get().Mutex();
-}
 
 void RequireKey(const char* key) {
     if (key == nullptr) {
@@ -43,39 +36,33 @@ SQLCertificate::~SQLCertificate() = default;
 bool SQLCertificate::Read(const char* key, const char* verificationKey, bool reimport) {
     try {
         RequireKey(key);
-        const StoreLock lock(StoreMutex());
-        const bool exists = TableExist(key);
-        if (exists && reimport) {
-            ReimportCertificate(key, verificationKey, *db_);
-        } else if (!exists) {
-            ImportCertificate(key, verificationKey, *db_);
+        SharedHandle<SQLite3WrapperTable> rows = FindRows(key);
+        if (rows == nullptr || reimport) {
+            const auto import = rows == nullptr ? ImportCertificate : ReimportCertificate;
+            try {
+                import(key, verificationKey, *db_);
+            } catch (const std::exception& failure) {
+                if (!SharedRecordStore::Get().RepairAfter(failure, *db_)) {
+                    throw;
+                }
+                import(key, verificationKey, *db_);
+            }
+            rows = RecordAccess(*db_).RowsOf(key);
         }
-        SharedHandle<SQLite3WrapperTable> table = LoadRows(key);
-        table->SetSearchColumn(kNameColumn);
-        table_ = std::move(table);
+        if (rows == nullptr) {
+            throw SQLite3WrapperException(kWrapperError, "Invalid row index requested");
+        }
+        rows->SetSearchColumn(kNameColumn);
+        table_ = std::move(rows);
         key_ = key;
         return true;
     } catch (const std::exception& failure) {
         RecordGathering::Note(failure);
-        UTrace::Error("Read failed, path: %s ", key);
-        return false;
     } catch (...) {
-        UTrace::Error("Read failed, path: %s ", key);
-        return false;
+        // The component that reads certificate files could not be made.
     }
-}
-
-SharedHandle<SQLite3WrapperTable> SQLCertificate::LoadRows(const std::string& key) {
-    RequireRecords(*db_);
-    RecordSnapshot* const snapshot = SharedRecordStore::Get().SnapshotOf(db_);
-    if (snapshot == nullptr) {
-        return RecordTable::LoadRows(*db_, key);
-    }
-    SharedHandle<SQLite3WrapperTable> rows = snapshot->Find(*db_, key);
-    if (!rows) {
-        throw SQLite3WrapperException(kWrapperError, "Invalid row index requested");
-    }
-    return rows;
+    UTrace::Error("Read failed, path: %s ", key);
+    return false;
 }
 
 std::string SQLCertificate::GetKey() const {
@@ -83,35 +70,30 @@ std::string SQLCertificate::GetKey() const {
 }
 
 bool SQLCertificate::TableExist(const char* key) {
+    return FindRows(key) != nullptr;
+}
+
+SharedHandle<SQLite3WrapperTable> SQLCertificate::FindRows(const char* key) {
     try {
         RequireKey(key);
         RecordTable::Quoted(key);  // a key that no statement can name has no rows
-        const StoreLock lock(StoreMutex());
-        RequireRecords(*db_);
-        RecordSnapshot* const snapshot = SharedRecordStore::Get().SnapshotOf(db_);
-        return snapshot != nullptr ? snapshot->Find(*db_, key) != nullptr
-                                   : RecordTable::HasRows(*db_, key);
+        return RecordAccess(*db_).RowsOf(key);
     } catch (const std::exception& failure) {
         RecordGathering::Note(failure);
         UTrace::Error("TableExist failed, path: %s ", key);
-        return false;
+        return nullptr;
     }
 }
 
 bool SQLCertificate::TableList(std::vector<std::string>* keys) {
-    const StoreLock lock(StoreMutex());
-    return ListRecordKeys(*db_, keys);
+    return RecordAccess(*db_).ListKeys(keys);
 }
 
 void SQLCertificate::DeleteRecord(const char* key) {
-    const StoreLock lock(StoreMutex());
-    if (!TableExist(key)) {
-        return;
+    if (TableExist(key)) {
+        RecordAccess(*db_).Edit(
+            [&](SQLite3WrapperDB& db) { RecordTable::DeleteRows(db, std::string(key)); });
     }
-    ImmediateTransaction transaction(*db_);
-    RecordTable::DeleteRows(*db_, std::string(key));
-    RecordTable::CountEdit(*db_);
-    transaction.Commit();
 }
 
 bool SQLCertificate::GetDatabaseKeys(std::vector<std::string>* keys) {

@@ -120,7 +120,10 @@ class SQLCertificate {
     std::vector<std::string> FindValues(const char* name) const;
 
     void WriteField(const std::string& name, const std::string& value);
-    SharedHandle<SQLite3WrapperTable> LoadRows(const std::string& key);
+
+    // The rows of a certificate; null when there are none. A failure is said on the trace, and
+    // null.
+    SharedHandle<SQLite3WrapperTable> FindRows(const char* key);
 
     SQLite3WrapperDB* db_;
     SharedHandle<SQLite3WrapperTable> table_;

@@ -4,12 +4,10 @@
 #include <cstring>
 #include <exception>
 #include <iterator>
-#include <mutex>
 
-#include "catalogue/ImmediateTransaction.h"
+#include "catalogue/RecordAccess.h"
 #include "catalogue/RecordTable.h"
 #include "catalogue/SQLCertificate.h"
-#include "catalogue/SharedRecordStore.h"
 #include "text/VelmarException.h"
 #include "trace/UTrace.h"
 
@@ -165,15 +163,13 @@ std::uint8_t SQLCertificate::SetFieldAsText(const char* name, const char* value)
 
 void SQLCertificate::WriteField(const std::string& name, const std::string& value) {
     const char* const present = table_->FindValue(name.c_str());
-    const std::lock_guard lock(SharedRecordStore::Get().Mutex());
-    ImmediateTransaction transaction(*db_);
-    if (present == nullptr || *present == '\0') {
-        db_->Execute(RecordTable::InsertStatement(key_, name, value));
-    } else {
-        RecordTable::UpdateRows(*db_, key_, name, value);
-    }
-    RecordTable::CountEdit(*db_);
-    transaction.Commit();
+    RecordAccess(*db_).Edit([&](SQLite3WrapperDB& db) {
+        if (present == nullptr || *present == '\0') {
+            db.Execute(RecordTable::InsertStatement(key_, name, value));
+        } else {
+            RecordTable::UpdateRows(db, key_, name, value);
+        }
+    });
 }
 
 bool SQLCertificate::HasField(const std::string& name) {

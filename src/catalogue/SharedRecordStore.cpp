@@ -1,20 +1,20 @@
 #include "catalogue/SharedRecordStore.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 #include <iterator>
-#include <memory>
+#include <utility>
+#include <vector>
 
-#include "catalogue/ImmediateTransaction.h"
+#include "catalogue/RecordAccess.h"
 #include "catalogue/RecordGathering.h"
 #include "catalogue/RecordTable.h"
 #include "catalogue/RepairLock.h"
 #include "catalogue/SQLCertificate.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
+#include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "text/StringConversions.h"
 #include "trace/UTrace.h"
 
@@ -23,113 +23,161 @@ namespace {
 // On either side of the deletion of a database, for other programs to let go of it.
 constexpr DWORD kRepairPause = 500;
 
-// Failures that come and go with what other programs do, with the rights of this one or with room
-// on the disk, and tell nothing of the file.
-constexpr std::int32_t kPassingFailures[] = {kSqlitePermission, kSqliteBusy, kSqliteLocked,
-                                             kSqliteReadOnly,   kSqliteFull, kSqliteCannotOpen,
-                                             kWrapperError};
+// What statements of ours answer when the file is cut, overwritten, under another key or without
+// the table. The library answers "error" for a page that does not decrypt, as for a missing table.
+constexpr std::int32_t kDamages[] = {kSqliteError, kSqliteCorrupt, kSqliteNotADatabase};
 
-bool IsPassing(const SQLite3WrapperException& failure) {
-    return std::find(std::begin(kPassingFailures), std::end(kPassingFailures), failure.GetCode()) !=
-           std::end(kPassingFailures);
+bool IsDamage(const std::exception& failure) {
+    const auto* const known = dynamic_cast<const SQLite3WrapperException*>(&failure);
+    return known != nullptr && std::ranges::find(kDamages, known->GetCode()) != std::end(kDamages);
 }
 
-// Whether the records cannot be had because of what the file holds. A file without any bytes is one
-// that holds no records yet.
-bool IsDamaged(SQLite3WrapperDB& db) {
-    try {
-        RequireRecords(db);
-        std::vector<std::string> keys;
-        RecordTable::ListKeys(db, &keys);
-        return false;
-    } catch (const SQLite3WrapperException& failure) {
-        return !IsPassing(failure) && !db.IsEmptyFile();
+// Whether the file is known not to be there. One that cannot be looked at may well be there for
+// others.
+bool IsAbsent(const std::string& path) {
+    constexpr DWORD kAbsences[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME};
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    return !GetFileAttributesExW(NarrowToWide(path).c_str(), GetFileExInfoStandard, &data) &&
+           std::ranges::find(kAbsences, GetLastError()) != std::end(kAbsences);
+}
+
+// A folder may let every user write its files, and nobody delete another's. A file without bytes
+// holds no records yet, which is as good as none.
+bool DeleteOrEmpty(const WideString& path) {
+    if (DeleteFileW(path.c_str())) {
+        return true;
     }
-}
-
-bool CanBeOpened(const std::string& path) {
-    std::FILE* const file = _wfopen(NarrowToWide(path).c_str(), WIDE("r"));
-    return file != nullptr && std::fclose(file) == 0;
+    constexpr DWORD kAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, kAll, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const BOOL isEmptied = SetEndOfFile(file);
+    return CloseHandle(file) && isEmptied;
 }
 
 }  // namespace
-
-void RequireRecords(const SQLite3WrapperDB& db) {
-    if (!db.IsConnected() && db.IsEmptyFile()) {
-        throw SQLite3WrapperException(kSqliteError, "the database file is empty");
-    }
-}
-
-bool ListRecordKeys(SQLite3WrapperDB& db, std::vector<std::string>* keys) {
-    try {
-        RequireRecords(db);
-        RecordTable::ListKeys(db, keys);
-        return true;
-    } catch (const std::exception& failure) {
-        RecordGathering::Note(failure);
-        UTrace::Error("TableList failed ");
-        return false;
-    }
-}
 
 SharedRecordStore& SharedRecordStore::Get() {
     static SharedRecordStore& store = *new SharedRecordStore;
     return store;
 }
 
-void SharedRecordStore::EnsureOpen() {
-    const std::lock_guard lock(mutex_);
-    db_.SetBusyTimeout(static_cast<std::int32_t>(RecordGathering::LongestWait()));
-    if (!opened_) {
-        Open();
-        opened_ = true;
+void SharedRecordStore::LoadLibrary() {
+    if (SqliteLibrary::IsLoaded()) {
+        return;
     }
-    if (!purged_) {
-        purged_ = true;
-        Purge();
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    const WideString path = NarrowToWide(SQLCertificate::SqlDatabasePath());
+    try {
+        if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) &&
+            (data.nFileSizeHigh != 0 || data.nFileSizeLow != 0)) {
+            SqliteLibrary::Get();
+        }
+    } catch (const SqliteLibraryMissing&) {
+        // The first statement says so.
     }
 }
 
-void SharedRecordStore::Open() {
-    const std::string path = SQLCertificate::SqlDatabasePath();
-    const bool existed = PathFileExistsW(NarrowToWide(path).c_str());
+void SharedRecordStore::EnsureOpen() {
+    LoadLibrary();
+    RecordAccess access(db_);
+    if (!opened_) {
+        existed_ = PathFileExistsW(NarrowToWide(SQLCertificate::SqlDatabasePath()).c_str());
+        Reopen();
+    }
+    if (!examined_) {
+        Examine(access);
+    }
+    if (examined_ && !std::exchange(purged_, true)) {
+        Purge(access);
+    }
+}
+
+void SharedRecordStore::Reopen() {
     snapshot_.Clear();
-    db_.Open(path);
-    std::vector<std::string> scratch;
-    if (existed && !ListRecordKeys(db_, &scratch) && IsDamaged(db_)) {
-        Replace(path);
+    opened_ = false;
+    db_.Open(SQLCertificate::SqlDatabasePath());
+    opened_ = true;
+}
+
+// Reads all rows, which a load needs in a moment anyway: damage may lie in any of them. While it
+// cannot be told how the file is, the next call looks again.
+void SharedRecordStore::Examine(RecordAccess& access) {
+    examined_ = true;
+    try {
+        if (existed_) {
+            access.Keys();
+        }
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
+        UTrace::Error("TableList failed ");
+        examined_ = !RecordGathering::IsPassing(failure);
+        if (IsDamage(failure)) {
+            Repair(access);
+        }
+    }
+}
+
+bool SharedRecordStore::Repair(RecordAccess& access) {
+    try {
+        ReplaceIfDamaged(access);
+        return true;
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
+        UTrace::Error("The damaged record database stays as it is: %s", failure.what());
+        examined_ = !RecordGathering::IsPassing(failure);
+        return false;
+    }
+}
+
+bool SharedRecordStore::IsDamaged(RecordAccess& access) {
+    try {
+        access.Keys();
+        // Pages without rows are not read above, and needed for new rows.
+        const SharedHandle<SQLite3WrapperQuery> check = db_.Query("PRAGMA quick_check(1)");
+        return check->IsAtEnd() || std::string("ok") != check->GetColumnText(0);
+    } catch (const SQLite3WrapperException& failure) {
+        return IsDamage(failure);
     }
 }
 
 // Several processes may meet the same damaged file. One at a time gets to replace it, and each
 // looks again first: the one before it may have done so.
-void SharedRecordStore::Replace(const std::string& path) {
+void SharedRecordStore::ReplaceIfDamaged(RecordAccess& access) {
+    const std::string path = SQLCertificate::SqlDatabasePath();
     const RepairLock lock(path);
-    db_.Close();
-    db_.Open(path);
-    if (!IsDamaged(db_)) {
+    Reopen();
+    if (!IsDamaged(access)) {
         return;
     }
     db_.Close();
     Sleep(kRepairPause);
-    db_.Open(path);
-    if (!IsDamaged(db_)) {
+    Reopen();
+    if (!IsDamaged(access)) {
         return;
     }
     db_.Close();
-    DeleteFileW(NarrowToWide(path).c_str());
+    const bool isGone = DeleteOrEmpty(NarrowToWide(path));
     Sleep(kRepairPause);
-    db_.Open(path);
+    Reopen();
+    if (!isGone) {
+        throw SQLite3WrapperException(kSqlitePermission, "it may neither be deleted nor emptied");
+    }
 }
 
-void SharedRecordStore::Purge() {
+bool SharedRecordStore::RepairAfter(const std::exception& failure, const SQLite3WrapperDB& db) {
+    RecordAccess access(db_);
+    return &db == &db_ && IsDamage(failure) && !std::exchange(triedRepair_, true) && Repair(access);
+}
+
+void SharedRecordStore::Purge(RecordAccess& access) {
     std::vector<std::string> keys;
-    if (!ListRecordKeys(db_, &keys)) {
-        return;
-    }
+    access.ListKeys(&keys);
     std::vector<std::string> gone;
     for (const std::string& key : keys) {
-        if (CanBeOpened(key)) {
+        if (!IsAbsent(key)) {
             continue;
         }
         if (RecordTable::CanBeQuoted(key)) {
@@ -138,16 +186,26 @@ void SharedRecordStore::Purge() {
             UTrace::Error("TableExist failed, path: %s ", key.c_str());
         }
     }
-    if (gone.empty()) {
-        return;
-    }
     try {
-        ImmediateTransaction transaction(db_);
-        RecordTable::DeleteRows(db_, gone);
-        RecordTable::CountEdit(db_);
-        transaction.Commit();
+        if (!gone.empty()) {
+            access.Edit([&](SQLite3WrapperDB& db) { RecordTable::DeleteRows(db, gone); });
+        }
     } catch (const std::exception& failure) {
         RecordGathering::Note(failure);
         // The records stay, and the next process tries again.
+    }
+}
+
+void SharedRecordStore::DropRecords() {
+    EnsureOpen();
+    RecordAccess access(db_);
+    try {
+        if (!db_.IsEmptyFile()) {
+            access.Edit(RecordTable::DeleteAllRows);
+        }
+    } catch (const std::exception& failure) {
+        if (!IsDamage(failure) || !Repair(access)) {
+            throw;
+        }
     }
 }

@@ -1,50 +1,60 @@
 // The process's one connection to the record database of the machine.
 //
-// Never destroyed: a host may call while the process ends. Any thread, as told below.
+// Never destroyed: a host may call while the process ends. Any thread.
 #pragma once
 
+#include <exception>
 #include <mutex>
 #include <string>
-#include <vector>
 
 #include "catalogue/RecordSnapshot.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
+
+class RecordAccess;
 
 class SharedRecordStore {
   public:
     static SharedRecordStore& Get();
 
-    // Opens the database, replaces one that cannot be read, and drops the records of files that are
-    // gone; once in the process. Throws what the opening throws, and is then tried again by the
-    // next call.
+    // Opens the database, replaces a damaged one, and drops the records of files that are gone;
+    // once in the process. Throws a SQLite3WrapperException when it cannot be opened, and is then
+    // tried again by the next call. One that is damaged and cannot be replaced stays as it is.
     void EnsureOpen();
 
-    // Held around every use of a connection. Its holder may take it again.
-    std::recursive_mutex& Mutex() { return mutex_; }
+    // Loads the database library where there are records to read. To load a library runs code of
+    // others, which may call us: who holds a lock calls this before.
+    static void LoadLibrary();
 
+    // To be used through a RecordAccess.
     SQLite3WrapperDB& Database() { return db_; }
 
-    // The rows of the shared connection; null for another one.
-    RecordSnapshot* SnapshotOf(const SQLite3WrapperDB* db) {
-        return db == &db_ ? &snapshot_ : nullptr;
-    }
+    // Whether a statement failed because the shared database is damaged, and that is mended now, so
+    // that it may be given again. Tries once in the process.
+    bool RepairAfter(const std::exception& failure, const SQLite3WrapperDB& db);
+
+    // Drops all records; a database that does not let them go is replaced. Throws a
+    // SQLite3WrapperException when that fails too.
+    void DropRecords();
 
   private:
+    friend class RecordAccess;
+
     SharedRecordStore() = default;
 
-    void Open();
-    void Replace(const std::string& path);
-    void Purge();
+    // These belong to the thread that has the access.
+    void Reopen();
+    void Examine(RecordAccess& access);
+    bool Repair(RecordAccess& access);
+    void ReplaceIfDamaged(RecordAccess& access);
+    bool IsDamaged(RecordAccess& access);
+    void Purge(RecordAccess& access);
 
-    std::recursive_mutex mutex_;
+    std::mutex mutex_;  // held by a RecordAccess, guards the rest
     SQLite3WrapperDB db_;
     RecordSnapshot snapshot_;
+    bool existed_ = false;  // before this process opened it
     bool opened_ = false;
+    bool examined_ = false;
     bool purged_ = false;
+    bool triedRepair_ = false;  // after a failed import
 };
-
-// Appends the distinct record keys. A failure is told on the trace, and false.
-bool ListRecordKeys(SQLite3WrapperDB& db, std::vector<std::string>* keys);
-
-// Throws when the database file holds nothing at all, which takes no database library to tell.
-void RequireRecords(const SQLite3WrapperDB& db);

@@ -15,7 +15,8 @@
 
 inline constexpr const char* kDatabaseLibraryName = "sqlcipher.dll";
 
-inline void* LoadDatabaseLibrary(std::string* reason) {
+// The other threads of a process are gone before its libraries are shut down.
+inline void* LoadDatabaseLibrary(void (*)(), std::string* reason) {
     HMODULE library = LoadLibraryW(L"sqlcipher.dll");
     if (library == nullptr) {
         *reason = "error " + std::to_string(GetLastError());
@@ -27,7 +28,7 @@ inline void* FindDatabaseFunction(void* library, const char* name) {
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
 }
 
-inline std::string DatabaseFilePath(const WCHAR* path) {
+inline std::string DatabaseFilePath(const WCHAR* path, std::string*) {
     const int size = WideCharToMultiByte(CP_UTF8, 0, path, -1, nullptr, 0, nullptr, nullptr);
     std::string narrow(static_cast<std::size_t>(size > 0 ? size : 1), '\0');
     WideCharToMultiByte(CP_UTF8, 0, path, -1, narrow.data(), size, nullptr, nullptr);
@@ -49,14 +50,20 @@ namespace brevik::platform {
 inline constexpr const char* kDatabaseLibraryName = "libsqlcipher.so.0";
 
 // Loads the library for the rest of the process's life. Null with the reason when that fails.
-PLATFORM_API void* LoadDatabaseLibrary(std::string* reason);
+//
+// The library can be used while the process ends: what it stands on is not shut down by its own
+// exit handler. A host that uses the same crypto library may shut that down all the same; `stop` is
+// called when it does, and must return when nothing uses the database library any more.
+PLATFORM_API void* LoadDatabaseLibrary(void (*stop)(), std::string* reason);
 
 // Null when the library has no function of this name.
 PLATFORM_API void* FindDatabaseFunction(void* library, const char* name);
 
-// The path in the form in which the library takes it; empty when the path can lead nowhere, such as
-// into a folder that is missing.
-PLATFORM_API std::string DatabaseFilePath(const WCHAR* path);
+// The path in the form in which the library takes it. Empty when the path can lead nowhere, such as
+// into a folder that is missing, or when its folder, the file or one that the library keeps beside
+// it is a symbolic link or anything but a folder and plain files: who may write there could have
+// another user's program write to any file. `fault` then names what that is, after ": ".
+PLATFORM_API std::string DatabaseFilePath(const WCHAR* path, std::string* fault);
 
 // Makes a file of no bytes that every user may write who may write into its folder, whatever file
 // mode mask the process works under. False with error 80 where the file is there already.

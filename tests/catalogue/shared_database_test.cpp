@@ -3,19 +3,25 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <time.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "catalogue/RecordGathering.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
-#include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
+#include "catalogue/SharedRecordStore.h"
+#include "platform/clock.h"
 #include "support/child_process.h"
+#include "support/other_user.h"
 #include "support/record_machine.h"
 
 namespace {
@@ -60,6 +66,14 @@ class SharedDatabase : public RecordMachine {
                   kCertificates * NumberedCertificate::kFields);
     }
 
+    static void Execute(const TextList& statements) {
+        SQLite3WrapperDB db;
+        db.Open("C:\\ProgramData\\Velmar\\qzc13.db");
+        for (const std::string& statement : statements) {
+            db.Execute(statement);
+        }
+    }
+
     static void RemoveDatabase() {
         for (const char* suffix : {"", "-journal"}) {
             fs::remove(DatabaseFile().string() + suffix);
@@ -93,115 +107,178 @@ TEST_F(SharedDatabase, ProcessKilledAtAnyMomentLeavesNothingWrong) {
     }
 }
 
-std::string WithoutTable(const char* key) {
-    const SqliteLibrary& library = SqliteLibrary::Get();
-    const std::string path = TestMachine::ScratchFolder() / "other.db";
-    sqlite3* db = nullptr;
-    EXPECT_EQ(library.open(path.c_str(), &db), 0);
-    if (key != nullptr) {
-        EXPECT_EQ(library.key(db, key, 10), 0);
-        EXPECT_EQ(library.exec(db, "PRAGMA kdf_iter = 1", nullptr, nullptr, nullptr), 0);
-    }
-    EXPECT_EQ(library.exec(db, "create table other(a)", nullptr, nullptr, nullptr), 0);
-    library.close(db);
-    std::string bytes = ReadHostFile(path);
-    fs::remove(path);
+std::string WithOtherBit(std::string bytes, std::size_t place) {
+    bytes.at(place) = static_cast<char>(bytes.at(place) ^ 1);
     return bytes;
 }
 
-struct Damage {
-    const char* name;
-    std::function<std::string(std::string)> apply;
-};
-
-void PrintTo(const Damage& damage, std::ostream* stream) {
-    *stream << damage.name;
-}
-
-class DamagedDatabase : public SharedDatabase, public testing::WithParamInterface<Damage> {};
-
-TEST_P(DamagedDatabase, IsReplacedAndFilledAgain) {
-    ASSERT_EQ(RunRecordHost(kCertificates).output, "ok\n");
-    const std::string whole = ReadHostFile(DatabaseFile());
-    const std::string damaged = GetParam().apply(whole);
-    ASSERT_NE(damaged, whole);
-    WriteHostFile(DatabaseFile(), damaged);
-    EXPECT_EQ(RunAtOnce(), AllRight());
-    ExpectEachRowOnce();
-    EXPECT_GT(ReaderOpenings(), std::size_t{kCertificates});
-}
-
-const Damage kDamages[] = {
-    {"Halved", [](std::string bytes) { return bytes.substr(0, bytes.size() / 2); }},
-    {"EndCut", [](std::string bytes) { return bytes.substr(0, bytes.size() - 100); }},
-    {"OneByte", [](std::string bytes) { return bytes.substr(0, 1); }},
-    {"OnePage", [](std::string bytes) { return bytes.substr(0, 1024); }},
-    {"FirstPageZeroed", [](std::string bytes) { return bytes.replace(0, 1024, 1024, '\0'); }},
-    {"ThirdPageZeroed", [](std::string bytes) { return bytes.replace(2048, 1024, 1024, '\0'); }},
-    {"AllZeroed", [](std::string bytes) { return std::string(bytes.size(), '\0'); }},
-    {"OneBit",
-     [](std::string bytes) {
-         bytes.at(5000) = static_cast<char>(bytes.at(5000) ^ 1);
-         return bytes;
-     }},
-    {"Text", [](std::string) { return std::string("this is no database\n"); }},
-    {"OtherKey", [](std::string) { return WithoutTable("otherKey9"); }},
-    {"NotEncrypted", [](std::string) { return WithoutTable(nullptr); }},
-    {"NoTable", [](std::string) { return WithoutTable("TorvaKD19"); }},
-};
-INSTANTIATE_TEST_SUITE_P(Kinds, DamagedDatabase, testing::ValuesIn(kDamages),
-                         [](const auto& parameter) { return parameter.param.name; });
-
-TEST_F(SharedDatabase, ReplacingADamagedFileIsTold) {
+TEST_F(SharedDatabase, ADamagedFileIsReplacedAndFilledAgain) {
     fs::create_directories(DatabaseFile().parent_path());
+    Execute({"create table other(a)"});
+    const std::string noTable = ReadHostFile(DatabaseFile());
+    RemoveDatabase();
+    ASSERT_EQ(RunRecordHost(kCertificates).output, "ok\n");
+    Execute({"insert into CertificateData values('c:\\certs\\product0.qzc', 'Long', '" +
+             std::string(5000, 'x') + "')"});
+    const std::string whole = ReadHostFile(DatabaseFile());
+    const std::string page(1024, '\0');
+    const std::pair<const char*, std::string> cases[] = {
+        {"end cut", whole.substr(0, whole.size() - 100)},
+        {"first page zeroed", page + whole.substr(1024)},
+        {"third page zeroed", whole.substr(0, 2048) + page + whole.substr(3072)},
+        {"one bit", WithOtherBit(whole, 5000)},
+        {"one bit of the long value", WithOtherBit(whole, whole.size() - 99)},
+        {"no database", "this is no database\n"},
+        {"no table", noTable},
+    };
+    for (const auto& [what, damaged] : cases) {
+        SCOPED_TRACE(what);
+        const std::size_t openings = ReaderOpenings();
+        WriteHostFile(DatabaseFile(), damaged);
+        EXPECT_EQ(RunAtOnce(), AllRight());
+        ExpectEachRowOnce();
+        EXPECT_GT(ReaderOpenings(), openings);
+    }
+}
+
+// Pages without rows are needed for new ones, and to take rows away.
+TEST_F(SharedDatabase, DamagedFreePagesAreMendedWhenTheyAreNeeded) {
+    for (const bool drops : {false, true}) {
+        RemoveDatabase();
+        ASSERT_EQ(RunRecordHost(1).output, "ok\n");
+        const std::size_t used = fs::file_size(DatabaseFile());
+        Execute({"insert into CertificateData values('', '', '" + std::string(9000, 'x') + "')",
+                 "delete from CertificateData where qzc = ''"});
+        std::string bytes = ReadHostFile(DatabaseFile());
+        for (std::size_t place = used + 99; place < bytes.size(); place += 1024) {
+            bytes = WithOtherBit(bytes, place);
+        }
+        WriteHostFile(DatabaseFile(), bytes);
+        if (drops) {
+            SharedRecordStore::Get().DropRecords();
+        }
+        EXPECT_EQ(RunRecordHost(kCertificates).output, "ok\n");
+    }
+}
+
+TEST_F(SharedDatabase, ADamagedFileThatCannotBeLockedStaysAndIsPassedBy) {
+    fs::create_directories(DatabaseFile().string() + ".repair");
     WriteHostFile(DatabaseFile(), "this is no database\n");
+    SQLCertificate certificate;
+    EXPECT_FALSE(certificate.Read("c:\\certs\\product0.qzc", kKey, false));
+    EXPECT_THAT(Lines(), testing::Contains("The damaged record database stays as it is: "
+                                           "SQLITE_PERM[3]: it cannot be locked"));
+    EXPECT_EQ(ReadHostFile(DatabaseFile()), "this is no database\n");
+}
+
+// What is short here says nothing of the file.
+TEST_F(SharedDatabase, AFileThatMemoryIsTooShortForIsNoDamagedOne) {
+#ifdef BREVIK_TEST_SANITIZED
+    GTEST_SKIP() << "the sanitizers need all of the address space";
+#endif
+    ASSERT_EQ(RunRecordHost(1).output, "ok\n");
+    Execute({"insert into CertificateData values('k', 'Long', zeroblob(60000000))"});
+    rlimit all;
+    getrlimit(RLIMIT_AS, &all);
+    const std::string pages = ReadHostFile("/proc/self/statm");
+    const rlimit some = {std::stoul(pages) * 4096 + 40'000'000, all.rlim_max};
+    setrlimit(RLIMIT_AS, &some);
+    RecordGathering gathering;
     TextList keys;
     EXPECT_FALSE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(Lines(), (TextList{"SqlDatabasePath result = C:\\ProgramData\\Velmar\\qzc13.db)",
-                                 "TableList failed ", "TableList failed ", "TableList failed "}));
+    EXPECT_TRUE(gathering.HasMissed());
+    setrlimit(RLIMIT_AS, &all);
+    EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
+    EXPECT_THAT(keys, testing::Contains("c:\\certs\\product0.qzc"));
+}
+
+TEST_F(SharedDatabase, OneLoadWaitsOnceForAnotherProcess) {
+    ASSERT_EQ(RunRecordHost(1).output, "ok\n");
+    SQLite3WrapperDB other;
+    other.Open("C:\\ProgramData\\Velmar\\qzc13.db");
+    other.Execute("begin exclusive");
+    TextList keys;
+    {
+        RecordGathering gathering;
+        RecordGathering::Note(SQLite3WrapperException(kSqliteBusy, "as if 60 seconds had passed"));
+        EXPECT_TRUE(gathering.HasWaitedInVain());
+        const DWORD start = GetTickCount();
+        EXPECT_FALSE(SQLCertificate::GetDatabaseKeys(&keys));
+        EXPECT_LT(GetTickCount() - start, 30000u);
+    }
+    RecordGathering next;
+    EXPECT_EQ(RecordGathering::LongestWait(), 60000u);
+    other.Execute("rollback");
+    EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
+    EXPECT_FALSE(next.HasMissed());
+}
+
+// A user who may look at less than others, and owns neither the folder nor the file.
+TEST_F(SharedDatabase, AUserWithFewerRightsTakesNothingFromOthers) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can be another user";
+    }
+    ASSERT_EQ(RunRecordHost(1).output, "ok\n");
+    OpenTheWayTo(DatabaseFile().parent_path());
+    OpenTheWayTo(DriveC() / "certs");
+    const auto readAsNobody = [] {
+        return AsNobody([] {
+            TextList keys;
+            return SQLCertificate::GetDatabaseKeys(&keys) && keys.size() == 1;
+        });
+    };
+    for (const fs::perms perms : {fs::perms(0700), fs::perms(0711)}) {
+        fs::permissions(DriveC() / "certs", perms);
+        fs::rename(DriveC() / "certs/product0.qzc", DriveC() / "certs/Product0.qzc");
+        EXPECT_TRUE(readAsNobody()) << static_cast<int>(perms);
+        fs::rename(DriveC() / "certs/Product0.qzc", DriveC() / "certs/product0.qzc");
+    }
+    // To mend the database is another matter.
+    WriteHostFile(DatabaseFile(), "this is no database\n");
+    EXPECT_FALSE(readAsNobody());
     EXPECT_EQ(ReadHostFile(DatabaseFile()), "");
 }
 
-TEST_F(SharedDatabase, AnEmptyFileIsTakenAsItIs) {
-    fs::create_directories(DatabaseFile().parent_path());
-    WriteHostFile(DatabaseFile(), "");
-    const auto before = fs::last_write_time(DatabaseFile());
-    TextList keys;
-    EXPECT_FALSE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(fs::last_write_time(DatabaseFile()), before);
-    EXPECT_FALSE(HasLoaded("sqlcipher"));
-    EXPECT_EQ(RunAtOnce(), AllRight());
-    EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
-    EXPECT_EQ(keys.size(), std::size_t{kCertificates});
+// What another user puts in the place of the folder or of a file in it is not followed.
+TEST_F(SharedDatabase, LinksAndPipesAreRefused) {
+    const fs::path target = TestMachine::ScratchFolder() / "target";
+    const struct {
+        const char* name;
+        bool isLink;
+        const char* reason;
+    } cases[] = {{"/qzc13.db", true, "qzc13.db is a symbolic link"},
+                 {"/qzc13.db-journal", true, "qzc13.db-journal is a symbolic link"},
+                 {"/qzc13.db", false, "qzc13.db is no plain file"},
+                 {"", true, "Velmar is a symbolic link"}};
+    for (const auto& row : cases) {
+        const fs::path folder = DatabaseFile().parent_path();
+        fs::remove_all(folder);
+        fs::create_directories(*row.name != '\0' ? folder : folder.parent_path());
+        const std::string place = folder.string() + row.name;
+        row.isLink ? fs::create_symlink(target, place) : void(mkfifo(place.c_str(), 0666));
+        try {
+            Execute({"create table t(a)"});
+            ADD_FAILURE() << "opened where " << row.reason;
+        } catch (const SQLite3WrapperException& failure) {
+            EXPECT_THAT(failure.what(), testing::EndsWith(row.reason));
+        }
+        EXPECT_FALSE(fs::exists(target)) << row.reason;
+    }
 }
 
-// A process that is killed while it writes the file for the first time leaves content without a
-// table and the journal that takes it back.
-TEST_F(SharedDatabase, ACreationThatWasCutOffIsTakenBack) {
-    SQLite3WrapperDB db;
-    fs::create_directories(DatabaseFile().parent_path());
-    db.Open("C:\\ProgramData\\Velmar\\qzc13.db");
-    db.Execute("PRAGMA cache_size = 10");
-    db.Execute("begin immediate");
-    db.Execute("create table 'CertificateData'(qzc, fieldname, fieldvalue)");
-    for (int row = 0; row < 200; ++row) {
-        db.Execute("insert into CertificateData values('k', 'n', '" + std::string(500, 'v') + "')");
-    }
-    // The cache has spilled by now; what lies on the disk is what a killed process leaves.
-    const fs::path copy = TestMachine::ScratchFolder();
-    for (const char* suffix : {"", "-journal"}) {
-        fs::copy_file(DatabaseFile().string() + suffix, (copy / "copy").string() + suffix,
-                      fs::copy_options::overwrite_existing);
-    }
-    db.Execute("rollback");
-    db.Close();
-    RemoveDatabase();
-    for (const char* suffix : {"", "-journal"}) {
-        fs::copy_file((copy / "copy").string() + suffix, DatabaseFile().string() + suffix);
-    }
-    ASSERT_GT(fs::file_size(DatabaseFile()), 0u);
-    EXPECT_EQ(RunAtOnce(), AllRight());
-    ExpectEachRowOnce();
+// The crypto library's exit handler would run before that of the host.
+TEST_F(SharedDatabase, ReadingGoesOnWhileTheProcessEnds) {
+    ASSERT_EQ(RunRecordHost(kCertificates).output, "ok\n");
+    const std::string whole = ReadHostFile(DatabaseFile());
+    std::vector<std::string> command = RecordHost(kCertificates);
+    command.push_back("late");
+    EXPECT_EQ(RunChild(command).output, "ok\nok\n");
+    // A host that has used the same library itself shuts it down, and reading ends.
+    command.back() = "crypto";
+    const ChildResult result = RunChild(command);
+    EXPECT_EQ(result.output, "ok\nc:\\certs\\product0.qzc is not good\n");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(ReadHostFile(DatabaseFile()), whole);
 }
 
 TEST_F(SharedDatabase, WithoutTheDatabaseLibraryTheCatalogueIsEmpty) {
@@ -222,15 +299,8 @@ TEST_F(SharedDatabase, WithoutTheDatabaseLibraryTheCatalogueIsEmpty) {
     ASSERT_EQ(RunRecordHost(kCertificates).output, "ok\n");
     const std::string whole = ReadHostFile(DatabaseFile());
     EXPECT_THAT(RunRecordHost(1, environment).output,
-                testing::StartsWith("CPPSQLITE_ERROR[1000]: the database library "
-                                    "libsqlcipher.so.0 cannot be loaded: "));
-    fs::copy_file(BREVIK_TEST_BINARY_FOLDER "/plain_library.so", folder / "libsqlcipher.so.0",
-                  fs::copy_options::overwrite_existing);
-    EXPECT_EQ(RunRecordHost(1, environment).output,
-              "CPPSQLITE_ERROR[1000]: the database library libsqlcipher.so.0 has no function "
-              "sqlite3_open\n");
+                testing::StartsWith("CPPSQLITE_ERROR[1000]: the database library"));
     EXPECT_EQ(ReadHostFile(DatabaseFile()), whole);
-    EXPECT_EQ(RunRecordHost(kCertificates).output, "ok\n");
 }
 
 // The host is linked with the plain library, which exports the same names, and uses it before,

@@ -130,8 +130,12 @@ TEST_F(BrevikctlCatalogue, DatabaseIsComparedWithTheFilesAndRebuilt) {
 }
 
 TEST_F(BrevikctlCatalogue, DamagedDatabaseIsToldAndRebuilt) {
-    Install("{1}", "C:\\1.qzc", "One");
-    PutFile("C:\\ProgramData\\Velmar\\qzc13.db", std::string(8192, 'x'));
+    Install("{1}", "C:\\1.qzc", "One", "Long = " + std::string(5000, 'x') + "\n");
+    OutputOf({"guids"});
+    // The end of the file is the end of the long value.
+    std::fstream file(HostPath("C:\\ProgramData\\Velmar\\qzc13.db"));
+    file.seekp(-99, std::ios::end).put('?');
+    file.close();
     EXPECT_THAT(ErrorOf({"database", "show"}),
                 AllOf(HasSubstr("cannot be read"), HasSubstr("brevikctl database rebuild")));
     EXPECT_EQ(OutputOf({"database", "rebuild"}), "imported: 1\n");

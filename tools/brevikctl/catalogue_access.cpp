@@ -1,6 +1,8 @@
 #include "catalogue_access.h"
 
+#include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "catalogue/CertificateReader.h"
 #include "catalogue/DatabasePath.h"
@@ -115,9 +117,9 @@ std::string DatabasePath() {
 
 std::vector<CertificateRecord> ReadRecords() {
     const std::string path = DatabasePath();
-    std::vector<CertificateRecord> records;
+    std::map<std::string, std::vector<CertificateField>> found;
     if (!FileArgument(path).IsPresent()) {
-        return records;
+        return {};
     }
     try {
         SQLite3WrapperDB database;
@@ -125,21 +127,21 @@ std::vector<CertificateRecord> ReadRecords() {
         if (database.IsEmptyFile() ||
             database.QueryScalar("select count(*) from sqlite_master where name='" +
                                  std::string(RecordTable::kName) + "'") == 0) {
-            return records;
+            return {};
         }
-        const auto rows = RecordTable::LoadRowsBehind(database, "0");
+        const auto rows = RecordTable::LoadRowsAfter(database, "0");
         for (std::int32_t row = 0; row < rows->GetRowCount(); ++row) {
-            const std::string key = Text(*rows, row, 0);
-            if (records.empty() || records.back().path != key) {
-                records.push_back({key, {}});
-            }
-            records.back().rows.push_back({Text(*rows, row, 1), Text(*rows, row, 2)});
+            found[Text(*rows, row, 0)].push_back({Text(*rows, row, 1), Text(*rows, row, 2)});
         }
     } catch (const std::exception& failure) {
         RequireDatabaseLibrary();
         throw std::runtime_error("the database " + Quoted(path) +
                                  " cannot be read: " + SafeText(failure.what()) +
                                  "\nbrevikctl database rebuild replaces one that is damaged.");
+    }
+    std::vector<CertificateRecord> records;
+    for (auto& [key, fields] : found) {
+        records.push_back({key, std::move(fields)});
     }
     return records;
 }

@@ -4,15 +4,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "catalogue/CBrevikKitCertificateMgr.h"
-#include "catalogue/ImmediateTransaction.h"
-#include "catalogue/RecordTable.h"
 #include "catalogue/SharedRecordStore.h"
 #include "catalogue_access.h"
 #include "facts.h"
@@ -122,25 +119,12 @@ std::set<std::string> KnownPaths() {
     return known;
 }
 
-void DropRecords() {
-    std::vector<std::string> keys;
-    if (!SQLCertificate::GetDatabaseKeys(&keys)) {
-        return;
-    }
-    const std::lock_guard lock(SharedRecordStore::Get().Mutex());
-    SQLite3WrapperDB& database = SharedRecordStore::Get().Database();
-    ImmediateTransaction transaction(database);
-    RecordTable::DeleteRows(database, keys);
-    RecordTable::CountEdit(database);
-    transaction.Commit();
-}
-
 // The records are dropped, not the file: programs that have it open see the new ones.
 void Rebuild(const Options&) {
     const CLibraryUtils::SmartComInitializer apartment;
     RequireDatabaseLibrary();
     const std::set<std::string> known = KnownPaths();
-    DropRecords();
+    SharedRecordStore::Get().DropRecords();
     std::size_t failed = 0;
     for (const std::string& path : known) {
         CCertificateReference certificate;

@@ -21,21 +21,20 @@ class SQLite3WrapperDB {
     SQLite3WrapperDB& operator=(const SQLite3WrapperDB&) = delete;
     virtual ~SQLite3WrapperDB();
 
-    // Opens the file of a narrow path, making it where it is missing. A file without any bytes is
-    // not given to the database library before the first statement, so that a machine without
-    // records never loads that.
+    // Opens the file of a narrow path, making it where it is missing. One that others may have put
+    // another file behind, such as a symbolic link, is refused with "unable to open database file"
+    // and the reason.
+    //
+    // A file without any bytes is not given to the database library before the first Execute, so
+    // that a machine without records never loads that; until then queries fail with kSqliteEmpty.
     void Open(const std::string& path);
 
     void Close();
 
-    // Whether the database library has the file open; false before the first statement on a file
-    // that had no bytes.
-    bool IsConnected() const { return db_ != nullptr; }
-
     // Whether the file holds no bytes on the disk now.
     bool IsEmptyFile() const;
 
-    // False when it cannot be told as well.
+    // False also when it cannot be read.
     bool TableExists(const char* name);
 
     // How many rows the statement changed.
@@ -56,11 +55,15 @@ class SQLite3WrapperDB {
     void SetBusyTimeout(std::int32_t milliseconds);
 
   private:
-    void RequireOpen() const;
+    enum class Need { kContent, kConnection };
 
-    // The open connection, made here where it has been put off. REQUIRES: open.
-    sqlite3* Connection();
-    void Connect();
+    // The connection of an open file, made here where that was put off.
+    sqlite3* Connection(Need need);
+    void Connect(const std::string& hostPath);
+    std::string HostPath() const;
+
+    template <typename Statement>
+    void Run(Need need, Statement statement);
 
     // Connects anew where that may mend a failed statement, which is then to be given once more.
     //

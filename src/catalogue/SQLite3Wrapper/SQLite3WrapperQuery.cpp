@@ -47,13 +47,13 @@ std::uint8_t SQLite3WrapperQuery::IsAtEnd() const {
 
 void SQLite3WrapperQuery::NextRow() {
     RequireStatement();
-    const SqliteLibrary& library = SqliteLibrary::Get();
-    const int result = library.step(statement_);
+    const SqliteCall call;
+    const int result = call->step(statement_);
     if (result == kSqliteDone) {
         atEnd_ = 1;
     } else if (result != kSqliteRow) {
-        const int reason = library.finalize(std::exchange(statement_, nullptr));
-        throw SQLite3WrapperException(reason, library.errmsg(db_));
+        const int reason = call->finalize(std::exchange(statement_, nullptr));
+        throw SQLite3WrapperException(reason, call->errmsg(db_));
     }
 }
 
@@ -61,9 +61,9 @@ void SQLite3WrapperQuery::Finish() {
     if (statement_ == nullptr || !ownsStatement_) {
         return;
     }
-    const SqliteLibrary& library = SqliteLibrary::Get();
-    const int result = library.finalize(std::exchange(statement_, nullptr));
+    const SqliteCall call;
+    const int result = call->finalize(std::exchange(statement_, nullptr));
     if (result != kSqliteOk) {
-        throw SQLite3WrapperException(result, library.errmsg(db_));
+        throw SQLite3WrapperException(result, call->errmsg(db_));
     }
 }

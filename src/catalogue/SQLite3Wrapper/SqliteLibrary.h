@@ -1,7 +1,7 @@
 // The functions of the database library, loaded at their first use.
 //
 // A host that never asks the catalogue never loads the library. Once loaded it stays for the rest
-// of the process's life. Any thread.
+// of the process's life. Any thread; nothing is held while the library loads.
 #pragma once
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
@@ -17,7 +17,7 @@ class SqliteLibraryMissing : public SQLite3WrapperException {
 };
 
 struct SqliteLibrary {
-    int (*open)(const char* path, sqlite3** db);
+    int (*open_v2)(const char* path, sqlite3** db, int flags, const char* vfs);
     int (*close)(sqlite3* db);
     int (*key)(sqlite3* db, const void* key, int length);
     int (*busy_timeout)(sqlite3* db, int milliseconds);
@@ -39,4 +39,24 @@ struct SqliteLibrary {
 
     // Throws a SqliteLibraryMissing; the next call tries again.
     static const SqliteLibrary& Get();
+
+    static bool IsLoaded();
+};
+
+// A call of the database library that may read or write a file: one object around each.
+//
+// A host may shut the crypto library down under the database library, as its own last act. Calls
+// that run then are waited for, and later ones fail.
+class SqliteCall {
+  public:
+    // Throws a SqliteLibraryMissing, or "the process ends".
+    SqliteCall();
+    SqliteCall(const SqliteCall&) = delete;
+    SqliteCall& operator=(const SqliteCall&) = delete;
+    ~SqliteCall();
+
+    const SqliteLibrary* operator->() const { return &library_; }
+
+  private:
+    const SqliteLibrary& library_;
 };

@@ -32,6 +32,31 @@ BOOL Fail(DWORD error) {
     return FALSE;
 }
 
+// The crypto library's exit handler frees the locks that other threads hold. This keeps it from
+// being set; where the host has set it before, it calls `stop` first. False when the crypto library
+// has been shut down already. A database library on another one needs nothing of this.
+bool KeepCryptoLibrary(void* library, void (*stop)()) {
+    using Initialise = int(std::uint64_t options, const void* settings);
+    using AtExit = int(void (*handler)());
+    constexpr std::uint64_t kNoExitHandler = 0x00080000;
+    auto* const initialise = reinterpret_cast<Initialise*>(dlsym(library, "OPENSSL_init_crypto"));
+    auto* const atExit = reinterpret_cast<AtExit*>(dlsym(library, "OPENSSL_atexit"));
+    return initialise == nullptr || atExit == nullptr ||
+           (initialise(kNoExitHandler, nullptr) == 1 && atExit(stop) == 1);
+}
+
+// Why a file or folder must not be used; empty when it may, or is not there.
+std::string FaultOf(const std::string& path, mode_t kind) {
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0 || (status.st_mode & S_IFMT) == kind) {
+        return {};
+    }
+    return ": " + path +
+           (S_ISLNK(status.st_mode) ? " is a symbolic link"
+            : kind == S_IFDIR       ? " is no folder"
+                                    : " is no plain file");
+}
+
 // Whether everybody may make files in the folder that a file stands in.
 bool StandsInOpenFolder(const std::string& path) {
     struct stat status;
@@ -41,11 +66,14 @@ bool StandsInOpenFolder(const std::string& path) {
 
 }  // namespace
 
-void* LoadDatabaseLibrary(std::string* reason) {
+void* LoadDatabaseLibrary(void (*stop)(), std::string* reason) {
     void* const library = dlopen(kDatabaseLibraryName, RTLD_NOW | RTLD_LOCAL | kDeepBinding);
     if (library == nullptr) {
         const char* const message = dlerror();
         *reason = message != nullptr ? message : "";
+    } else if (!KeepCryptoLibrary(library, stop)) {
+        *reason = "the process ends";
+        return nullptr;
     }
     return library;
 }
@@ -54,10 +82,23 @@ void* FindDatabaseFunction(void* library, const char* name) {
     return dlsym(library, name);
 }
 
-std::string DatabaseFilePath(const WCHAR* path) {
+std::string DatabaseFilePath(const WCHAR* path, std::string* fault) {
     // The database library opens its files by itself.
     TakeStandardStreams();
-    return FindFile(path).path;
+    const HostFile file = FindFile(path);
+    if (file.path.empty()) {
+        const std::u16string_view text = path;
+        const HostFile folder = FindFile(text.substr(0, text.rfind(u'\\')));
+        *fault = folder.HasName() ? FaultOf(folder.path, S_IFDIR) : std::string();
+        return {};
+    }
+    *fault = FaultOf(file.path.substr(0, file.path.rfind('/')), S_IFDIR);
+    for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
+        if (fault->empty()) {
+            *fault = FaultOf(file.path + suffix, S_IFREG);
+        }
+    }
+    return fault->empty() ? file.path : std::string();
 }
 
 BOOL MakeSharedFile(const WCHAR* path) {
