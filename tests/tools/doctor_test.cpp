@@ -59,12 +59,20 @@ const Fault kFaults[] = {
      "certificate reader", "cannot be loaded (0x", "machine create"},
     {"a damaged database", [] { WriteHostFile(Database(), std::string(8192, 'x')); }, "database",
      "cannot be read", "database rebuild"},
-    {"a folder in place of the database",
+    {"a link in place of the database's folder",
      [] {
-         fs::remove(Database());
-         fs::create_directories(Database());
+         fs::rename(Database().parent_path(), DriveC() / "elsewhere");
+         fs::create_symlink(DriveC() / "elsewhere", Database().parent_path());
      },
-     "database", "is no file", "Move it away"},
+     "database", "Velmar' is a symbolic link", "Move it away"},
+    {"a database's folder in which files can be replaced",
+     [] { fs::permissions(Database().parent_path(), fs::perms::all); }, "database",
+     "has the mode 0777", "chmod 1777"},
+    {"a database's folder that is shut",
+     [] { fs::permissions(Database().parent_path(), fs::perms(0700)); }, "database",
+     "Velmar' of user ", "chmod 1777"},
+    {"a database that is shut", [] { fs::permissions(Database(), fs::perms(0600)); }, "database",
+     "has the mode 0600", "chmod 0666"},
     {"a missing certificate", [] { fs::remove(InstalledProducts::HostPath(kCertificate)); },
      "certificates", "the file is missing", "certificate remove"},
     {"a certificate that nobody has signed",
@@ -160,6 +168,20 @@ TEST_P(BrevikctlDoctorFault, IsFoundAndNamed) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Planted, BrevikctlDoctorFault, testing::ValuesIn(kFaults));
+
+TEST_F(BrevikctlDoctor, MachineCreateOpensTheDatabaseToEveryUserAndFollowsNoLink) {
+    const fs::path folder = Database().parent_path();
+    fs::permissions(folder, fs::perms(0700));
+    fs::permissions(Database(), fs::perms(0600));
+    EXPECT_EQ(RunChild({BREVIK_TEST_TOOL, "machine", "create"}).exitCode, 0);
+    EXPECT_EQ(Run().exitCode, 0);
+    fs::rename(folder, DriveC() / "elsewhere");
+    fs::permissions(DriveC() / "elsewhere", fs::perms(0700));
+    fs::create_symlink(DriveC() / "elsewhere", folder);
+    EXPECT_THAT(RunChild({BREVIK_TEST_TOOL, "machine", "create"}).errors,
+                HasSubstr("brevikctl doctor says why"));
+    EXPECT_EQ(fs::status(DriveC() / "elsewhere").permissions(), fs::perms(0700));
+}
 
 TEST_F(BrevikctlDoctor, FindsAMachineThatCannotBeMade) {
     WriteHostFile(TestMachine::ScratchFolder() / "file", "x");

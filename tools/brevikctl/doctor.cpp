@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/SQLCertificate.h"
 #include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
 #include "catalogue_access.h"
 #include "certificate_entries.h"
 #include "certificate_reader/reader.h"
+#include "database_files.h"
 #include "file_argument.h"
 #include "filesystem/FileSystem.h"
 #include "modules/ModuleFolders.h"
@@ -127,18 +127,8 @@ void CheckDatabase(Troubles* troubles) {
             {SafeText(failure.what()), "Install it; on Debian it is the package libsqlcipher0."});
         return;
     }
-    const std::string path = SQLCertificate::SqlDatabasePath();
-    const std::string file = HostPath(FileArgument(path));
-    if (file.empty()) {
-        return;  // the first program that asks makes it
-    }
-    if (!fs::is_regular_file(file)) {
-        troubles->push_back({"the database " + Quoted(file) + " is no file",
-                             "Move it away; the next program that asks makes a new one."});
-    } else if (access(file.c_str(), R_OK | W_OK) != 0) {
-        troubles->push_back({"the database " + Quoted(file) + " may not be written to by you",
-                             "Every user of the machine has to be able to: chmod 666 on it."});
-    } else {
+    CheckDatabaseFiles(troubles);
+    if (troubles->empty()) {
         ReadRecords();
     }
 }

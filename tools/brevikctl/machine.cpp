@@ -9,6 +9,7 @@
 
 #include "catalogue/DatabasePath.h"
 #include "certificate_reader/reader.h"
+#include "database_files.h"
 #include "facts.h"
 #include "file_argument.h"
 #include "filesystem/FileSystem.h"
@@ -84,6 +85,7 @@ void Create(const Options& options) {
     const FileSpec file = FileArgument(options.reader.empty() ? DefaultReader() : options.reader);
     const std::string path = PlainText(file.GetPath());
     RequireReader(path);
+    MakeDatabaseFiles();
     ChangeRegistry([&](RegistryTree* tree) {
         tree->Make(PlaceForPrograms(*tree, kReaderKey))->SetValue(TextValue(u"", path));
     });
