@@ -6,10 +6,18 @@ target_link_libraries(test_component PRIVATE brevikplatform)
 
 # Hosts in C.
 add_executable(export_host fixtures/export_host.c)
-target_link_libraries(export_host PRIVATE brevikconfig)
+target_link_libraries(export_host PRIVATE brevikconfig ${CMAKE_DL_LIBS})
 add_executable(own_names_host fixtures/own_names_host.c)
 target_link_libraries(own_names_host PRIVATE brevikconfig)
 set_target_properties(own_names_host PROPERTIES ENABLE_EXPORTS ON)
+add_executable(loading_host fixtures/loading_host.c)
+target_link_libraries(loading_host PRIVATE ${CMAKE_DL_LIBS})
+
+# A library that calls while it is loaded.
+add_library(calling_library MODULE fixtures/calling_library.cpp)
+target_link_libraries(calling_library PRIVATE brevikconfig)
+target_compile_definitions(calling_library PRIVATE
+    BREVIK_TEST_READER_COMPONENT="$<TARGET_FILE:brevikcertificatereader>")
 
 target_compile_definitions(test_modules PRIVATE
     BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>")
@@ -18,9 +26,12 @@ target_compile_definitions(test_exports PRIVATE
     BREVIK_TEST_COMPONENT="$<TARGET_FILE:test_component>"
     BREVIK_TEST_HOST="$<TARGET_FILE:export_host>"
     BREVIK_TEST_OWN_NAMES_HOST="$<TARGET_FILE:own_names_host>"
+    BREVIK_TEST_LOADING_HOST="$<TARGET_FILE:loading_host>"
+    BREVIK_TEST_CALLING_LIBRARY="$<TARGET_FILE:calling_library>"
     BREVIK_TEST_LIBRARY="$<TARGET_FILE:brevikconfig>"
     BREVIK_TEST_PLATFORM_LIBRARY="$<TARGET_FILE:brevikplatform>")
-add_dependencies(test_exports test_component export_host own_names_host)
+add_dependencies(test_exports test_component export_host own_names_host loading_host
+                 calling_library)
 
 # Texts for error numbers.
 add_library(message_library MODULE fixtures/message_library.cpp)

@@ -9,8 +9,8 @@
 
 // Makes the platform table and the class factory where there is none yet, and visits the file of
 // `module` (null: the host program), whose volume has to be within reach. A failure raises a
-// FileException and leaves the library not started: the next caller starts again. Threads that call
-// it at once run one after the other.
+// FileException and leaves the library not started: the next caller starts again. Threads may call
+// it at once; nothing is locked, since what is loaded on the way may call it again.
 void FileSystem_Start(HMODULE module);
 
 // Deletes the temporary folder with all that it holds, and forgets the volumes and the platform

@@ -1,7 +1,5 @@
 #include "frame/BrevikConfigModule.h"
 
-#include <mutex>
-
 #include "modules/DllPathManager.h"
 #include "modules/ModuleFolders.h"
 #include "platform/modules.h"
@@ -11,8 +9,9 @@ namespace {
 
 constexpr const WCHAR* kSiblingLibrary = WIDE("VelmarHTTPClient13.dll");
 
-// Two threads that changed the current folder at once would each put back what the other had set.
-std::mutex load_lock;
+HMODULE Load(const WideString& name) {
+    return LoadLibraryExW(name.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+}
 
 }  // namespace
 
@@ -21,25 +20,22 @@ void BrevikConfigModule::LoadSiblingLibrary() {
         return;
     }
     const WideString folder = FindLibraryFolder(kSiblingLibrary);
-    const std::lock_guard hold(load_lock);
-    if (libraryLoaded != 0) {
-        return;
-    }
     // The folder is current during the load, so that what the library itself needs is found beside
-    // it.
+    // it. Threads that come here at once each load the library, which counts.
     const BrevikUtils::DllPathManager current(folder);
-    if (LoadLibraryExW(kSiblingLibrary, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) != nullptr) {
+    HMODULE module = Load(kSiblingLibrary);
+    if (module == nullptr && !folder.empty()) {
+        // Not every system looks into every current folder.
+        module = Load(folder + WIDE("\\") + kSiblingLibrary);
+    }
+    if (module != nullptr) {
         libraryLoaded = 1;
     }
 }
 
 BrevikConfigModule& GetModule() {
-    // Never destroyed: a host may call while the process ends. What its destruction would do is
-    // done when the library is unloaded.
+    // Never destroyed: a host may call while the process ends.
     static BrevikConfigModule& module = *new BrevikConfigModule;
-    static const struct AtUnload {
-        ~AtUnload() { module.Forget(); }
-    } at_unload;
     return module;
 }
 

@@ -7,19 +7,17 @@ namespace BrevikConfig {
 
 class BrevikConfigModule {
   public:
-    BrevikConfigModule() { LoadSiblingLibrary(); }
+    BrevikConfigModule() = default;
     BrevikConfigModule(const BrevikConfigModule&) = delete;
     BrevikConfigModule& operator=(const BrevikConfigModule&) = delete;
 
     // Unloads nothing: the sibling library stays to the end of the process.
-    virtual ~BrevikConfigModule() { Forget(); }
+    virtual ~BrevikConfigModule() = default;
 
     // Looks for the sibling library and loads it, once: until it was found each call tries again.
-    // Any thread; throws std::bad_alloc alone.
+    // Any thread, and again on the same one: the library may call an export while it is loaded, so
+    // no lock is held. Throws std::bad_alloc alone.
     void LoadSiblingLibrary();
-
-    // The sibling library counts as not loaded from here on.
-    void Forget() { libraryLoaded = 0; }
 
   private:
     std::atomic<unsigned char> libraryLoaded = 0;

@@ -1,11 +1,12 @@
 #include "frame/CallFrame.h"
 
+#include <atomic>
 #include <exception>
-#include <mutex>
 #include <stdexcept>
 
 #include "filesystem/FileSystem.h"
 #include "text/VelmarException.h"
+#include "trace/TraceState.h"
 #include "trace/UTrace.h"
 
 namespace BrevikConfig {
@@ -14,8 +15,8 @@ namespace {
 constexpr const char* kClientName = "BREVIK KIT";
 constexpr int kTraceLevel = 4;
 
-// Set when the start has run to its end; a start that throws is tried again by the next call.
-constinit std::once_flag frame_started;
+// Set when the trace's start has run to its end.
+constinit std::atomic<bool> trace_started = false;
 
 std::exception_ptr StartFileSystem() noexcept {
     try {
@@ -26,17 +27,28 @@ std::exception_ptr StartFileSystem() noexcept {
     }
 }
 
+void StartTrace() {
+    if (trace_started) {
+        return;
+    }
+    // No line is made under the trace's lock but with all of this set. A call that a library makes
+    // while it is loaded in here gets through: its thread may take the lock again.
+    const VelmarAutoCriticalSection hold(UTrace::Lock());
+    if (!trace_started) {
+        UTrace::Initialize();
+        UTrace::SetClientName(kClientName);
+        UTrace::SetLevel(kTraceLevel);
+        trace_started = true;
+    }
+}
+
 }  // namespace
 
 void StartFrame() {
     // Most calls do without files: one that cannot start the file library goes on all the same,
     // once the trace is there to tell, and the next call tries again.
     const std::exception_ptr failure = StartFileSystem();
-    std::call_once(frame_started, [] {
-        UTrace::Initialize();
-        UTrace::SetClientName(kClientName);
-        UTrace::SetLevel(kTraceLevel);
-    });
+    StartTrace();
     if (failure != nullptr) {
         try {
             std::rethrow_exception(failure);

@@ -1,7 +1,8 @@
 // Makes a folder the process's current one for the object's lifetime.
 //
-// The current folder belongs to all threads of the process: whoever uses this orders the uses among
-// themselves. A change that fails, or that could not be undone, is passed over.
+// The current folder belongs to all threads of the process. Objects may end in any order, on any
+// thread: the current folder is that of the latest object that has not ended, and the one that was
+// current ahead of them all when the last one ends. A change that fails is passed over.
 #pragma once
 
 #include "platform/types.h"
@@ -17,7 +18,9 @@ class DllPathManager {
     virtual ~DllPathManager();
 
   private:
-    WideString previous_;  // empty when nothing was changed
+    WideString previous_;              // empty when nothing was changed
+    DllPathManager* later_ = nullptr;  // the next object that has made a folder current since
+    DllPathManager* earlier_ = nullptr;
 };
 
 }  // namespace BrevikUtils

@@ -30,9 +30,7 @@ struct SYSTEMTIME {
 };
 
 inline constexpr DWORD TIME_ZONE_ID_UNKNOWN = 0;
-inline constexpr DWORD TIME_ZONE_ID_STANDARD = 1;
 inline constexpr DWORD TIME_ZONE_ID_DAYLIGHT = 2;
-inline constexpr DWORD TIME_ZONE_ID_INVALID = 0xFFFFFFFF;
 
 // Biases are minutes to add to local time for Coordinated Universal Time.
 struct TIME_ZONE_INFORMATION {
@@ -45,7 +43,8 @@ struct TIME_ZONE_INFORMATION {
     LONG DaylightBias;
 };
 
-// The zone in force now: which of its two times is in force, or that it has but one.
+// The zone in force now: daylight time, with the bias of the nearest standard time, or else unknown,
+// whether the zone has two times or one. Off Windows names and dates are empty.
 PLATFORM_API DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* information);
 PLATFORM_API void GetLocalTime(SYSTEMTIME* time);
 

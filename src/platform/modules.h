@@ -16,8 +16,10 @@ inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 0x8;
 using FARPROC = std::intptr_t (*)();
 
 // Loads a library. A name with a folder is looked for there alone; a bare name in this order: the
-// host's folder, C:\Windows\System32, C:\Windows, the current folder, the folders of PATH. Null
-// with 126 when there is none, with 193 when the file found is no library. Each success counts.
+// host's folder, C:\Windows\System32, C:\Windows, the current folder, the folders of PATH. The
+// current folder is passed over where another user may write to it, and with PATH in a set-user-id
+// process. Null with 126 when there is none, with 193 when the file found is no library. Each
+// success counts.
 PLATFORM_API HMODULE LoadLibraryExW(const WCHAR* name, HANDLE file, DWORD flags);
 PLATFORM_API HMODULE LoadLibraryW(const WCHAR* name);
 PLATFORM_API BOOL FreeLibrary(HMODULE module);
@@ -25,8 +27,8 @@ PLATFORM_API BOOL FreeLibrary(HMODULE module);
 // Null with 127 when the module exports no such name.
 PLATFORM_API FARPROC GetProcAddress(HMODULE module, const char* name);
 
-// The host executable for a null name; a loaded module by its bare name, not counted; else null
-// with 126.
+// The host executable for a null name; a library that LoadLibraryExW loaded by its name, not
+// counted; else null with 126.
 PLATFORM_API HMODULE GetModuleHandleW(const WCHAR* name);
 
 // The module's path (null: the host's). Result: the length without the NUL; 0 on failure. A path

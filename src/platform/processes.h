@@ -30,17 +30,19 @@ struct PROCESSENTRY32W {
     WCHAR szExeFile[MAX_PATH];
 };
 
-// A walk over the running processes. The calling process is listed first, so that whoever looks for
-// itself never pays for the others.
+// A walk over the running processes: off Windows the calling one alone, with its number and its
+// parent's, and the rest of the entry left as it was.
 PLATFORM_API HANDLE CreateToolhelp32Snapshot(DWORD flags, DWORD process);
 
-// The first and each next entry; false with error 18 behind the last.
+// The first and each next entry; false with error 18 after the last.
 PLATFORM_API BOOL Process32FirstW(HANDLE snapshot, PROCESSENTRY32W* entry);
 PLATFORM_API BOOL Process32NextW(HANDLE snapshot, PROCESSENTRY32W* entry);
 
 PLATFORM_API DWORD GetCurrentProcessId();
 
-// A handle on a running process; null with error 87 when there is none of this number.
+// A handle on a running process; null with error 87 when there is none of this number. Another
+// process than this one is opened for its program's folder alone: null with error 5 where libraries
+// in it could be another user's, see posix/trusted_places.h.
 PLATFORM_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD process);
 
 // The path of a process's executable (module null). Result: its length without the NUL, cut to

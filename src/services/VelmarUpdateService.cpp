@@ -1,8 +1,9 @@
 #include "services/VelmarUpdateService.h"
 
 #include <cstdio>
+#include <memory>
 #include <mutex>
-#include <optional>
+#include <utility>
 
 #include "registry/CRegKeyW.h"
 #include "services/ServiceCall.h"
@@ -40,45 +41,76 @@ std::string ReadSku(CRegKeyW& key) {
     return WideToNarrow(text);
 }
 
-// The process's service object.
-struct ProcessService {
-    std::mutex mutex;  // guards the object, and its making
-    std::optional<VelmarUpdateService::Service> object;
-};
+using Service = VelmarUpdateService::Service;
 
-ProcessService& Current() {
-    // Never destroyed: a host may call while the process ends, and then makes an object anew.
-    static ProcessService& service = *new ProcessService;
-    return service;
-}
-
-// Gives the object back, and then its library, when the library is unloaded or the process ends.
-class AtUnload {
+// The process's service object. It belongs to a foreign library, so nothing is called on it, and
+// none is made or given back, under the lock.
+class ProcessService {
   public:
-    ~AtUnload() {
-        // A thread that makes the object at this moment keeps it: the end does not wait for what
-        // the sibling library may be doing.
-        const std::unique_lock hold(Current().mutex, std::try_to_lock);
-        if (hold.owns_lock()) {
-            Current().object.reset();
-        }
+    static ProcessService& Current() {
+        // Never destroyed: a host may call while the process ends, and then makes an object anew.
+        static ProcessService& service = *new ProcessService;
+        return service;
     }
+
+    std::shared_ptr<Service> Get() {
+        const std::lock_guard hold(lock_);
+        return object_;
+    }
+
+    // Keeps the object unless another thread was first; the one that is kept.
+    std::shared_ptr<Service> Keep(const std::shared_ptr<Service>& made) {
+        const std::lock_guard hold(lock_);
+        if (object_ == nullptr) {
+            object_ = made;
+        }
+        return object_;
+    }
+
+    void GiveBack() {
+        std::unique_lock hold(lock_);
+        const std::shared_ptr<Service> object = std::move(object_);
+        hold.unlock();
+    }
+
+  private:
+    std::mutex lock_;
+    std::shared_ptr<Service> object_;
 };
 
-// Leaves the service empty where it cannot be made.
-void MakeObject(ProcessService& service) {
-    VelmarUpdateService::Service& object = service.object.emplace();
+// Gives the object back, and then its library, when the process ends.
+struct AtEnd {
+    ~AtEnd() { ProcessService::Current().GiveBack(); }
+};
+
+// A service may dispatch while it is made, which makes another one; the making within that one
+// finds none, or it would never come to an end.
+constexpr int kMostMakings = 2;
+thread_local int makings = 0;
+
+struct Making {
+    Making() { ++makings; }
+    ~Making() { --makings; }
+};
+
+// Null where it cannot be made.
+std::shared_ptr<Service> Make() {
+    if (makings == kMostMakings) {
+        return nullptr;
+    }
+    const Making making;
+    const auto object = std::make_shared<Service>();
     // Whatever it answers: an object that is there is one.
     CallService("IUpdateServices", [&object] {
-        return object.CreateInstance(CLSID_UpdateServices, kServiceLibrary, IID_IUpdateServices);
+        return object->CreateInstance(CLSID_UpdateServices, kServiceLibrary, IID_IUpdateServices);
     });
-    if (!object) {
-        service.object.reset();
-        return;
+    if (!*object) {
+        return nullptr;
     }
     // Made when the object's library is there already, so that it ends ahead of what that library
     // keeps.
-    static const AtUnload at_unload;
+    static const AtEnd at_end;
+    return ProcessService::Current().Keep(object);
 }
 
 }  // namespace
@@ -103,10 +135,9 @@ bool VelmarUpdateService::GetUninstallInfo(const Utf8String& installerGuid,
 }
 
 VelmarUpdateService::Service VelmarUpdateService::GetService() const {
-    ProcessService& service = Current();
-    const std::lock_guard hold(service.mutex);
-    if (!service.object) {
-        MakeObject(service);
+    std::shared_ptr<Service> object = ProcessService::Current().Get();
+    if (object == nullptr) {
+        object = Make();
     }
-    return Service(service.object ? service.object->NewReference() : nullptr);
+    return Service(object != nullptr ? object->NewReference() : nullptr);
 }

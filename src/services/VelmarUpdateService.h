@@ -2,7 +2,7 @@
 // service of the sibling library.
 //
 // It keeps nothing; a dispatch makes one on its stack. The service object is the process's: it is
-// made on first demand and stays until the library is unloaded. Any thread; nothing throws but
+// made on first demand and stays until the process ends. Any thread; nothing throws but
 // std::bad_alloc.
 #pragma once
 
@@ -32,6 +32,6 @@ class VelmarUpdateService {
                           std::uint32_t* language, std::string* version, std::string* sku) const;
 
     // Empty where the service cannot be made, which the next call tries again. Threads that need it
-    // for the first time at once make one.
+    // for the first time at once may each make one; all of them get the first that is done.
     Service GetService() const;
 };

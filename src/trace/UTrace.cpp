@@ -10,9 +10,10 @@
 
 namespace UTrace {
 
-const char* const silent = "silent";
-
 namespace {
+
+// An array of its own: the compiler may give all literals of one content one address.
+constexpr char kSilent[] = "silent";
 
 constexpr int kErrorLevel = 1;
 constexpr int kSecondLevel = 2;
@@ -33,6 +34,8 @@ const char* Ours() {
 }
 
 }  // namespace
+
+const char* const silent = kSilent;
 
 bool Initialize() {
     TraceState& state = State();

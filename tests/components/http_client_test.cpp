@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "modules/ComponentObject.h"
 #include "modules/ScopedText.h"
@@ -81,30 +79,6 @@ TEST_F(HttpClient, SettingsAreReadAtEachCall) {
     EXPECT_EQ(RunUpdate(), 3);
     EXPECT_EQ(sibling_.Take().front(), "{\"misread settings\":[2,3,4,5]}");
     EXPECT_EQ(CallNamelessSlot(), E_NOTIMPL);
-}
-
-TEST_F(HttpClient, CallsOfManyThreadsAreWholeLines) {
-    MakeUpdate();
-    const ScopedText text(WideString(2000, WIDE('x')));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&] {
-            for (int call = 0; call < 20; ++call) {
-                RunUpdateInBackground(text.Get());
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    const std::vector<std::string> lines = sibling_.Take();
-    EXPECT_EQ(lines.size(), 160u);
-    for (const std::string& line : lines) {
-        ASSERT_EQ(line, StandIn::Line("IUpdateServices", 1, 20, "RunUpdateInBackground",
-                                      "\"sku\":\"" + std::string(2000, 'x') +
-                                          "\",\"version\":null,\"langId\":4294967295,"
-                                          "\"productIdentifier\":null"));
-    }
 }
 
 }  // namespace

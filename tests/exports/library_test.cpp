@@ -65,6 +65,14 @@ class HostFolder : public testing::Test {
         fs::create_directories(folder);
         fs::copy_file(BREVIK_TEST_COMPONENT, folder / "VelmarHTTPClient13.dll");
     }
+    // Lets it run with the rights of another user than the one who starts it.
+    bool MakeSetUserId() const {
+        const passwd* nobody = getpwnam("nobody");
+        fs::permissions(TestMachine::Folder().parent_path(), fs::perms(0711));
+        return getuid() == 0 && nobody != nullptr &&
+               chown(host_.c_str(), nobody->pw_uid, nobody->pw_gid) == 0 &&
+               chmod(host_.c_str(), 04755) == 0;
+    }
     static std::string MapsOf(pid_t process) {
         std::ifstream maps("/proc/" + std::to_string(process) + "/maps");
         return {std::istreambuf_iterator<char>(maps), {}};
@@ -74,14 +82,6 @@ class HostFolder : public testing::Test {
     fs::path host_ = folder_ / "host";
 };
 
-TEST_F(HostFolder, SiblingBesideTheHostIsLoadedAtTheFirstCall) {
-    PutSibling(folder_);
-    ChildProcess host({host_, "ids", "1031", ".", "wait"});
-    EXPECT_EQ(host.ReadLine(), "0 1031");
-    EXPECT_NE(MapsOf(host.Id()).find((folder_ / "VelmarHTTPClient13.dll").string()),
-              std::string::npos);
-}
-
 TEST_F(HostFolder, SiblingThatIsInstalledLaterIsLoadedAtTheNextCall) {
     const fs::path shared =
         TestMachine::Folder() / "drives/c/Program Files/Common Files/Ondrel Shared/DllShared";
@@ -90,6 +90,7 @@ TEST_F(HostFolder, SiblingThatIsInstalledLaterIsLoadedAtTheNextCall) {
     EXPECT_EQ(host.ReadLine(), "0 1031");
     EXPECT_EQ(MapsOf(host.Id()).find("VelmarHTTPClient13"), std::string::npos);
     PutSibling(shared);
+    fs::permissions(shared, fs::perms(0777));  // no current folder of the search, but found by it
     host.WriteLine("go");
     EXPECT_EQ(host.ReadLine(), "0 1031");
     EXPECT_NE(MapsOf(host.Id()).find("DllShared/VelmarHTTPClient13.dll"), std::string::npos);
@@ -110,21 +111,43 @@ TEST_F(HostFolder, NoCryptoOrDatabaseLibraryComesAlong) {
 }
 
 TEST_F(HostFolder, EnvironmentIsIgnoredInASetUserIdProcess) {
-    const passwd* nobody = getpwnam("nobody");
-    if (getuid() != 0 || nobody == nullptr) {
-        GTEST_SKIP() << "only root can make the program of another user";
-    }
-    ASSERT_EQ(chown(host_.c_str(), nobody->pw_uid, nobody->pw_gid), 0);
     const std::vector<std::string> command = {host_, "ids", "1031"};
     const ChildResult plain = RunChild(command, {{"BREVIK_DEBUG_OUTPUT", "-"}});
     EXPECT_NE(plain.errors.find("BREVIK KIT"), std::string::npos);
-    ASSERT_EQ(chmod(host_.c_str(), 04755), 0);
+    if (!MakeSetUserId()) {
+        GTEST_SKIP() << "only root can make the program of another user";
+    }
     const ChildResult raised = RunChild(command, {{"BREVIK_DEBUG_OUTPUT", "-"}});
     if (raised.exitCode == 127) {
         GTEST_SKIP() << "the build folder cannot be read by another user";
     }
     EXPECT_EQ(raised.output, "0 1031\n");
     EXPECT_EQ(raised.errors.find("BREVIK KIT"), std::string::npos) << raised.errors;
+}
+
+// Neither the folder that it was started in, nor that of the program that started it, nor one of
+// PATH.
+TEST_F(HostFolder, SetUserIdProcessLoadsNoLibraryOfWhoStartedIt) {
+    const fs::path foreign = TestMachine::ScratchFolder() / "Foreign";
+    PutSibling(foreign);
+    fs::copy_file(BREVIK_TEST_HOST, foreign / "launcher");
+    fs::current_path(foreign);
+    setenv("PATH", foreign.c_str(), 1);
+    const auto loads = [&](const std::string& name) {
+        ChildProcess host({foreign / "launcher", "start", host_, "ids", "1031", ".", "wait"});
+        EXPECT_EQ(host.ReadLine(), "0 1031");
+        pid_t child = 0;
+        const std::string id = std::to_string(host.Id());
+        std::ifstream("/proc/" + id + "/task/" + id + "/children") >> child;
+        return MapsOf(child).find(name) != std::string::npos;
+    };
+    EXPECT_TRUE(loads(foreign / "VelmarHTTPClient13.dll"));
+    if (!MakeSetUserId()) {
+        GTEST_SKIP() << "only root can make the program of another user";
+    }
+    EXPECT_FALSE(loads("VelmarHTTPClient13"));
+    PutSibling(folder_);
+    EXPECT_TRUE(loads(folder_ / "VelmarHTTPClient13.dll"));
 }
 
 }  // namespace

@@ -35,7 +35,6 @@ std::string Reread(const std::string& text, const T& before = T()) {
 
 void UseZone(const char* zone) {
     setenv("TZ", zone, 1);
-    tzset();
 }
 
 // The rule of a zone whose daylight saving time began some weeks ago and ends in some weeks.

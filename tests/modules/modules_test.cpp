@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 
 #include "modules/CLibraryUtilsImpl.h"
 #include "modules/DllPathManager.h"
@@ -59,21 +60,32 @@ TEST(ModuleFolders, LibraryIsLookedForInFourPlacesInTheirOrder) {
 }
 
 TEST(DllPathManager, MakesAFolderCurrentForItsLifetime) {
+    using BrevikUtils::DllPathManager;
     const WideString before = CurrentFolder();
-    {
-        const BrevikUtils::DllPathManager manager(WIDE("C:\\Windows"));
-        EXPECT_EQ(CurrentFolder(), WIDE("C:\\Windows"));
-        const BrevikUtils::DllPathManager none(WIDE(""));
-        EXPECT_EQ(CurrentFolder(), WIDE("C:\\Windows"));
-        const BrevikUtils::DllPathManager missing(WIDE("C:\\no such folder"));
-        EXPECT_EQ(CurrentFolder(), WIDE("C:\\Windows"));
-    }
+    auto first = std::make_unique<DllPathManager>(WIDE("C:\\Windows"));
+    EXPECT_EQ(CurrentFolder(), WIDE("C:\\Windows"));
+    const DllPathManager none(WIDE(""));
+    const DllPathManager missing(WIDE("C:\\no such folder"));
+    EXPECT_EQ(CurrentFolder(), WIDE("C:\\Windows"));
+    auto second = std::make_unique<DllPathManager>(WIDE("C:\\"));
+    auto third = std::make_unique<DllPathManager>(WIDE("C:\\ProgramData"));
+    second.reset();
+    EXPECT_EQ(CurrentFolder(), WIDE("C:\\ProgramData"));
+    third.reset();
+    EXPECT_EQ(CurrentFolder(), WIDE("C:\\Windows"));
+    third = std::make_unique<DllPathManager>(WIDE("C:\\ProgramData"));
+    first.reset();
+    EXPECT_EQ(CurrentFolder(), WIDE("C:\\ProgramData"));
+    third.reset();
     EXPECT_EQ(CurrentFolder(), before);
 }
 
-// A folder that no path of the library's can name could not be put back, so it is never left.
+// A folder that no path of the library's leads to could not be put back, so it is never left, also
+// where its path leads to another one.
 TEST(DllPathManager, StaysWhereItCouldNotComeBackTo) {
     const fs::path before = fs::current_path();
+    fs::create_directory(TestMachine::ScratchFolder() / "dot");
+    fs::create_directory(TestMachine::ScratchFolder() / "x\uFFFD");
     for (const char* name : {"x\xFF", "what?", "dot.", "back\\slash"}) {
         const fs::path folder = TestMachine::ScratchFolder() / name;
         fs::create_directory(folder);

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 
 #include "support/registry_machine.h"
@@ -178,26 +177,6 @@ TEST_F(Registry, SubKeysComeInTheOrderOfTheirUpperCasedUnits) {
         EXPECT_EQ(length, row.length) << row.index;
         EXPECT_EQ(std::u16string(name), row.error == 0 ? u"a-b" : u"untouched") << row.index;
     }
-}
-
-TEST_F(Registry, AnEnumeratedKeyHasTheTimeOfTheFileAndNoClass) {
-    WriteRegistry(kFacts);
-    const std::filesystem::file_time_type time{std::chrono::seconds(-100'000'000)};
-    std::filesystem::last_write_time(RegistryFilePath(), time);
-    const TestKey key(u"SOFTWARE\\Facts");
-    WCHAR name[64];
-    WCHAR className[64] = u"class";
-    DWORD length = 64;
-    DWORD classLength = 64;
-    FILETIME written{};
-    ASSERT_EQ(
-        RegEnumKeyExW(key.Get(), 0, name, &length, nullptr, className, &classLength, &written), 0);
-    EXPECT_EQ(classLength, 0u);
-    EXPECT_EQ(className[0], u'\0');
-    const auto since1970 = std::chrono::file_clock::to_sys(time).time_since_epoch();
-    const std::uint64_t steps = std::uint64_t{written.dwHighDateTime} << 32 | written.dwLowDateTime;
-    EXPECT_EQ(static_cast<std::int64_t>(steps / 10'000'000) - 11'644'473'600,
-              std::chrono::duration_cast<std::chrono::seconds>(since1970).count());
 }
 
 TEST_F(Registry, Opening) {

@@ -68,29 +68,4 @@ TEST(LastError, BelongsToOneThread) {
     EXPECT_EQ(GetLastError(), 5u);
 }
 
-TEST(CriticalSection, MayBeTakenAgainAndKeepsOthersOut) {
-    constexpr int kThreads = 4;
-    constexpr int kRounds = 20000;
-    CRITICAL_SECTION section;
-    InitializeCriticalSection(&section);
-    int counter = 0;
-    std::vector<std::thread> threads;
-    for (int index = 0; index < kThreads; ++index) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < kRounds; ++round) {
-                EnterCriticalSection(&section);
-                EnterCriticalSection(&section);
-                LeaveCriticalSection(&section);
-                ++counter;
-                LeaveCriticalSection(&section);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(counter, kThreads * kRounds);
-    DeleteCriticalSection(&section);
-}
-
 }  // namespace

@@ -37,18 +37,6 @@ class UpdateDispatchTest : public testing::Test {
     CLibraryUtils::SmartComInitializer apartment_;
 };
 
-TEST_F(UpdateDispatchTest, UpdateInfoIsThatOfTheCertificateAndItsEntries) {
-    UpdatableProduct::Install("Mixer, Mixer Deluxe", "QDR_UpdateManager = 7\n");
-    SetEntry("{G}", {{"Filename", "C:\\g.qzc"}, {"Language", "1040"}});
-    CBrevikKitCertificateMgr manager;
-    CertUpdateInfo info;
-    const CVelmarProductCertifier certifier;
-    ASSERT_TRUE(certifier.GetUpdateInfo(manager, &info, NarrowToUtf8("mixer deluxe")));
-    EXPECT_EQ(info.m_dwLangID, 1040u);
-    EXPECT_EQ(info.m_strInstallerGUID, NarrowToUtf8("{G}"));
-    EXPECT_EQ(info.m_strUsedBy, NarrowToUtf8("{S}"));
-}
-
 TEST_F(UpdateDispatchTest, UpdateInfoIsLeftAsItWasUnlessUpdatesAreOn) {
     Install("{off}", "C:\\off.qzc", "Off", "QDR_UpdateManager = none\n");
     Install("{on}", "C:\\on.qzc", "On", "QDR_UpdateManager = 1\n");

@@ -151,9 +151,8 @@ TEST_F(TraceLines, TracersIndentWhatLiesBetween) {
 }
 
 TEST_F(TraceLines, SilentIsAMarkerByAddress) {
-    const std::string sameContent = "silent";
     {
-        UTrace::Function scope("F", sameContent.c_str());
+        UTrace::Function scope("F", "silent");
         EXPECT_EQ(scope.Return(5, UTrace::silent), 5);
         EXPECT_EQ(scope.GetResult(), 5);
     }

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 
 #include "filesystem/FileException.h"
 #include "filesystem/Private/Windows/API.h"
@@ -14,16 +13,12 @@ namespace {
 
 constexpr DWORD kPathSize = 0x8000;
 
-// Never destroyed: a host may make its last calls while the process ends.
-std::mutex& GetStartLock() {
-    static std::mutex& lock = *new std::mutex;
-    return lock;
-}
-
 constinit std::atomic<bool> started = false;
 constinit std::atomic<HMODULE> start_module = nullptr;
 
-void Start(HMODULE module) {
+}  // namespace
+
+void FileSystem_Start(HMODULE module) {
     start_module = module;
     FileSystem_Win32::EnsureApi();
     ClassFactory_IF::SetFactory(std::make_shared<ClassFactory>());
@@ -35,13 +30,6 @@ void Start(HMODULE module) {
     started = true;
 }
 
-}  // namespace
-
-void FileSystem_Start(HMODULE module) {
-    const std::lock_guard<std::mutex> hold(GetStartLock());
-    Start(module);
-}
-
 void FileSystem_Stop() {
     {
         const VelmarAutoCriticalSection hold(&FileSystem::GetTempFolderLock());
@@ -51,7 +39,6 @@ void FileSystem_Stop() {
             folder = FolderSpec();
         }
     }
-    const std::lock_guard<std::mutex> hold(GetStartLock());
     FileSystem_Win32::ClearVolumes();
     FileSystem_Win32::ClearApi();
     started = false;
@@ -64,12 +51,8 @@ bool IsStarted() {
 }
 
 void EnsureStarted() {
-    if (IsStarted()) {
-        return;
-    }
-    const std::lock_guard<std::mutex> hold(GetStartLock());
     if (!IsStarted()) {
-        Start(nullptr);
+        FileSystem_Start(nullptr);
     }
 }
 
@@ -77,7 +60,7 @@ HMODULE GetModule() {
     return start_module;
 }
 
-// Never destroyed, as above; nor is its lock.
+// Never destroyed, nor is its lock: a host may make its last calls while the process ends.
 FolderSpec& GetTempFolderState() {
     static FolderSpec& temp_folder = *new FolderSpec;
     return temp_folder;

@@ -67,6 +67,7 @@ int _localtime64_s(std::tm* result, const __time64_t* time) {
         return EINVAL;
     }
     const time_t seconds = *time;
+    tzset();  // localtime_r alone need not notice that TZ has changed
     return localtime_r(&seconds, result) != nullptr ? 0 : EINVAL;
 }
 

@@ -6,8 +6,8 @@
 namespace brevik::platform {
 
 // Without a trailing backslash but at the root of a drive. It is spelled as SetCurrentDirectoryW
-// was given it while the process is still in that folder. Empty when it cannot be had. Safe on any
-// thread.
+// was given it while the process is still in that folder. Empty when there is none, or when no path
+// leads to it, as to a folder whose name ends in a dot. Safe on any thread.
 std::u16string CurrentFolder();
 
 }  // namespace brevik::platform

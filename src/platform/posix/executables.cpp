@@ -1,13 +1,13 @@
 #include "platform/posix/executables.h"
 
 #include <limits.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <string_view>
+#include <utility>
 
+#include "platform/posix/made_once.h"
 #include "platform/posix/paths.h"
 
 namespace brevik::platform {
@@ -15,6 +15,10 @@ namespace {
 
 // The mark behind the path of a file that is gone; a file may also be named like that.
 constexpr std::string_view kDeletedMark = " (deleted)";
+
+std::string LinkOf(pid_t process) {
+    return "/proc/" + std::to_string(process) + "/exe";
+}
 
 std::string ReadExecutableLink(const char* link) {
     char path[PATH_MAX];
@@ -37,21 +41,31 @@ std::string ReadExecutableLink(const char* link) {
 }  // namespace
 
 std::string ExecutableOf(pid_t process) {
-    char link[32];
-    std::snprintf(link, sizeof link, "/proc/%d/exe", process);
-    return ReadExecutableLink(link);
+    return ReadExecutableLink(LinkOf(process).c_str());
 }
 
-// Neither path is ever destroyed: a host may call while the process ends.
-
-const std::string& HostExecutable() {
-    static const std::string& path = *new std::string(ReadExecutableLink("/proc/self/exe"));
-    return path;
+bool StatExecutableOf(pid_t process, struct stat* status) {
+    return stat(LinkOf(process).c_str(), status) == 0;
 }
 
-const std::u16string& HostExecutableWindowsPath() {
-    static const std::u16string& path = *new std::u16string(WindowsPath(HostExecutable()));
-    return path;
+// What cannot be had now is asked for again: only memory or descriptors may be short.
+
+std::string HostExecutable() {
+    static constinit MadeOnce<std::string> kept;
+    if (const std::string* path = kept.Find()) {
+        return *path;
+    }
+    std::string path = ReadExecutableLink("/proc/self/exe");
+    return path.empty() ? path : kept.Keep(std::move(path));
+}
+
+std::u16string HostExecutableWindowsPath() {
+    static constinit MadeOnce<std::u16string> kept;
+    if (const std::u16string* path = kept.Find()) {
+        return *path;
+    }
+    std::u16string path = WindowsPath(HostExecutable());
+    return path.empty() ? path : kept.Keep(std::move(path));
 }
 
 }  // namespace brevik::platform

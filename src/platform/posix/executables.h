@@ -1,6 +1,7 @@
 // The files that processes run.
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <string>
@@ -11,10 +12,12 @@ namespace brevik::platform {
 // replaced since. Empty, with errno set, when it cannot be read.
 std::string ExecutableOf(pid_t process);
 
-// The same for this process, asked once: the host does not move.
-const std::string& HostExecutable();
+// What the host knows of that file. False, with errno set, when it cannot be had.
+bool StatExecutableOf(pid_t process, struct stat* status);
 
-// Its Windows path.
-const std::u16string& HostExecutableWindowsPath();
+// The same for this process, and its Windows path. Once had, they are not asked for again: the host
+// does not move.
+std::string HostExecutable();
+std::u16string HostExecutableWindowsPath();
 
 }  // namespace brevik::platform

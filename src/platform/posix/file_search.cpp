@@ -6,27 +6,17 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <sstream>
 
 #include "platform/posix/environment.h"
 #include "platform/posix/executables.h"
 #include "platform/posix/folder_index.h"
 #include "platform/posix/host_text.h"
-#include "platform/posix/machine.h"
 #include "platform/posix/paths.h"
+#include "platform/posix/trusted_places.h"
 
 namespace brevik::platform {
 namespace {
-
-// A folder of the machine that every search looks into.
-struct SystemFolder {
-    std::string_view hostPath;        // in the machine, as it was made
-    std::u16string_view windowsPath;  // should somebody have changed its case
-};
-
-constexpr SystemFolder kSystemFolders[] = {
-    {"/drives/c/Windows/System32", u"C:\\Windows\\System32"},
-    {"/drives/c/Windows", u"C:\\Windows"},
-};
 
 bool IsRegularFile(const std::string& path) {
     struct stat status;
@@ -49,27 +39,22 @@ std::string FindIn(const std::string& folder, const FoldedName& name) {
 }
 
 std::string FindInSystemFolders(const FoldedName& name) {
-    std::string path = Machine::Current().Folder();
-    const std::size_t machine = path.size();
-    for (const SystemFolder& folder : kSystemFolders) {
-        path.resize(machine);
-        path += folder.hostPath;
-        struct stat status;
-        std::string found;
-        if (stat(path.c_str(), &status) == 0) {
-            found = FindIn(path, status, name);
-        } else if (const HostFile file = FindFile(PlaceOf(folder.windowsPath)); file.error == 0) {
-            found = FindIn(file.path, file.status, name);
-        }
-        if (!found.empty()) {
-            return found;
+    std::string found;
+    for (const auto* path : {u"C:\\Windows\\System32", u"C:\\Windows"}) {
+        const HostFile folder = FindFile(PlaceOf(path));
+        if (found.empty() && folder.error == 0) {
+            found = FindIn(folder.path, folder.status, name);
         }
     }
-    return {};
+    return found;
 }
 
 std::string FindInCurrentFolder(const FoldedName& name) {
-    const std::string found = FindIn(".", name);
+    struct stat status;
+    if (stat(".", &status) != 0 || !MayHoldLibraries(CurrentRights(), status)) {
+        return {};
+    }
+    const std::string found = FindIn(".", status, name);
     if (found.empty()) {
         return {};
     }
@@ -77,35 +62,16 @@ std::string FindInCurrentFolder(const FoldedName& name) {
     return folder && *folder == '/' ? folder.get() + found.substr(1) : std::string();
 }
 
-// Whether an entry of PATH stands there more than once, and this is not the first.
-bool IsRepeated(std::string_view path, std::string_view entry) {
-    for (std::size_t start = 0; path.data() + start != entry.data();) {
-        const std::size_t colon = path.find(':', start);
-        if (path.substr(start, colon - start) == entry) {
-            return true;
-        }
-        start = colon + 1;
-    }
-    return false;
-}
-
 std::string FindInPath(const FoldedName& name) {
     const char* variable = EnvironmentVariable("PATH");
-    const std::string_view path = variable != nullptr ? variable : "";
-    std::string folder;
-    for (std::size_t start = 0; start < path.size();) {
-        const std::string_view entry = path.substr(start, path.find(':', start) - start);
-        start += entry.size() + 1;
-        if (!entry.starts_with('/') || IsRepeated(path, entry)) {
-            continue;
-        }
-        folder = entry;
-        std::string found = FindIn(folder, name);
-        if (!found.empty()) {
-            return found;
+    std::istringstream path(variable != nullptr ? variable : "");
+    std::string found;
+    for (std::string folder; found.empty() && std::getline(path, folder, ':');) {
+        if (folder.starts_with('/')) {
+            found = FindIn(folder, name);
         }
     }
-    return {};
+    return found;
 }
 
 }  // namespace
@@ -138,8 +104,8 @@ std::string FindInSystemOrder(std::u16string_view bareName) {
     if (!IsValidName(bareName)) {
         return {};
     }
-    static const std::string& hostFolder =
-        *new std::string(HostExecutable().substr(0, HostExecutable().find_last_of('/') + 1));
+    const std::string host = HostExecutable();
+    const std::string hostFolder = host.substr(0, host.find_last_of('/') + 1);
     const FoldedName name(Utf8FromWide(bareName));
     std::string found = hostFolder.empty() ? std::string() : FindIn(hostFolder, name);
     if (found.empty()) {

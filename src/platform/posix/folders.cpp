@@ -67,6 +67,12 @@ std::string HostCurrentFolder() {
     return path && *path == '/' ? path.get() : std::string();
 }
 
+bool IsCurrent(const HostFile& folder) {
+    struct stat current;
+    return folder.error == 0 && stat(".", &current) == 0 &&
+           folder.status.st_dev == current.st_dev && folder.status.st_ino == current.st_ino;
+}
+
 // Where a path ends in a separator that only the root of a drive keeps, it is taken off.
 std::u16string WithoutTrailingSeparator(std::u16string path) {
     const bool driveRoot = path.size() == 3 && path[1] == u':';
@@ -115,29 +121,6 @@ class SpelledFolder {
     std::string hostPath_;
     std::u16string spelling_;
 };
-
-// The name with its folder, if it is that of a regular file; else empty.
-std::u16string FileInFolder(std::u16string_view folder, std::u16string_view name) {
-    std::u16string path(folder);
-    if (!path.empty() && !path.ends_with(u'\\')) {
-        path += u'\\';
-    }
-    path += name;
-    return FindRegularFile(path).empty() ? std::u16string() : FullPath(path);
-}
-
-std::u16string SearchFolders(std::u16string_view folders, std::u16string_view name) {
-    while (!folders.empty()) {
-        const std::size_t end = std::min(folders.find(u';'), folders.size());
-        const std::u16string_view folder = folders.substr(0, end);
-        folders.remove_prefix(std::min(end + 1, folders.size()));
-        std::u16string found = folder.empty() ? std::u16string() : FileInFolder(folder, name);
-        if (!found.empty()) {
-            return found;
-        }
-    }
-    return {};
-}
 
 std::u16string SearchSystem(std::u16string_view name) {
     const std::string found = FindInSystemOrder(name);
@@ -193,8 +176,11 @@ std::u16string CurrentFolder() {
     if (host.empty()) {
         return {};
     }
-    std::u16string spelled = SpelledFolder::Current().Of(host);
-    return spelled.empty() ? WithoutTrailingSeparator(WindowsPath(host)) : spelled;
+    std::u16string folder = SpelledFolder::Current().Of(host);
+    if (folder.empty()) {
+        folder = WithoutTrailingSeparator(WindowsPath(host));
+    }
+    return IsCurrent(FindFile(folder)) ? folder : std::u16string();
 }
 
 DWORD GetCurrentDirectoryW(DWORD size, WCHAR* path) {
@@ -226,22 +212,9 @@ BOOL SetCurrentDirectoryW(const WCHAR* path) {
     return TRUE;
 }
 
-DWORD SearchPathW(const WCHAR* path, const WCHAR* fileName, const WCHAR* extension, DWORD size,
-                  WCHAR* buffer, WCHAR** filePart) {
-    if (fileName == nullptr || *fileName == u'\0') {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return 0;
-    }
-    std::u16string name = fileName;
-    if (extension != nullptr) {
-        name = WithDefaultExtension(name, extension);
-    }
-    std::u16string found;
-    if (!IsBareName(name)) {
-        found = FileInFolder({}, name);
-    } else {
-        found = path != nullptr ? SearchFolders(path, name) : SearchSystem(name);
-    }
+DWORD SearchPathW(const WCHAR*, const WCHAR* fileName, const WCHAR*, DWORD size, WCHAR* buffer,
+                  WCHAR** filePart) {
+    const std::u16string found = SearchSystem(fileName);
     if (found.empty()) {
         SetLastError(ERROR_FILE_NOT_FOUND);
         return 0;

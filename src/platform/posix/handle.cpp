@@ -27,18 +27,18 @@ class HandleTable {
 
     HANDLE Open(std::shared_ptr<HandleObject> object) {
         const std::lock_guard lock(mutex_);
-        if (free_.empty()) {
+        if (firstFree_ == 0) {
             if (places_.size() == kPlaceMask) {
                 return nullptr;
             }
-            free_.push_back(places_.size());
             places_.emplace_back();
+            firstFree_ = places_.size();
         }
-        const std::size_t index = free_.back();
-        free_.pop_back();
-        Place& place = places_[index];
+        const std::uintptr_t number = firstFree_;
+        Place& place = places_[number - 1];
+        firstFree_ = place.nextFree;
         place.object = std::move(object);
-        return reinterpret_cast<HANDLE>(((place.uses & kUseMask) << kPlaceBits | (index + 1)) << 2);
+        return reinterpret_cast<HANDLE>(((place.uses & kUseMask) << kPlaceBits | number) << 2);
     }
 
     std::shared_ptr<HandleObject> Find(HANDLE handle) {
@@ -47,7 +47,8 @@ class HandleTable {
         return place != nullptr ? place->object : nullptr;
     }
 
-    // Gives the object back, so that it ends outside of the lock.
+    // Gives the object back, so that it ends outside of the lock. Takes no memory: handles are
+    // closed where that is short.
     std::shared_ptr<HandleObject> Close(HANDLE handle) {
         const std::lock_guard lock(mutex_);
         Place* place = FindPlace(handle);
@@ -55,7 +56,8 @@ class HandleTable {
             return nullptr;
         }
         ++place->uses;
-        free_.push_back(static_cast<std::size_t>(place - places_.data()));
+        place->nextFree =
+            std::exchange(firstFree_, static_cast<std::size_t>(place - places_.data()) + 1);
         return std::exchange(place->object, nullptr);
     }
 
@@ -63,6 +65,7 @@ class HandleTable {
     struct Place {
         std::shared_ptr<HandleObject> object;
         std::uintptr_t uses = 0;
+        std::size_t nextFree = 0;
     };
 
     Place* FindPlace(HANDLE handle) {
@@ -78,7 +81,7 @@ class HandleTable {
 
     std::mutex mutex_;
     std::vector<Place> places_;
-    std::vector<std::size_t> free_;
+    std::size_t firstFree_ = 0;  // a place's number; 0: none is free
 };
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/posix/environment.h"
+#include "platform/posix/made_once.h"
 
 namespace brevik::platform {
 namespace {
@@ -197,18 +198,20 @@ std::string FindLoginName() {
     return user->name;
 }
 
-// Never destroyed: a host may call while the process ends. Throws as FindUser does, and is then
-// asked anew: a number in the name's place would part the user's cookies.
+// Throws as FindUser does, and is then asked anew: a number in the name's place would part the
+// user's cookies.
 const std::string& LoginName() {
-    static const std::string& login = *new std::string(FindLoginName());
-    return login;
+    static constinit MadeOnce<std::string> kept;
+    const std::string* login = kept.Find();
+    return login != nullptr ? *login : kept.Keep(FindLoginName());
 }
 
 }  // namespace
 
 const Machine& Machine::Current() {
-    static const Machine& machine = *new Machine;  // as above
-    return machine;
+    static constinit MadeOnce<Machine> kept;
+    const Machine* machine = kept.Find();
+    return machine != nullptr ? *machine : kept.Keep(Machine());
 }
 
 bool Machine::IsMade(std::string* folder) {

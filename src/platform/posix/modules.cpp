@@ -192,19 +192,16 @@ void* FindExport(void* library, const char* name) {
     return owner == module ? address : nullptr;
 }
 
-void* HostLibrary() {
-    static void* const library = dlopen(nullptr, RTLD_NOW);
-    return library;
-}
-
 FARPROC FindFunction(HMODULE module, const char* name) {
     if (const SystemModule* system = FindSystemModule(module)) {
         const bool found = std::strcmp(system->function.name, name) == 0;
         return found ? system->function.address() : nullptr;
     }
-    void* library = module == HostModule() || module == nullptr
-                        ? HostLibrary()
-                        : ModuleRegistry::Current().LibraryOf(module);
+    if (module == HostModule() || module == nullptr) {
+        const ScopedLibrary host(dlopen(nullptr, RTLD_NOW));
+        return host ? reinterpret_cast<FARPROC>(FindExport(host.get(), name)) : nullptr;
+    }
+    void* library = ModuleRegistry::Current().LibraryOf(module);
     return library != nullptr ? reinterpret_cast<FARPROC>(FindExport(library, name)) : nullptr;
 }
 
@@ -268,15 +265,12 @@ HMODULE GetModuleHandleW(const WCHAR* name) {
     if (ModuleHandle* loaded = ModuleRegistry::Current().FindByName(complete)) {
         return loaded;
     }
-    // An executable's name has no extension here, and is asked for as it is.
-    const std::u16string& host = HostExecutableWindowsPath();
-    return IsNamed(host, name) || IsNamed(host, complete) ? HostModule()
-                                                          : Fail(ERROR_MOD_NOT_FOUND);
+    return Fail(ERROR_MOD_NOT_FOUND);
 }
 
 DWORD GetModuleFileNameW(HMODULE module, WCHAR* path, DWORD size) {
     if (module == nullptr || module == HostModule()) {
-        const std::u16string& host = HostExecutableWindowsPath();
+        const std::u16string host = HostExecutableWindowsPath();
         if (host.empty()) {
             SetLastError(ERROR_FILE_NOT_FOUND);
             return 0;

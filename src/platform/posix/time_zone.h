@@ -11,8 +11,7 @@ namespace brevik::platform {
 // Minutes by which local time is ahead of Coordinated Universal Time at this moment.
 PLATFORM_API int ZoneOffsetAt(time_t moment);
 
-// What GetTimeZoneInformation answers at this moment. Its two times are those that the zone has in
-// the year of the moment; the dates are absolute ones of that year.
+// What GetTimeZoneInformation answers at this moment.
 PLATFORM_API DWORD ZoneInformationAt(time_t moment, TIME_ZONE_INFORMATION* information);
 
 }  // namespace brevik::platform
