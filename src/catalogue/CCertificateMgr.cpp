@@ -70,9 +70,7 @@ void CCertificateMgr::Gather(std::uint32_t mode, const WideString* folder, std::
         AddFolders(mode, folder, reimport);
     }
 
-    std::vector<FileSpec> files;
-    GetCertificatesPathsInDatabase(&files);
-    const int fromDatabase = AddFiles(mode, files, reimport);
+    const std::size_t fromDatabase = AddRecords(mode, reimport);
 
     Utf8StringList paths;
     Utf8StringList guids;
@@ -85,8 +83,7 @@ void CCertificateMgr::Gather(std::uint32_t mode, const WideString* folder, std::
     // The database was empty and the registry names files that could not be read: another program
     // may have filled the database in the meantime.
     if (fromDatabase == 0 && fromRegistry >= 1 && paths.size() > fromRegistry) {
-        GetCertificatesPathsInDatabase(&files);
-        AddFiles(mode, files, reimport);
+        AddRecords(mode, reimport);
     }
 }
 
@@ -107,15 +104,20 @@ void CCertificateMgr::AddFolder(std::uint32_t mode, const WideString& folder,
                                 std::uint8_t reimport) {
     std::vector<FileSpec> files;
     GetCertificatesFolderPath(FilePath(folder), &files);
-    AddFiles(mode, files, reimport);
+    for (const FileSpec& file : files) {
+        AddCertificate(mode, file.GetPath(), {}, reimport);
+    }
 }
 
-// How many of them are in the list afterwards.
-int CCertificateMgr::AddFiles(std::uint32_t mode, const std::vector<FileSpec>& files,
-                              std::uint8_t reimport) {
-    int added = 0;
-    for (const FileSpec& file : files) {
-        added += AddCertificate(mode, file.GetPath(), {}, reimport);
+// How many certificates of the database are in the list afterwards. Each is added under its record
+// key as that stands, or a key in an odd spelling would make a second certificate of one file.
+std::size_t CCertificateMgr::AddRecords(std::uint32_t mode, std::uint8_t reimport) {
+    std::vector<FileSpec> files;
+    Utf8StringList keys;
+    CertificateSources::GetCertificatesPathsInDatabase(&files, &keys);
+    std::size_t added = 0;
+    for (const Utf8String& key : keys) {
+        added += AddCertificate(mode, key, {}, reimport);
     }
     return added;
 }

@@ -12,9 +12,10 @@
 // Threads: a manager belongs to one thread at a time. Managers of several threads may load at once:
 // one of them does the work, and the list that it makes is never changed afterwards.
 //
-// Errors: a certificate that cannot be read is left out. What opening the database throws, and what
-// FileSpec raises for a record key that is no path, passes through every operation but
-// AddCertificate; the load is then tried again by the next operation, also of another manager.
+// Errors: a certificate that cannot be read is left out, and so is a record key that names no file,
+// unless the registry or another certificate names it too. What opening the database throws passes
+// through every operation but AddCertificate; the load is then tried again by the next operation,
+// also of another manager.
 #pragma once
 
 #include <cstdint>
@@ -87,7 +88,7 @@ class CCertificateMgr {
     std::uint8_t Add(std::uint32_t mode, const Utf8String& path, const Utf8String& guid,
                      std::uint8_t reimport, Utf8StringList* walked);
     bool TakeCached(std::uint32_t mode);
-    int AddFiles(std::uint32_t mode, const std::vector<FileSpec>& files, std::uint8_t reimport);
+    std::size_t AddRecords(std::uint32_t mode, std::uint8_t reimport);
     void AddFolder(std::uint32_t mode, const WideString& folder, std::uint8_t reimport);
     void AddFolders(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
     void Gather(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);

@@ -1,6 +1,7 @@
 #include "catalogue/CertificateSources.h"
 
 #include "catalogue/SQLCertificate.h"
+#include "filesystem/FileException.h"
 #include "filesystem/FileSystem.h"
 #include "filesystem/FolderSpec.h"
 #include "platform/errors.h"
@@ -31,7 +32,10 @@ std::vector<FileSpec> CertificatesBelow(const FolderSpec& folder) {
         for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
              entries.Advance()) {
             if (entries.IsFolder()) {
-                below.push_back(entries.GetCurrent());
+                // A link may lead back to where the walk has been.
+                if (!entries.IsFolderLink()) {
+                    below.push_back(entries.GetCurrent());
+                }
             } else if (IsCertificate(entries.GetCurrent())) {
                 found.push_back(entries.GetCurrent());
             }
@@ -81,14 +85,23 @@ WideString RegistryKeyOf(const Utf8String& guid) {
     return kRegistryKey + (WIDE("\\") + Utf8ToWide(guid));
 }
 
-HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files) {
+HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files, Utf8StringList* keys) {
     const UTrace::Function scope("GetCertificatesPathsInDatabase", nullptr);
     files->clear();
-    std::vector<std::string> keys;
-    SQLCertificate::GetDatabaseKeys(&keys);
+    Utf8StringList accepted;
+    std::vector<std::string> all;
+    SQLCertificate::GetDatabaseKeys(&all);
     FileSystem::EnsureStarted();
-    for (const std::string& key : keys) {
-        files->emplace_back(FilePath(key));
+    for (const std::string& key : all) {
+        try {
+            files->emplace_back(FilePath(key));
+            accepted.push_back(NarrowToUtf8(key));
+        } catch (const FileException& failure) {
+            UTrace::Error("The record key %s names no file: %s", key.c_str(), failure.what());
+        }
+    }
+    if (keys != nullptr) {
+        keys->swap(accepted);
     }
     UTrace::Info("GetCertificatesPathsInDatabase, found %d certificates.)", CountOf(*files));
     return ResultOf(*files);

@@ -17,21 +17,12 @@ constexpr int kTraceLevel = 4;
 // Set when the start has run to its end; a start that throws is tried again by the next call.
 constinit std::once_flag frame_started;
 
-std::exception_ptr StartFileSystem() noexcept {
-    try {
-        FileSystem::EnsureStarted();
-        return nullptr;
-    } catch (...) {
-        return std::current_exception();
-    }
-}
-
 }  // namespace
 
 void StartFrame() {
     // Most calls do without files: one that cannot start the file library goes on all the same,
     // once the trace is there to tell, and the next call tries again.
-    const std::exception_ptr failure = StartFileSystem();
+    const std::exception_ptr failure = FileSystem::EnsureStarted();
     std::call_once(frame_started, [] {
         UTrace::Initialize();
         UTrace::SetClientName(kClientName);

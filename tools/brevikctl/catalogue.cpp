@@ -123,11 +123,13 @@ void Language(const Options& options) {
     if (options.json) {
         std::printf("{\"id\":%d,\"code\":%s,\"installed\":%d}\n", selected,
                     code.empty() ? "null" : JsonString(code).c_str(), installed);
-        return;
+    } else {
+        std::printf("%d%s%s\n", selected, code.empty() ? "" : " ", code.c_str());
     }
-    std::printf("%d%s%s\n", selected, code.empty() ? "" : " ", code.c_str());
     if (installed == 0) {
-        std::fprintf(stderr, "brevikctl: no installed product tells a language\n");
+        CBrevikKitCertificateMgr manager;
+        LoadCatalogue(manager);  // throws where the catalogue is why there is none
+        std::fprintf(stderr, "brevikctl: no installed product has a language\n");
     }
 }
 

@@ -9,6 +9,7 @@
 #include "catalogue/VerificationKey.h"
 #include "certificate_argument.h"
 #include "file_argument.h"
+#include "filesystem/FileSystem.h"
 #include "platform/component_model.h"
 #include "terminal.h"
 
@@ -142,6 +143,25 @@ std::vector<CertificateRecord> ReadRecords() {
                                  "\nbrevikctl database rebuild replaces one that is damaged.");
     }
     return records;
+}
+
+std::optional<CertificateTrouble> TroubleOfPath(const std::string& path) {
+    constexpr const char* kHint =
+        "Give it as C:\\folder\\name.qzc: in the registry with brevikctl certificate install, or "
+        "in "
+        "the CertReferencePath that names it.";
+    FileSystem::EnsureStarted();
+    try {
+        const std::string full = PlainText(FileSpec(FilePath(path)).GetPath());
+        if (AsciiToLower(full) == AsciiToLower(path)) {
+            return std::nullopt;
+        }
+        return CertificateTrouble{
+            "its path " + Quoted(path) + " is an odd spelling of " + Quoted(full), kHint};
+    } catch (const FileException& failure) {
+        return CertificateTrouble{"its path " + Quoted(path) + " names no file: " + failure.what(),
+                                  kHint};
+    }
 }
 
 CertificateContent ReadContent(const std::string& path) {

@@ -37,6 +37,10 @@ struct CertificateTrouble {
     std::string hint;
 };
 
+// What is odd about the path under which a certificate is known; none for the full path of a file.
+// Programs answer for one in another spelling as well, but not for each of its files.
+std::optional<CertificateTrouble> TroubleOfPath(const std::string& path);
+
 // Reads a certificate file as the library would. Fields, or a trouble. REQUIRES: the thread is in
 // an apartment of the component model.
 struct CertificateContent {

@@ -63,13 +63,18 @@ bool IsStarted() {
     return started;
 }
 
-void EnsureStarted() {
+std::exception_ptr EnsureStarted() noexcept {
     if (IsStarted()) {
-        return;
+        return nullptr;
     }
-    const std::lock_guard<std::mutex> hold(GetStartLock());
-    if (!IsStarted()) {
-        Start(nullptr);
+    try {
+        const std::lock_guard<std::mutex> hold(GetStartLock());
+        if (!IsStarted()) {
+            Start(nullptr);
+        }
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
     }
 }
 
