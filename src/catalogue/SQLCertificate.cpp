@@ -6,6 +6,7 @@
 
 #include "catalogue/CertificateImport.h"
 #include "catalogue/ImmediateTransaction.h"
+#include "catalogue/RecordGathering.h"
 #include "catalogue/RecordTable.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "catalogue/SharedRecordStore.h"
@@ -54,6 +55,10 @@ bool SQLCertificate::Read(const char* key, const char* verificationKey, bool rei
         table_ = std::move(table);
         key_ = key;
         return true;
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
+        UTrace::Error("Read failed, path: %s ", key);
+        return false;
     } catch (...) {
         UTrace::Error("Read failed, path: %s ", key);
         return false;
@@ -86,7 +91,8 @@ bool SQLCertificate::TableExist(const char* key) {
         RecordSnapshot* const snapshot = SharedRecordStore::Get().SnapshotOf(db_);
         return snapshot != nullptr ? snapshot->Find(*db_, key) != nullptr
                                    : RecordTable::HasRows(*db_, key);
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
         UTrace::Error("TableExist failed, path: %s ", key);
         return false;
     }
@@ -113,7 +119,8 @@ bool SQLCertificate::GetDatabaseKeys(std::vector<std::string>* keys) {
         keys->clear();
         SQLCertificate certificate;
         return certificate.TableList(keys);
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
         return false;
     }
 }

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "catalogue/ImmediateTransaction.h"
+#include "catalogue/RecordGathering.h"
 #include "catalogue/RecordTable.h"
 #include "catalogue/RepairLock.h"
 #include "catalogue/SQLCertificate.h"
@@ -64,7 +65,8 @@ bool ListRecordKeys(SQLite3WrapperDB& db, std::vector<std::string>* keys) {
         RequireRecords(db);
         RecordTable::ListKeys(db, keys);
         return true;
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
         UTrace::Error("TableList failed ");
         return false;
     }
@@ -77,6 +79,7 @@ SharedRecordStore& SharedRecordStore::Get() {
 
 void SharedRecordStore::EnsureOpen() {
     const std::lock_guard lock(mutex_);
+    db_.SetBusyTimeout(static_cast<std::int32_t>(RecordGathering::LongestWait()));
     if (!opened_) {
         Open();
         opened_ = true;
@@ -143,7 +146,8 @@ void SharedRecordStore::Purge() {
         RecordTable::DeleteRows(db_, gone);
         RecordTable::CountEdit(db_);
         transaction.Commit();
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
         // The records stay, and the next process tries again.
     }
 }

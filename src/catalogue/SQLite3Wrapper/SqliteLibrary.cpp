@@ -5,7 +5,6 @@
 #include <mutex>
 #include <string>
 
-#include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "platform/database_library.h"
 #include "trace/UTrace.h"
 
@@ -18,9 +17,8 @@ class Loader {
         std::string reason;
         library_ = LoadDatabaseLibrary(&reason);
         if (library_ == nullptr) {
-            const std::string text = std::string("the database library ") + kDatabaseLibraryName +
-                                     " cannot be loaded: " + reason;
-            throw SQLite3WrapperException(kWrapperError, text.c_str());
+            throw SqliteLibraryMissing(std::string("the database library ") + kDatabaseLibraryName +
+                                       " cannot be loaded: " + reason);
         }
     }
 
@@ -28,9 +26,8 @@ class Loader {
     void Find(const char* name, Function*& function) const {
         function = reinterpret_cast<Function*>(FindDatabaseFunction(library_, name));
         if (function == nullptr) {
-            const std::string text = std::string("the database library ") + kDatabaseLibraryName +
-                                     " has no function " + name;
-            throw SQLite3WrapperException(kWrapperError, text.c_str());
+            throw SqliteLibraryMissing(std::string("the database library ") + kDatabaseLibraryName +
+                                       " has no function " + name);
         }
     }
 
@@ -66,7 +63,7 @@ std::unique_ptr<SqliteLibrary> LoadOrTell() {
     static constinit bool is_told = false;
     try {
         return Load();
-    } catch (const SQLite3WrapperException& failure) {
+    } catch (const SqliteLibraryMissing& failure) {
         if (!is_told) {
             is_told = true;
             UTrace::Error("The catalogue is empty: %s", failure.what());

@@ -4,8 +4,17 @@
 // of the process's life. Any thread.
 #pragma once
 
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
+
 struct sqlite3;
 struct sqlite3_stmt;
+
+// The library or one of its functions cannot be had; the text names which.
+class SqliteLibraryMissing : public SQLite3WrapperException {
+  public:
+    explicit SqliteLibraryMissing(const std::string& text)
+        : SQLite3WrapperException(kWrapperError, text.c_str()) {}
+};
 
 struct SqliteLibrary {
     int (*open)(const char* path, sqlite3** db);
@@ -28,7 +37,6 @@ struct SqliteLibrary {
     const char* (*errmsg)(sqlite3* db);
     void (*free)(void* block);
 
-    // Throws a SQLite3WrapperException of the wrapper's own that names what is missing when the
-    // library or one of the functions cannot be had; the next call tries again.
+    // Throws a SqliteLibraryMissing; the next call tries again.
     static const SqliteLibrary& Get();
 };
