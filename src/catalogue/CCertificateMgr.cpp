@@ -1,9 +1,11 @@
 #include "catalogue/CCertificateMgr.h"
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <mutex>
 
+#include "catalogue/RecordGathering.h"
 #include "modules/ModuleFolders.h"
 #include "trace/UTrace.h"
 
@@ -11,9 +13,14 @@ namespace {
 
 constexpr std::size_t kLongestChain = 16;
 
+// How long a load waits for that of another thread, which saves it the work. That one may wait for
+// this thread in turn, where this one loads a library whose initialiser asks the catalogue: then
+// both do the work.
+constexpr std::chrono::milliseconds kLongestWait{500};
+
 // The list of the last complete load of the process, and the mode it was loaded in.
 struct CertificateCache {
-    std::mutex loading;  // held for the length of a load
+    std::recursive_timed_mutex loading;  // held by a load if it could be had
 
     std::mutex mutex;  // guards the rest
     std::uint32_t mode = 0;
@@ -34,19 +41,28 @@ void CCertificateMgr::Load(std::uint32_t mode, const WideString* folder, std::ui
     if (TakeCached(mode)) {
         return;
     }
+    RecordGathering gathering;
     CertificateCache& cache = Cache();
-    const std::lock_guard hold(cache.loading);
+    const std::unique_lock hold(cache.loading, kLongestWait);
     // Whoever had to wait finds the list of the one who was first.
     if (TakeCached(mode)) {
         return;
     }
     Gather(mode, folder, reimport);
     OwnList();
-    const std::lock_guard guard(cache.mutex);
+    missed_ = gathering.Missed();
     loaded_ = 1;
+    if (gathering.HasMissed()) {
+        UTrace::Error("The catalogue is incomplete for now: %s", missed_.c_str());
+        return;
+    }
+    const std::lock_guard guard(cache.mutex);
+    if (cache.list == nullptr || cache.mode != mode) {
+        cache.mode = mode;
+        cache.list = list_;
+    }
+    list_ = cache.list;
     isListShared_ = true;
-    cache.mode = mode;
-    cache.list = list_;
 }
 
 // Takes over the process's list when it is of this mode. True when the manager is loaded.
@@ -146,6 +162,9 @@ std::uint8_t CCertificateMgr::Add(std::uint32_t mode, const Utf8String& path,
     if (walked->size() > kLongestChain || std::ranges::find(*walked, key) != walked->end()) {
         UTrace::Error("CertReferencePath leads in a circle or too far, path: %s",
                       Utf8ToNarrow(key).c_str());
+        return 0;
+    }
+    if (RecordGathering::IsOver()) {
         return 0;
     }
     walked->push_back(key);

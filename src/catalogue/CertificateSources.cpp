@@ -1,5 +1,6 @@
 #include "catalogue/CertificateSources.h"
 
+#include "catalogue/RecordGathering.h"
 #include "catalogue/SQLCertificate.h"
 #include "filesystem/FileException.h"
 #include "filesystem/FileSystem.h"
@@ -44,7 +45,8 @@ std::vector<FileSpec> CertificatesBelow(const FolderSpec& folder) {
             const std::vector<FileSpec> deeper = CertificatesBelow(FolderSpec(entry));
             found.insert(found.end(), deeper.begin(), deeper.end());
         }
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
         found.clear();
     }
     return found;
@@ -69,6 +71,7 @@ struct RegistryEntries {
     Utf8StringList* guids;
 
     void Take(const ScopedRegistryKey& entry, const Utf8String& guid) {
+        RecordGathering::Note(static_cast<DWORD>(entry.Error()), "the registry");
         DWORD type = REG_NONE;
         const std::optional<WideString> path =
             entry.IsOpen() ? entry.ReadText(WIDE("Filename"), &type) : std::nullopt;
@@ -97,6 +100,7 @@ HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files, Utf8StringL
             files->emplace_back(FilePath(key));
             accepted.push_back(NarrowToUtf8(key));
         } catch (const FileException& failure) {
+            RecordGathering::Note(failure);
             UTrace::Error("The record key %s names no file: %s", key.c_str(), failure.what());
         }
     }
@@ -127,6 +131,7 @@ HRESULT GetCertificatePathsFromRegistry(Utf8StringList* paths, Utf8StringList* g
     constexpr REGSAM kEntryAccess = KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS;
     RegistryEntries entries{paths, guids};
     const ScopedRegistryKey all(HKEY_LOCAL_MACHINE, kRegistryKey, KEY_ENUMERATE_SUB_KEYS);
+    RecordGathering::Note(static_cast<DWORD>(all.Error()), "the registry");
     if (all.IsOpen()) {
         ForEachSubKey(all, [&](const WideString& name) {
             const ScopedRegistryKey entry(all.Get(), name.c_str(), kEntryAccess);

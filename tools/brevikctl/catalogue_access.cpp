@@ -1,5 +1,6 @@
 #include "catalogue_access.h"
 
+#include <cstdio>
 #include <stdexcept>
 
 #include "catalogue/CertificateReader.h"
@@ -106,6 +107,11 @@ CertificateReferences LoadCatalogue(CCertificateMgr& manager) {
     Utf8StringList guids;
     if (certificates.empty() && manager.GetCertificatePathsFromRegistry(&paths, &guids) == S_OK) {
         RequireDatabaseLibrary();
+    }
+    if (!manager.Missed().empty()) {
+        std::fprintf(stderr,
+                     "brevikctl: warning: the catalogue cannot be read in full for now: %s\n",
+                     SafeText(manager.Missed()).c_str());
     }
     return certificates;
 }

@@ -14,7 +14,8 @@
 // Throws where the database library cannot be had, without which no record can be read or made.
 void RequireDatabaseLibrary();
 
-// The certificates that an application is answered from. REQUIRES: the thread is in an apartment of
+// The certificates that an application is answered from. A warning says what was missed of them and
+// may be read at the next try. REQUIRES: the thread is in an apartment of
 // the component model.
 CertificateReferences LoadCatalogue(CCertificateMgr& manager);
 

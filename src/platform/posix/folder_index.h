@@ -54,6 +54,9 @@ struct NameInFolder {
 
     // Whether the answer holds for as long as the folder has the stamp of `status`.
     bool lasting = false;
+
+    // Why it cannot be told whether there is a name: the host's error; 0 where it can.
+    int error = 0;
 };
 
 // The name in `folder` that is `name`, or else the first in byte order that is the same but for

@@ -31,8 +31,11 @@ class HandleTable {
             if (places_.size() == kPlaceMask) {
                 return nullptr;
             }
-            free_.push_back(places_.size());
+            if (free_.capacity() <= places_.size()) {
+                free_.reserve(2 * places_.size() + 8);
+            }
             places_.emplace_back();
+            free_.push_back(places_.size() - 1);
         }
         const std::size_t index = free_.back();
         free_.pop_back();
@@ -78,7 +81,7 @@ class HandleTable {
 
     std::mutex mutex_;
     std::vector<Place> places_;
-    std::vector<std::size_t> free_;
+    std::vector<std::size_t> free_;  // has room for all places: to close takes no memory
 };
 
 }  // namespace
