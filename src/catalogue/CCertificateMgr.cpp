@@ -1,9 +1,11 @@
 #include "catalogue/CCertificateMgr.h"
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <mutex>
 
+#include "catalogue/RecordGathering.h"
 #include "modules/ModuleFolders.h"
 #include "trace/UTrace.h"
 
@@ -11,9 +13,14 @@ namespace {
 
 constexpr std::size_t kLongestChain = 16;
 
+// How long a load waits for that of another thread, which saves it the work. That one may wait for
+// this thread in turn, where this one loads a library whose initialiser asks the catalogue: then
+// both do the work.
+constexpr std::chrono::milliseconds kLongestWait{500};
+
 // The list of the last complete load of the process, and the mode it was loaded in.
 struct CertificateCache {
-    std::mutex loading;  // held for the length of a load
+    std::recursive_timed_mutex loading;  // held by a load if it could be had
 
     std::mutex mutex;  // guards the rest
     std::uint32_t mode = 0;
@@ -34,19 +41,28 @@ void CCertificateMgr::Load(std::uint32_t mode, const WideString* folder, std::ui
     if (TakeCached(mode)) {
         return;
     }
+    RecordGathering gathering;
     CertificateCache& cache = Cache();
-    const std::lock_guard hold(cache.loading);
+    const std::unique_lock hold(cache.loading, kLongestWait);
     // Whoever had to wait finds the list of the one who was first.
     if (TakeCached(mode)) {
         return;
     }
     Gather(mode, folder, reimport);
     OwnList();
-    const std::lock_guard guard(cache.mutex);
+    missed_ = gathering.Missed();
     loaded_ = 1;
+    if (gathering.HasMissed()) {
+        UTrace::Error("The catalogue is incomplete for now: %s", missed_.c_str());
+        return;
+    }
+    const std::lock_guard guard(cache.mutex);
+    if (cache.list == nullptr || cache.mode != mode) {
+        cache.mode = mode;
+        cache.list = list_;
+    }
+    list_ = cache.list;
     isListShared_ = true;
-    cache.mode = mode;
-    cache.list = list_;
 }
 
 // Takes over the process's list when it is of this mode. True when the manager is loaded.
@@ -70,9 +86,7 @@ void CCertificateMgr::Gather(std::uint32_t mode, const WideString* folder, std::
         AddFolders(mode, folder, reimport);
     }
 
-    std::vector<FileSpec> files;
-    GetCertificatesPathsInDatabase(&files);
-    const int fromDatabase = AddFiles(mode, files, reimport);
+    const std::size_t fromDatabase = AddRecords(mode, reimport);
 
     Utf8StringList paths;
     Utf8StringList guids;
@@ -85,8 +99,7 @@ void CCertificateMgr::Gather(std::uint32_t mode, const WideString* folder, std::
     // The database was empty and the registry names files that could not be read: another program
     // may have filled the database in the meantime.
     if (fromDatabase == 0 && fromRegistry >= 1 && paths.size() > fromRegistry) {
-        GetCertificatesPathsInDatabase(&files);
-        AddFiles(mode, files, reimport);
+        AddRecords(mode, reimport);
     }
 }
 
@@ -107,15 +120,20 @@ void CCertificateMgr::AddFolder(std::uint32_t mode, const WideString& folder,
                                 std::uint8_t reimport) {
     std::vector<FileSpec> files;
     GetCertificatesFolderPath(FilePath(folder), &files);
-    AddFiles(mode, files, reimport);
+    for (const FileSpec& file : files) {
+        AddCertificate(mode, file.GetPath(), {}, reimport);
+    }
 }
 
-// How many of them are in the list afterwards.
-int CCertificateMgr::AddFiles(std::uint32_t mode, const std::vector<FileSpec>& files,
-                              std::uint8_t reimport) {
-    int added = 0;
-    for (const FileSpec& file : files) {
-        added += AddCertificate(mode, file.GetPath(), {}, reimport);
+// How many certificates of the database are in the list afterwards. Each is added under its record
+// key as that stands, or a key in an odd spelling would make a second certificate of one file.
+std::size_t CCertificateMgr::AddRecords(std::uint32_t mode, std::uint8_t reimport) {
+    std::vector<FileSpec> files;
+    Utf8StringList keys;
+    CertificateSources::GetCertificatesPathsInDatabase(&files, &keys);
+    std::size_t added = 0;
+    for (const Utf8String& key : keys) {
+        added += AddCertificate(mode, key, {}, reimport);
     }
     return added;
 }
@@ -144,6 +162,9 @@ std::uint8_t CCertificateMgr::Add(std::uint32_t mode, const Utf8String& path,
     if (walked->size() > kLongestChain || std::ranges::find(*walked, key) != walked->end()) {
         UTrace::Error("CertReferencePath leads in a circle or too far, path: %s",
                       Utf8ToNarrow(key).c_str());
+        return 0;
+    }
+    if (RecordGathering::IsOver()) {
         return 0;
     }
     walked->push_back(key);

@@ -1,20 +1,25 @@
 // The catalogue: which products are installed on this machine, and which certificate belongs to
 // each.
 //
-// A manager is a cheap object that each query makes anew. The first load of a process gathers the
-// certificates; its list is kept for the process, and every later manager shares it. So the
-// catalogue of a running process does not change, whatever is installed meanwhile.
+// A manager is a cheap object that each query makes anew. The first complete load of a process
+// gathers the certificates; its list is kept for the process, and every later manager shares it. So
+// the catalogue of a running process does not change, whatever is installed meanwhile. A load is
+// complete unless something failed that may succeed at the next try, such as for want of memory, or
+// while another process holds the database. The list of one that is not complete is its manager's
+// alone, and the next manager loads again.
 //
 // The list's order decides every lookup, for the first match wins: certificates of folders (modes 1
 // and 3), then those of the database in its order, then those of the registry in the order of its
 // keys. A certificate stands at its first place, under its path in lower case.
 //
 // Threads: a manager belongs to one thread at a time. Managers of several threads may load at once:
-// one of them does the work, and the list that it makes is never changed afterwards.
+// most often one of them does the work, and the list that is kept is never changed afterwards. No
+// lock is needed to go on while a library loads or a component object is made.
 //
-// Errors: a certificate that cannot be read is left out. What opening the database throws, and what
-// FileSpec raises for a record key that is no path, passes through every operation but
-// AddCertificate; the load is then tried again by the next operation, also of another manager.
+// Errors: a certificate that cannot be read is left out, and so is a record key that names no file,
+// unless the registry or another certificate names it too. What opening the database throws passes
+// through every operation; the load is then tried again by the next operation, also of another
+// manager.
 #pragma once
 
 #include <cstdint>
@@ -42,6 +47,9 @@ class CCertificateMgr {
     // each certificate file is read anew. A load in a mode other than that of the process's list
     // gathers the certificates again and makes its list the process's.
     void Load(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
+
+    // What kept the load from being complete, for a person to read; empty after a complete one.
+    const std::string& Missed() const { return missed_; }
 
     // Adds a certificate, or the one that it points to. 1 when that is in the list afterwards. One
     // that was there keeps its place, and takes the GUID where that is not empty. A row of more
@@ -87,7 +95,7 @@ class CCertificateMgr {
     std::uint8_t Add(std::uint32_t mode, const Utf8String& path, const Utf8String& guid,
                      std::uint8_t reimport, Utf8StringList* walked);
     bool TakeCached(std::uint32_t mode);
-    int AddFiles(std::uint32_t mode, const std::vector<FileSpec>& files, std::uint8_t reimport);
+    std::size_t AddRecords(std::uint32_t mode, std::uint8_t reimport);
     void AddFolder(std::uint32_t mode, const WideString& folder, std::uint8_t reimport);
     void AddFolders(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
     void Gather(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
@@ -102,4 +110,5 @@ class CCertificateMgr {
     std::uint8_t loaded_ = 0;
     bool isListShared_ = false;
     SharedHandle<CertificateList> list_;
+    std::string missed_;
 };

@@ -14,13 +14,14 @@ namespace {
 
 constexpr char kUpdateSwitch[] = "QDR_UpdateManager";
 
-// Both are in lower case: certificates by their record keys, folders as ModuleFolders tells them.
+// Record keys are in lower case by their ASCII letters alone, folders by all of their letters.
 void AppendGUIDsIn(const WideString& folder, const CertificateReferences& references,
                    Utf8StringList* guids) {
+    const WideString folded = StringToLower(folder);
     for (const SharedHandle<CCertificateReference>& reference : references) {
         WideString path = NarrowToWide(reference->GetStore()->GetKey());
         path.resize(std::min(path.rfind(WIDE('\\')), path.size()));
-        if (path == folder) {
+        if (path.size() == folded.size() && StringToLower(path) == folded) {
             guids->push_back(reference->GetGUID());
         }
     }
@@ -84,15 +85,12 @@ void CVelmarProductCertifier::CollectProductInfo(SQLCertificate& store,
                                                  const Utf8String& guid,
                                                  const Utf8String& usedBy) const {
     const Utf8String location = NarrowToUtf8(ReadField(store, "Vector Location"));
-    if (!info->vectorLocation.empty() && info->vectorLocation != location) {
+    const auto productId = static_cast<std::uint32_t>(ReadNumber(store, "QDR_ProductID"));
+    if ((!info->vectorLocation.empty() && info->vectorLocation != location) ||
+        (info->productId != 0 && info->productId != productId)) {
         return;
     }
     info->vectorLocation = location;
-
-    const auto productId = static_cast<std::uint32_t>(ReadNumber(store, "QDR_ProductID"));
-    if (info->productId != 0 && info->productId != productId) {
-        return;
-    }
     info->productId = productId;
 
     info->branding = static_cast<std::uint32_t>(ReadNumber(store, "QDR_Branding"));

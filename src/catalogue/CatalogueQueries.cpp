@@ -1,6 +1,7 @@
 #include "catalogue/CatalogueQueries.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "catalogue/CBrevikKitCertificateMgr.h"
 #include "catalogue/CVelmarProductCertifier.h"
@@ -51,6 +52,11 @@ bool CertificateItemValueByProdName(const std::string& productName, const std::s
 }
 
 std::int32_t GetLocalGUIDs(char** guids) {
+    char* block = MakeBlock({});
+    if (block == nullptr) {
+        return 0;
+    }
+    *guids = block;  // whatever fails from here on
     CBrevikKitCertificateMgr manager;
     const CVelmarProductCertifier certifier;
     Utf8StringList found;
@@ -59,11 +65,11 @@ std::int32_t GetLocalGUIDs(char** guids) {
     for (const Utf8String& guid : found) {
         list += Utf8ToNarrow(guid) + '\0';
     }
-    char* block = MakeBlock(list);
+    block = MakeBlock(list);
     if (block == nullptr) {
         return 0;
     }
-    *guids = block;
+    CoTaskMemFree(std::exchange(*guids, block));
     return static_cast<std::int32_t>(count);
 }
 

@@ -23,8 +23,8 @@ bool CertificateItemValueByProdName(const std::string& productName, const std::s
                                     void** value, std::uint32_t* size);
 
 // The GUIDs of the products beside the host program, or else beside its parent's: narrow texts with
-// their NULs one behind the other, and one further NUL; that alone where there are none. Returns
-// their number, 0 as well when there is no memory for the block.
+// their NULs one after the other, and one further NUL; that alone where there are none, and when
+// the call throws. Returns their number, 0 as well when there is no memory for the block.
 std::int32_t GetLocalGUIDs(char** guids);
 
 }  // namespace CatalogueQueries

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "catalogue/RecordGathering.h"
 #include "modules/ScopedText.h"
 #include "platform/text.h"
 #include "text/StringConversions.h"
@@ -14,14 +15,25 @@ constexpr DWORD kAnyContext =
 
 using CLibraryUtils::ScopedText;
 
+// A result that holds an error number of the system may be another one at the next try.
+void NoteResult(HRESULT result, const std::string& what) {
+    const auto code = static_cast<std::uint32_t>(result);
+    if (code >> 16 == 0x8007) {
+        RecordGathering::Note(code & 0xFFFF, what);
+    }
+}
+
 // Owner of one reference on the component.
 class ScopedReader {
   public:
     ScopedReader() {
         void* object = nullptr;
-        if (SUCCEEDED(CoCreateInstance(CLSID_CertificateReader, nullptr, kAnyContext,
-                                       IID_ICertificateReader, &object))) {
+        const HRESULT result = CoCreateInstance(CLSID_CertificateReader, nullptr, kAnyContext,
+                                                IID_ICertificateReader, &object);
+        if (SUCCEEDED(result)) {
             reader_ = static_cast<ICertificateReader*>(object);
+        } else {
+            NoteResult(result, "the certificate reader");
         }
     }
     ScopedReader(const ScopedReader&) = delete;
@@ -64,7 +76,11 @@ std::string ReadCertificateFile(const std::string& path, const std::string& veri
     const ScopedText keyText(NarrowToWide(verificationKey));
     ScopedText text;
     // Whatever they answer: a file that cannot be read gives no text.
-    reader->OpenFile(pathText.Get(), keyText.Get());
-    reader->GetText(text.Out());
-    return Narrow(text.Get());
+    const HRESULT opened = reader->OpenFile(pathText.Get(), keyText.Get());
+    const HRESULT given = reader->GetText(text.Out());
+    std::string narrow = Narrow(text.Get());
+    if (narrow.empty()) {
+        NoteResult(FAILED(opened) ? opened : given, path);
+    }
+    return narrow;
 }

@@ -1,6 +1,8 @@
 #include "catalogue/CertificateSources.h"
 
+#include "catalogue/RecordGathering.h"
 #include "catalogue/SQLCertificate.h"
+#include "filesystem/FileException.h"
 #include "filesystem/FileSystem.h"
 #include "filesystem/FolderSpec.h"
 #include "platform/errors.h"
@@ -31,7 +33,10 @@ std::vector<FileSpec> CertificatesBelow(const FolderSpec& folder) {
         for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
              entries.Advance()) {
             if (entries.IsFolder()) {
-                below.push_back(entries.GetCurrent());
+                // A link may lead back to where the walk has been.
+                if (!entries.IsFolderLink()) {
+                    below.push_back(entries.GetCurrent());
+                }
             } else if (IsCertificate(entries.GetCurrent())) {
                 found.push_back(entries.GetCurrent());
             }
@@ -40,7 +45,8 @@ std::vector<FileSpec> CertificatesBelow(const FolderSpec& folder) {
             const std::vector<FileSpec> deeper = CertificatesBelow(FolderSpec(entry));
             found.insert(found.end(), deeper.begin(), deeper.end());
         }
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
         found.clear();
     }
     return found;
@@ -65,6 +71,7 @@ struct RegistryEntries {
     Utf8StringList* guids;
 
     void Take(const ScopedRegistryKey& entry, const Utf8String& guid) {
+        RecordGathering::Note(static_cast<DWORD>(entry.Error()), "the registry");
         DWORD type = REG_NONE;
         const std::optional<WideString> path =
             entry.IsOpen() ? entry.ReadText(WIDE("Filename"), &type) : std::nullopt;
@@ -81,14 +88,24 @@ WideString RegistryKeyOf(const Utf8String& guid) {
     return kRegistryKey + (WIDE("\\") + Utf8ToWide(guid));
 }
 
-HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files) {
+HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files, Utf8StringList* keys) {
     const UTrace::Function scope("GetCertificatesPathsInDatabase", nullptr);
     files->clear();
-    std::vector<std::string> keys;
-    SQLCertificate::GetDatabaseKeys(&keys);
+    Utf8StringList accepted;
+    std::vector<std::string> all;
+    SQLCertificate::GetDatabaseKeys(&all);
     FileSystem::EnsureStarted();
-    for (const std::string& key : keys) {
-        files->emplace_back(FilePath(key));
+    for (const std::string& key : all) {
+        try {
+            files->emplace_back(FilePath(key));
+            accepted.push_back(NarrowToUtf8(key));
+        } catch (const FileException& failure) {
+            RecordGathering::Note(failure);
+            UTrace::Error("The record key %s names no file: %s", key.c_str(), failure.what());
+        }
+    }
+    if (keys != nullptr) {
+        keys->swap(accepted);
     }
     UTrace::Info("GetCertificatesPathsInDatabase, found %d certificates.)", CountOf(*files));
     return ResultOf(*files);
@@ -114,6 +131,7 @@ HRESULT GetCertificatePathsFromRegistry(Utf8StringList* paths, Utf8StringList* g
     constexpr REGSAM kEntryAccess = KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS;
     RegistryEntries entries{paths, guids};
     const ScopedRegistryKey all(HKEY_LOCAL_MACHINE, kRegistryKey, KEY_ENUMERATE_SUB_KEYS);
+    RecordGathering::Note(static_cast<DWORD>(all.Error()), "the registry");
     if (all.IsOpen()) {
         ForEachSubKey(all, [&](const WideString& name) {
             const ScopedRegistryKey entry(all.Get(), name.c_str(), kEntryAccess);

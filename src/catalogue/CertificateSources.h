@@ -19,11 +19,13 @@ inline constexpr const WCHAR* kRegistryKey = WIDE("SOFTWARE\\ONDREL\\Certificate
 // The path of the sub key of a GUID.
 WideString RegistryKeyOf(const Utf8String& guid);
 
-// A file for each record key. Raises what FileSpec raises for a key that is no path.
-HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files);
+// A file for each record key that names one, and, where asked for, these keys: the path of a file
+// may be another spelling than its key. An error line reports each key that names no file.
+HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files,
+                                       Utf8StringList* keys = nullptr);
 
-// The certificate files of a folder, then those of each folder below it. A folder that cannot be
-// walked to its end gives none.
+// The certificate files of a folder, then those of each folder below it, links to folders left out.
+// A folder that cannot be walked to its end gives none.
 HRESULT GetCertificatesFolderPath(const FilePath& folder, std::vector<FileSpec>* files);
 
 // The paths and GUIDs of the registry, two lists of equal length, in the order of the sub keys:

@@ -6,7 +6,10 @@
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
+#include "filesystem/FileException.h"
 #include "platform/clock.h"
+#include "platform/errors.h"
+#include "text/SystemException.h"
 
 namespace {
 
@@ -16,6 +19,14 @@ constexpr DWORD kLongestWait = 60000;
 constexpr std::int32_t kPassingFailures[] = {kSqliteBusy,       kSqliteLocked,  kSqliteNoMemory,
                                              kSqliteInterrupt,  kSqliteIoError, kSqliteFull,
                                              kSqliteCannotOpen, kSqliteProtocol};
+
+// The same of the operating system: rights, memory, descriptors, other programs and the disk. What
+// is absent or malformed will be at the next try, and a network that is down may take long to tell.
+constexpr DWORD kPassingErrors[] = {
+    ERROR_TOO_MANY_OPEN_FILES, ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY,   ERROR_OUTOFMEMORY,
+    ERROR_GEN_FAILURE,         ERROR_IO_DEVICE,     ERROR_SHARING_VIOLATION,   ERROR_MOD_NOT_FOUND,
+    ERROR_BAD_EXE_FORMAT,      ERROR_DISK_FULL,     ERROR_NO_SYSTEM_RESOURCES,
+};
 
 thread_local RecordGathering* current = nullptr;
 
@@ -34,6 +45,10 @@ RecordGathering::~RecordGathering() {
     current = outer_;
 }
 
+bool RecordGathering::IsOver() {
+    return current != nullptr && current->hasWaitedInVain_;
+}
+
 DWORD RecordGathering::LongestWait() {
     if (current == nullptr) {
         return kLongestWait;
@@ -50,11 +65,26 @@ bool RecordGathering::IsPassing(const std::exception& failure) {
            std::ranges::find(kPassingFailures, CodeOf(failure)) != std::end(kPassingFailures);
 }
 
+void RecordGathering::Note(DWORD error, const std::string& what) {
+    if (current != nullptr && !current->HasMissed() &&
+        std::ranges::find(kPassingErrors, error) != std::end(kPassingErrors)) {
+        current->missed_ = what + ": error " + std::to_string(error);
+    }
+}
+
 void RecordGathering::Note(const std::exception& failure) {
+    if (const auto* const file = dynamic_cast<const FileException*>(&failure)) {
+        const auto* const cause = dynamic_cast<const SystemException::Win32*>(file->GetInner());
+        Note(cause != nullptr ? static_cast<DWORD>(cause->GetCode()) : ERROR_SUCCESS,
+             Utf8ToNarrow(file->GetPath()));
+        return;
+    }
     if (current == nullptr || !IsPassing(failure)) {
         return;
     }
-    current->hasMissed_ = true;
+    if (!current->HasMissed()) {
+        current->missed_ = failure.what();
+    }
     if (CodeOf(failure) == kSqliteBusy) {
         current->hasWaitedInVain_ = true;
         current->wait_ = 0;

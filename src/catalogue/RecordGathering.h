@@ -1,9 +1,9 @@
 // The use of the record store by one load of the catalogue, from its beginning to its end.
 //
-// Some failures of the record store may be gone at the next try: another process holds the
-// database, memory or descriptors are short, the disk failed once. Most of its operations report
-// them as they report any other failure, on the trace. A load makes one of these objects first, and
-// knows at its end whether the list that came of it may be kept.
+// Some failures of the record store, of certificate files and of the registry may be gone at the
+// next try: another process holds the database, memory or descriptors are short, the disk failed
+// once. They are reported as any other failure is, on the trace. A load makes one of these objects
+// first, and knows at its end whether the list that came of it may be kept.
 //
 // An object belongs to the thread that made it and counts what that thread does; of objects within
 // one another the innermost counts.
@@ -11,6 +11,7 @@
 
 #include <exception>
 #include <optional>
+#include <string>
 
 #include "platform/types.h"
 
@@ -25,13 +26,16 @@ class RecordGathering {
 
     // Whether something failed that may succeed at the next try: what was gathered is not to be
     // kept.
-    bool HasMissed() const { return hasMissed_; }
+    bool HasMissed() const { return !missed_.empty(); }
 
-    // Whether another process held the database for as long as a load waits. No statement of this
-    // object waits again, so that the rest of the load is likely to miss too and may be left out.
-    bool HasWaitedInVain() const { return hasWaitedInVain_; }
+    // What failed first, for a person to read.
+    const std::string& Missed() const { return missed_; }
 
-    // ---- For the record store ----
+    // Whether another process held the database for as long as the thread's load waits. None of its
+    // statements waits again, so that the rest is likely to miss too and may be left out.
+    static bool IsOver();
+
+    // ---- For the record store, and for what reads certificates and the registry ----
 
     // How many milliseconds a statement of this thread may wait for other processes now.
     static DWORD LongestWait();
@@ -41,10 +45,13 @@ class RecordGathering {
     // Notes a failure in the thread's object, where there is one and the failure may be passing.
     static void Note(const std::exception& failure);
 
+    // The same for an error number of the operating system; `what` is what could not be had.
+    static void Note(DWORD error, const std::string& what);
+
   private:
     RecordGathering* outer_;
     DWORD start_;
     std::optional<DWORD> wait_;  // set by the first statement
-    bool hasMissed_ = false;
+    std::string missed_;
     bool hasWaitedInVain_ = false;
 };

@@ -3,6 +3,8 @@
 // Everything else in the library requires that FileSystem_Start has run. Any thread.
 #pragma once
 
+#include <exception>
+
 #include "filesystem/FolderSpec.h"
 #include "platform/modules.h"
 #include "text/CriticalSection.h"
@@ -23,8 +25,10 @@ namespace FileSystem {
 // Whether a start has come to its end since the last stop.
 bool IsStarted();
 
-// FileSystem_Start for the host program, unless the library is started.
-void EnsureStarted();
+// FileSystem_Start for the host program, unless the library is started. Returns the failure, or
+// null. A FileException is one of visiting the host program's own file, which may lie on a drive
+// that the machine lacks: other paths work all the same.
+std::exception_ptr EnsureStarted() noexcept;
 
 // The module given to the last start; null for the host program's file.
 HMODULE GetModule();

@@ -18,15 +18,6 @@ constexpr int kTraceLevel = 4;
 // Set when the trace's start has run to its end.
 constinit std::atomic<bool> trace_started = false;
 
-std::exception_ptr StartFileSystem() noexcept {
-    try {
-        FileSystem::EnsureStarted();
-        return nullptr;
-    } catch (...) {
-        return std::current_exception();
-    }
-}
-
 void StartTrace() {
     if (trace_started) {
         return;
@@ -47,7 +38,7 @@ void StartTrace() {
 void StartFrame() {
     // Most calls do without files: one that cannot start the file library goes on all the same,
     // once the trace is there to tell, and the next call tries again.
-    const std::exception_ptr failure = StartFileSystem();
+    const std::exception_ptr failure = FileSystem::EnsureStarted();
     StartTrace();
     if (failure != nullptr) {
         try {

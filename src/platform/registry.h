@@ -49,7 +49,8 @@ inline constexpr DWORD REG_DWORD = 4;
 inline constexpr DWORD REG_MULTI_SZ = 7;
 inline constexpr DWORD REG_QWORD = 11;
 
-// Opens a key below another, its path without regard to case. 2 when it is missing, 161 for a path
+// Opens a key below another, its path without regard to case. 2 when it is missing, 5 or 31
+// while the registry's file cannot be read and never could be, 161 for a path
 // that begins with a backslash, 87 for a null `key` or for both views at once. The handle can do
 // what `access` asks for; KEY_READ holds both rights there are. 1450 when no handle is left. A path
 // under SOFTWARE is looked for below SOFTWARE\Wow6432Node first and then as it stands, with

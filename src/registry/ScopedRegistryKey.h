@@ -7,20 +7,20 @@
 
 class ScopedRegistryKey {
   public:
-    ScopedRegistryKey(HKEY parent, const WCHAR* path, REGSAM access) {
-        if (RegOpenKeyExW(parent, path, 0, access, &key_) != ERROR_SUCCESS) {
-            key_ = nullptr;
-        }
-    }
+    ScopedRegistryKey(HKEY parent, const WCHAR* path, REGSAM access)
+        : error_(RegOpenKeyExW(parent, path, 0, access, &key_)) {}
     ScopedRegistryKey(const ScopedRegistryKey&) = delete;
     ScopedRegistryKey& operator=(const ScopedRegistryKey&) = delete;
     ~ScopedRegistryKey() {
-        if (key_ != nullptr) {
+        if (IsOpen()) {
             RegCloseKey(key_);
         }
     }
 
-    bool IsOpen() const { return key_ != nullptr; }
+    bool IsOpen() const { return error_ == ERROR_SUCCESS; }
+
+    // Why it is not open.
+    LONG Error() const { return error_; }
     HKEY Get() const { return key_; }
 
     // The bytes of a value read as text up to its first NUL, whatever its type. None when the value
@@ -37,4 +37,5 @@ class ScopedRegistryKey {
 
   private:
     HKEY key_ = nullptr;
+    LONG error_;  // after the key: its making sets it
 };

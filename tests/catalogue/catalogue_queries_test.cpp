@@ -175,6 +175,11 @@ TEST_F(Certifier, SeveralCertificatesOfOneProductFeedOneRecord) {
     EXPECT_EQ(info.dialogWidth, 640);
     EXPECT_EQ(info.dialogHeight, 480);
 
+    CertificateProductInfo placeless;
+    certifier_.CollectProductInfo(*Store("QDR_ProductID = 42\n"), &placeless, {}, {}, {});
+    certifier_.CollectProductInfo(*Store("QDR_ProductID = 43\nVector Location = there\n"),
+                                  &placeless, {}, {}, {});
+    EXPECT_TRUE(placeless.vectorLocation.empty());
     for (const char* stranger :
          {"QDR_ProductID = 43\nVector Location = here\n",
           "QDR_ProductID = 42\nVector Location = there\n", "Vector Location = here\n"}) {

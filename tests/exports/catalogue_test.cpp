@@ -6,11 +6,11 @@
 
 #include <fstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/child_process.h"
 #include "support/installed_products.h"
+#include "support/test_machine.h"
 
 namespace {
 
@@ -79,6 +79,12 @@ TEST_F(CatalogueExports, ProductsOfTheOwnFolderElseOfTheParents) {
     EXPECT_EQ(RunChild({launcher, "start", tool, "guids"}).output, "1 {L}\n");
     EXPECT_EQ(RunChild({suite, "start", tool, "guids"}).output, "2 {A} {B}\n");
     EXPECT_EQ(RunChild({tool, "guids"}).output, "0\n");
+
+    // A folder's letters fold without regard to the alphabet.
+    const std::string umlaut = PutHost("C:\\\u00DCber\\Suite");
+    Install("{U}", "C:\\\u00DCBER\\Suite\\u.qzc", "U");
+    fs::rename(HostPath("C:\\\u00DCBER\\Suite\\u.qzc"), HostPath("C:\\\u00DCber\\Suite\\u.qzc"));
+    EXPECT_EQ(RunChild({umlaut, "guids"}).output, "1 {U}\n");
 }
 
 TEST_F(CatalogueExports, LanguageIsTheOneThatTheSuiteWasInstalledIn) {
@@ -88,7 +94,7 @@ TEST_F(CatalogueExports, LanguageIsTheOneThatTheSuiteWasInstalledIn) {
     EXPECT_EQ(Say({"ids", "1031", "1033"}), "0 1033\n");
 }
 
-// Neither leaves a call without its failure result, and a later call gets it right.
+// No call is left without its failure result, and a later call gets it right.
 TEST_F(CatalogueExports, CatalogueThatCannotBeOpenedFailsTheQueryAlone) {
     Install("{G}", "C:\\g.qzc", "G", "x = y\n");
     fs::create_directories(HostPath("C:\\ProgramData"));
@@ -99,48 +105,24 @@ TEST_F(CatalogueExports, CatalogueThatCannotBeOpenedFailsTheQueryAlone) {
     EXPECT_EQ(host.ReadLine(), "0 0 (none)");
     EXPECT_EQ(host.ReadLine(), "0");
     EXPECT_EQ(host.ReadLine(), "0 1033");
+    char* guids = nullptr;
+    EXPECT_EQ(bvkc_GetLocalGUIDs(&guids), 0);
+    ASSERT_NE(guids, nullptr);
+    EXPECT_EQ(*guids, '\0');
+    brevik_CoTaskMemFree(guids);
     fs::remove(folder);
     fs::create_directory(folder);
     host.WriteLine("go");
     EXPECT_EQ(host.ReadLine(), "1 2 y");
 }
 
-TEST_F(CatalogueExports, TraceTellsTheRoadOfACall) {
-    Install("{G}", "C:\\g.qzc", "G");
-    const std::string said = RunChild({BREVIK_TEST_HOST, "get", "{G}", "x", "get", "{G}", "x"},
-                                      {{"BREVIK_DEBUG_OUTPUT", "-"}})
-                                 .errors;
-    const std::string call =
-        "BREVIK KIT: BrevikKitAPI bvkc_CertificateItemValue (InstallerGUID={G},sIdentifier=x)\r\n";
-    EXPECT_EQ(said.substr(said.rfind(call)),
-              call +
-                  "BREVIK KIT: BrevikKit:CertificateItemValue - enter\r\n"
-                  "BREVIK KIT:   BrevikKit:CertificateItemValue(InstallerGUID={G}, "
-                  "sIdentifier=x)\r\n"
-                  "BREVIK KIT:   GetFieldAsText failed, FieldName: x\r\n"
-                  "BREVIK KIT:   BrevikKit:CertificateItemValue--RESULT--(void)\r\n"
-                  "BREVIK KIT: BrevikKit:CertificateItemValue - return\r\n");
-}
-
-TEST_F(CatalogueExports, FirstCallsOfManyThreadsAtOnceAllAnswer) {
-    for (int i = 0; i < 5; ++i) {
-        const std::string name = std::to_string(i);
-        Install("{" + name + "}", "C:\\" + name + ".qzc", "P" + name, "x = " + name + "\n");
-    }
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 20; ++i) {
-        threads.emplace_back([i] {
-            const std::string name = std::to_string(i % 5);
-            void* value = nullptr;
-            std::uint32_t size = 0;
-            EXPECT_EQ(bvkc_CertificateItemValue(("{" + name + "}").c_str(), "x", &value, &size), 1);
-            EXPECT_EQ(std::string(static_cast<const char*>(value), size), name + '\0');
-            brevik_CoTaskMemFree(value);
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+TEST_F(CatalogueExports, HostWithoutAPathHasACatalogueAndALanguage) {
+    Install("{G}", "C:\\g.qzc", "G", "x = y\n");
+    SetEntry("{G}", {{"Filename", "C:\\g.qzc"}, {"Language", "1036"}});
+    const std::vector<std::string> questions = {"get", "{G}", "x", "ids", "1031", "1036"};
+    EXPECT_EQ(Say(questions), "1 2 y\n0 1036\n");
+    fs::remove(TestMachine::Folder() / "drives/z");
+    EXPECT_EQ(Say(questions), "1 2 y\n0 1036\n");
 }
 
 }  // namespace

@@ -29,4 +29,12 @@ TEST(FileLibraryStart, FailureIsToldAtEachCallAndStopsNone) {
     EXPECT_NE(host.errors.find("BREVIK KIT"), std::string::npos);
 }
 
+TEST(FileLibraryStart, NeedsNoMachine) {
+    const ChildResult host =
+        RunChild({BREVIK_TEST_HOST, "ids", "1031", ".", "guids"},
+                 {{"BREVIK_MACHINE", "/dev/null/machine"}, {"BREVIK_DEBUG_OUTPUT", "-"}});
+    EXPECT_EQ(host.output, "0 1031\n0\n");
+    EXPECT_EQ(host.errors.find("error ="), std::string::npos) << host.errors;
+}
+
 }  // namespace

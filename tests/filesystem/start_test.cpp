@@ -32,7 +32,8 @@ TEST(FileSystemStart, ComesBeforeAnyFileObject) {
 TEST(FileSystemStart, ThatFailsIsStartedAgainByTheNext) {
     FaultyApi api;
     api.Break("GetVolumeInformationW", 21);
-    EXPECT_EQ(MessageOf([] { FileSystem::EnsureStarted(); }), "media not found");
+    EXPECT_EQ(MessageOf([] { std::rethrow_exception(FileSystem::EnsureStarted()); }),
+              "media not found");
     EXPECT_FALSE(FileSystem::IsStarted());
     api.Break("GetVolumeInformationW", 0);
     FileSystem::EnsureStarted();

@@ -29,19 +29,14 @@ TEST(LanguageLadder, InstalledThenZeroThenEnglishThenTheFirst) {
     EXPECT_EQ(Select(1040, {1031, 1031, 1040, 1040}), 1040);
 }
 
-TEST(LangManager, TableGoesBothWays) {
+TEST(LangManager, OddRowsGoBothWays) {
     const struct {
         LANGID id;
         const char* longCode;
         const char* shortCode;
     } rows[] = {
-        {1025, "ARA", "ar"}, {1028, "CHT", "cht"},  {1029, "CSY", "cz"}, {1030, "DAN", "da"},
-        {1031, "DEU", "de"}, {1032, "ELL", "el"},   {1033, "ENU", "en"}, {1035, "FIN", "fi"},
-        {1036, "FRA", "fr"}, {1037, "HEB", "he"},   {1038, "HUN", "hu"}, {1040, "ITA", "it"},
-        {1041, "JPN", "ja"}, {1042, "KOR", "ko"},   {1043, "NLD", "nl"}, {1044, "NOR", "no"},
-        {1045, "PLK", "pl"}, {1046, "PTB", "ptbr"}, {1049, "RUS", "ru"}, {1053, "SVE", "sv"},
-        {1055, "TRK", "tr"}, {2052, "CHS", "chs"},  {2070, "PTG", "pt"}, {3082, "ESN", "es"},
-        {1034, "", ""},      {0, "", ""},
+        {1029, "CSY", "cz"}, {1046, "PTB", "ptbr"}, {2052, "CHS", "chs"}, {2070, "PTG", "pt"},
+        {3082, "ESN", "es"}, {1034, "", ""},        {0, "", ""},
     };
     const LangManager languages;
     for (const auto& row : rows) {

@@ -3,6 +3,7 @@
 #include "platform/posix/paths.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <chrono>
@@ -212,6 +213,23 @@ TEST(FindFile, FollowsDrivesAndSharesThatAreLinks) {
     EXPECT_TRUE(WindowsPath(DriveC().string() + "x").starts_with(u"Z:\\"));
     EXPECT_EQ(WindowsPath("/"), u"Z:\\");
     EXPECT_EQ(WindowsPath("relative"), u"");
+}
+
+TEST(FindFile, DoesNotTakeForMissingWhatItCannotLookFor) {
+    NewFolder("Folder");
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none = {3, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::string found = Find(u"C:\\folder");
+    bool isCertain = true;
+    WindowsPath("/", &isCertain);
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(found, "4");
+    EXPECT_FALSE(isCertain);
+    EXPECT_EQ(Find(u"C:\\folder"), DriveC() / "Folder");
+    WindowsPath("/", &isCertain);
+    EXPECT_TRUE(isCertain);
 }
 
 // Looks for the path for as long as a listing of its folder needs to become one that is kept.

@@ -96,6 +96,13 @@ TEST_F(RegistrySnapshots, AMalformedFileIsRefusedWholeAndToldOnce) {
     EXPECT_EQ(output.Take(), "");
 }
 
+TEST_F(RegistrySnapshots, WhatCouldNeverBeReadIsAnErrorOfItsKeys) {
+    std::filesystem::create_directory(RegistryFilePath());
+    EXPECT_EQ(TestKey(u"SOFTWARE").error, 5);
+    std::filesystem::remove(RegistryFilePath());
+    EXPECT_EQ(TestKey(u"SOFTWARE").error, 2);
+}
+
 TEST_F(RegistrySnapshots, WhatCannotBeReadIsRefused) {
     DebugOutput output;
     WriteRegistry(OneValue("first"));

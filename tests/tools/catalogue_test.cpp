@@ -13,6 +13,7 @@
 #include "support/child_process.h"
 #include "support/installed_products.h"
 #include "support/test_machine.h"
+#include "text/StringConversions.h"
 
 namespace {
 
@@ -147,6 +148,7 @@ TEST_F(BrevikctlCatalogue, CatalogueThatCannotBeReadIsToldWithItsPlace) {
     PutFile("C:\\ProgramData\\Velmar", "a file where a folder belongs");
     for (const std::vector<std::string>& words : {std::vector<std::string>{"guids"},
                                                   {"item", "--guid", "{1}", "x"},
+                                                  {"language", "--ids", "1031"},
                                                   {"certificate", "check", "{1}"}}) {
         EXPECT_THAT(ErrorOf(words), HasSubstr("C:\\ProgramData\\Velmar\\qzc13.db")) << words[0];
     }
@@ -329,6 +331,12 @@ TEST_F(BrevikctlCatalogue, CheckTellsWhatIsOddAboutACertificateThatIsThere) {
                                 "signed with another key")));
     RemoveEntry("{A}");
     EXPECT_THAT(OutputOf({"certificate", "check", "C:\\a.qzc"}), HasSubstr("it has no GUID"));
+
+    PutCertificate("C:\\Odd\\o.qzc", "QDR_ProductName = Odd\n");
+    Register("{O}", "C:\\Odd\\\\o.qzc");
+    const std::string odd = "its path 'c:\\odd\\\\o.qzc' names no file";
+    EXPECT_THAT(AsciiToLower(OutputOf({"certificate", "check", "{O}"})), HasSubstr(odd));
+    EXPECT_THAT(Tool({"database", "rebuild"}).errors, HasSubstr("warning: " + odd));
 }
 
 }  // namespace

@@ -46,6 +46,8 @@ void PrintTo(const Fault& fault, std::ostream* stream) {
 const Fault kFaults[] = {
     {"a drive is gone", [] { fs::rename(DriveC(), TestMachine::ScratchFolder() / "c"); },
      "machine folder", "drives/c' is missing", "put the drive back"},
+    {"drive Z is gone", [] { fs::remove(TestMachine::Folder() / "drives/z"); }, "machine folder",
+     "drives/z' is missing", "put the drive back"},
     {"a malformed registry",
      [] { WriteRawRegistry(std::string(kRegistryHead) + "[HKEY_LOCAL_MACHINE\\A\n"); }, "registry",
      ":3:", "Mend that line"},
@@ -86,6 +88,13 @@ const Fault kFaults[] = {
          InstalledProducts::SetEntry("{G}", {{"Filename", kCertificate}, {"Language", "de"}});
      },
      "certificates", "its language 'de'", "--language"},
+    {"an entry with an odd path",
+     [] {
+         InstalledProducts::SetEntry("{G}",
+                                     {{"Filename", "C:\\App\\\\one.qzc"}, {"Language", "1031"}});
+     },
+     "certificates", "'{G}': its path 'C:\\\\App\\\\\\\\one.qzc' names no file",
+     "certificate install"},
     {"an entry without a file",
      [] {
          InstalledProducts::SetEntry("{H}", {{"Language", "1031"}});

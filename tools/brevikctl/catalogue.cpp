@@ -24,6 +24,13 @@ struct Options {
     bool json = false;
 };
 
+// Ends the command where more of the catalogue may be read at the next try, which has been said.
+void RequireComplete(const CCertificateMgr& manager) {
+    if (!manager.Missed().empty()) {
+        throw CLI::RuntimeError(1);
+    }
+}
+
 SharedHandle<CCertificateReference> FindCertificate(const Options& options) {
     CBrevikKitCertificateMgr manager;
     LoadCatalogue(manager);
@@ -81,6 +88,7 @@ void Guids(const Options& options) {
     CBrevikKitCertificateMgr manager;
     const CertificateReferences certificates = LoadCatalogue(manager);
     if (certificates.empty()) {
+        RequireComplete(manager);
         std::fprintf(stderr, "brevikctl: no product is installed on the machine\n");
     } else if (options.json) {
         for (const auto& certificate : certificates) {
@@ -123,11 +131,14 @@ void Language(const Options& options) {
     if (options.json) {
         std::printf("{\"id\":%d,\"code\":%s,\"installed\":%d}\n", selected,
                     code.empty() ? "null" : JsonString(code).c_str(), installed);
-        return;
+    } else {
+        std::printf("%d%s%s\n", selected, code.empty() ? "" : " ", code.c_str());
     }
-    std::printf("%d%s%s\n", selected, code.empty() ? "" : " ", code.c_str());
     if (installed == 0) {
-        std::fprintf(stderr, "brevikctl: no installed product tells a language\n");
+        CBrevikKitCertificateMgr manager;
+        LoadCatalogue(manager);  // throws where the catalogue is why there is none
+        RequireComplete(manager);
+        std::fprintf(stderr, "brevikctl: no installed product has a language\n");
     }
 }
 

@@ -1,5 +1,6 @@
 #include "catalogue_access.h"
 
+#include <cstdio>
 #include <map>
 #include <stdexcept>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "catalogue/VerificationKey.h"
 #include "certificate_argument.h"
 #include "file_argument.h"
+#include "filesystem/FileSystem.h"
 #include "platform/component_model.h"
 #include "terminal.h"
 
@@ -108,6 +110,11 @@ CertificateReferences LoadCatalogue(CCertificateMgr& manager) {
     if (certificates.empty() && manager.GetCertificatePathsFromRegistry(&paths, &guids) == S_OK) {
         RequireDatabaseLibrary();
     }
+    if (!manager.Missed().empty()) {
+        std::fprintf(stderr,
+                     "brevikctl: warning: the catalogue cannot be read in full for now: %s\n",
+                     SafeText(manager.Missed()).c_str());
+    }
     return certificates;
 }
 
@@ -144,6 +151,25 @@ std::vector<CertificateRecord> ReadRecords() {
         records.push_back({key, std::move(fields)});
     }
     return records;
+}
+
+std::optional<CertificateTrouble> TroubleOfPath(const std::string& path) {
+    constexpr const char* kHint =
+        "Give it as C:\\folder\\name.qzc: in the registry with brevikctl certificate install, or "
+        "in "
+        "the CertReferencePath that names it.";
+    FileSystem::EnsureStarted();
+    try {
+        const std::string full = PlainText(FileSpec(FilePath(path)).GetPath());
+        if (AsciiToLower(full) == AsciiToLower(path)) {
+            return std::nullopt;
+        }
+        return CertificateTrouble{
+            "its path " + Quoted(path) + " is an odd spelling of " + Quoted(full), kHint};
+    } catch (const FileException& failure) {
+        return CertificateTrouble{"its path " + Quoted(path) + " names no file: " + failure.what(),
+                                  kHint};
+    }
 }
 
 CertificateContent ReadContent(const std::string& path) {

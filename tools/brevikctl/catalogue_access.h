@@ -14,7 +14,8 @@
 // Throws where the database library cannot be had, without which no record can be read or made.
 void RequireDatabaseLibrary();
 
-// The certificates that an application is answered from. REQUIRES: the thread is in an apartment of
+// The certificates that an application is answered from. A warning says what was missed of them and
+// may be read at the next try. REQUIRES: the thread is in an apartment of
 // the component model.
 CertificateReferences LoadCatalogue(CCertificateMgr& manager);
 
@@ -36,6 +37,10 @@ struct CertificateTrouble {
     std::string reason;  // a sentence on the file, such as "it is missing"
     std::string hint;
 };
+
+// What is odd about the path under which a certificate is known; none for the full path of a file.
+// Programs answer for one in another spelling as well, but not for each of its files.
+std::optional<CertificateTrouble> TroubleOfPath(const std::string& path);
 
 // Reads a certificate file as the library would. Fields, or a trouble. REQUIRES: the thread is in
 // an apartment of the component model.

@@ -20,7 +20,6 @@
 #include "certificate_entries.h"
 #include "facts.h"
 #include "file_argument.h"
-#include "filesystem/FileSystem.h"
 #include "platform/files.h"
 #include "platform/locales.h"
 #include "platform/posix/host_text.h"
@@ -316,7 +315,6 @@ void Remove(const Options& options) {
 
 void Run(void (*command)(const Options&), const Options& options) {
     try {
-        FileSystem::EnsureStarted();
         command(options);
     } catch (const FileException& failure) {
         throw std::runtime_error(Explanation(failure));

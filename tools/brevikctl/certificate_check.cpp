@@ -11,7 +11,6 @@
 #include "catalogue_access.h"
 #include "certificate_argument.h"
 #include "file_argument.h"
-#include "filesystem/FileSystem.h"
 #include "modules/SmartComInitializer.h"
 #include "registry/ScopedRegistryKey.h"
 #include "terminal.h"
@@ -137,6 +136,12 @@ class CertificateCheck {
         }
     }
 
+    static void RemarkOnPath(const std::string& path, Verdict* verdict) {
+        if (std::optional<CertificateTrouble> odd = TroubleOfPath(path)) {
+            verdict->remarks.push_back(*std::move(odd));
+        }
+    }
+
     // A GUID under which no certificate can be found.
     static Verdict JudgeGuid(const std::string& guid) {
         Verdict verdict = {guid, false, {}, {}};
@@ -162,6 +167,7 @@ class CertificateCheck {
         const CertificateContent content = ReadContent(path);
         if (const CCertificateReference* certificate = Find(path)) {
             verdict.isInCatalogue = true;
+            RemarkOnPath(path, &verdict);
             Remark(*certificate, content, &verdict);
             return verdict;
         }
@@ -219,6 +225,7 @@ class CertificateCheck {
             verdict->remarks.push_back(
                 {"the catalogue has " + Quoted(walked.back()) + " in its place, to which it points",
                  ""});
+            RemarkOnPath(walked.back(), verdict);
         }
     }
 
@@ -310,7 +317,6 @@ std::string ToJson(const Verdict& verdict) {
 
 void Check(const Options& options) {
     const CLibraryUtils::SmartComInitializer apartment;
-    FileSystem::EnsureStarted();
     bool isInCatalogue = true;
     for (const Verdict& verdict : CertificateCheck().Judge(options.subject)) {
         isInCatalogue = isInCatalogue && verdict.isInCatalogue;

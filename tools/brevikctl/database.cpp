@@ -133,6 +133,8 @@ void Rebuild(const Options&) {
             std::fprintf(stderr, "brevikctl: %s is left out: %s\n", Quoted(path).c_str(),
                          content.trouble ? content.trouble->reason.c_str() : "no rows came of it");
             ++failed;
+        } else if (const auto odd = TroubleOfPath(path)) {
+            std::fprintf(stderr, "brevikctl: warning: %s\n", odd->reason.c_str());
         }
     }
     // Whatever these point to.

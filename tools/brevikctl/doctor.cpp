@@ -18,7 +18,6 @@
 #include "certificate_reader/reader.h"
 #include "database_files.h"
 #include "file_argument.h"
-#include "filesystem/FileSystem.h"
 #include "modules/ModuleFolders.h"
 #include "modules/ScopedLibrary.h"
 #include "modules/SmartComInitializer.h"
@@ -54,6 +53,7 @@ constexpr MachineFolder kMachineFolders[] = {
     {"drives/c", false},
     {"drives/c/ProgramData", true},
     {"drives/c/Program Files/Common Files", false},
+    {"drives/z", false},
     {"locks", true},
 };
 
@@ -75,9 +75,6 @@ void CheckMachine(Troubles* troubles) {
             troubles->push_back({"the folder " + Quoted(path) + " may not be written to by you",
                                  "Every user of the machine has to be able to: chmod 1777 on it."});
         }
-    }
-    if (troubles->empty()) {
-        FileSystem::EnsureStarted();  // the other checks look at files of the machine
     }
 }
 
@@ -155,6 +152,9 @@ void CheckEntry(const CertificateEntry& entry, const std::vector<CertificateReco
         troubles->push_back({who + "its language " + Quoted(entry.language) + " is none",
                              "brevikctl certificate install with --language writes a good one."});
     }
+    if (const auto odd = TroubleOfPath(entry.path)) {
+        troubles->push_back({who + odd->reason, odd->hint});
+    }
     const CertificateContent content = ReadContent(entry.path);
     if (content.trouble) {
         troubles->push_back({who + content.trouble->reason, content.trouble->hint});
@@ -185,8 +185,14 @@ void CheckCertificates(Troubles* troubles) {
         named.insert(AsciiToLower(entry.path));
     }
     for (const CertificateRecord& record : records) {
+        if (named.contains(record.path)) {
+            continue;
+        }
+        if (const auto odd = TroubleOfPath(record.path)) {
+            troubles->push_back({"a certificate that no entry names: " + odd->reason, odd->hint});
+        }
         const CertificateContent content = ReadContent(record.path);
-        if (content.trouble && !named.contains(record.path)) {
+        if (content.trouble) {
             troubles->push_back({"the database still answers for " + Quoted(record.path) +
                                      ", but " + content.trouble->reason,
                                  "brevikctl database rebuild drops it."});

@@ -10,7 +10,6 @@
 
 #include "file_argument.h"
 #include "file_report.h"
-#include "filesystem/FileSystem.h"
 #include "filesystem/FileUtilities.h"
 #include "progress_bar.h"
 #include "terminal.h"
@@ -161,8 +160,7 @@ void Relative(const Options& options) {
 }
 
 void Volume(const Options& options) {
-    const FileSpec file =
-        options.path.empty() ? FileSystem::GetCurrentFolder() : FileArgument(options.path);
+    const FileSpec file = FileArgument(options.path.empty() ? "." : options.path);
     if (options.json) {
         PrintObject(VolumeJson(file));
     } else {
@@ -172,7 +170,6 @@ void Volume(const Options& options) {
 
 void Run(void (*command)(const Options&), const Options& options) {
     try {
-        FileSystem::EnsureStarted();
         command(options);
     } catch (const FileException& failure) {
         throw std::runtime_error(Explanation(failure));

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "filesystem/FileSystem.h"
 #include "platform/errors.h"
 #include "platform/posix/host_text.h"
 #include "platform/posix/paths.h"
@@ -47,6 +48,7 @@ std::filesystem::path WithoutLinks(const std::filesystem::path& path) {
 }  // namespace
 
 FileSpec FileArgument(const std::string& path) {
+    FileSystem::EnsureStarted();
     const bool isHostPath = path.starts_with("/") && !path.starts_with("//");
     if (!isHostPath) {
         if (path.empty()) {

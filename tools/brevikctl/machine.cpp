@@ -12,7 +12,6 @@
 #include "database_files.h"
 #include "facts.h"
 #include "file_argument.h"
-#include "filesystem/FileSystem.h"
 #include "modules/CLibraryUtilsImpl.h"
 #include "modules/SmartComInitializer.h"
 #include "platform/files.h"
@@ -81,7 +80,6 @@ void RequireReader(const std::string& path) {
 void Create(const Options& options) {
     const CLibraryUtils::SmartComInitializer apartment;
     MakeMachine();
-    FileSystem::EnsureStarted();
     const FileSpec file = FileArgument(options.reader.empty() ? DefaultReader() : options.reader);
     const std::string path = PlainText(file.GetPath());
     RequireReader(path);

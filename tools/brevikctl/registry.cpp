@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "file_argument.h"
-#include "filesystem/FileSystem.h"
 #include "platform/posix/host_text.h"
 #include "platform/registry.h"
 #include "registry_access.h"
@@ -170,7 +169,6 @@ void Export(const Options& options) {
 
 void Run(void (*command)(const Options&), const Options& options) {
     try {
-        FileSystem::EnsureStarted();
         command(options);
     } catch (const FileException& failure) {
         throw std::runtime_error(Explanation(failure));

@@ -50,9 +50,14 @@ bool IsStarted() {
     return started;
 }
 
-void EnsureStarted() {
-    if (!IsStarted()) {
-        FileSystem_Start(nullptr);
+std::exception_ptr EnsureStarted() noexcept {
+    try {
+        if (!IsStarted()) {
+            FileSystem_Start(nullptr);
+        }
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
     }
 }
 

@@ -51,12 +51,14 @@ std::u16string ServerKey(REFCLSID id) {
     return WideFromUtf8(text);
 }
 
-// Path of the library that holds a class, as the registry has it; empty for a class without one.
-std::u16string ServerOf(REFCLSID classId) {
+// Path of the library that holds a class, as the registry has it. S_OK, or why there is none.
+HRESULT FindServer(REFCLSID classId, std::u16string* server) {
     HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_CLASSES_ROOT, ServerKey(classId).c_str(), 0, KEY_QUERY_VALUE, &key) !=
-        ERROR_SUCCESS) {
-        return {};
+    const LONG opened =
+        RegOpenKeyExW(HKEY_CLASSES_ROOT, ServerKey(classId).c_str(), 0, KEY_QUERY_VALUE, &key);
+    if (opened != ERROR_SUCCESS) {
+        return opened == ERROR_FILE_NOT_FOUND ? REGDB_E_CLASSNOTREG
+                                              : ResultOf(static_cast<DWORD>(opened));
     }
     // No path of the system is longer.
     std::vector<WCHAR> path(0x8000);
@@ -66,7 +68,8 @@ std::u16string ServerOf(REFCLSID classId) {
         RegQueryValueExW(key, nullptr, nullptr, &type, reinterpret_cast<BYTE*>(path.data()), &size);
     RegCloseKey(key);
     const bool isText = error == ERROR_SUCCESS && (type == REG_SZ || type == REG_EXPAND_SZ);
-    return isText ? path.data() : std::u16string();
+    *server = isText ? path.data() : std::u16string();
+    return server->empty() ? REGDB_E_CLASSNOTREG : S_OK;
 }
 
 // The libraries that classes come from. Each stays loaded: nobody tells when its last object has
@@ -111,12 +114,12 @@ class Servers {
 };
 
 HRESULT CreateFromServer(REFCLSID classId, IUnknown* outer, REFIID iid, void** object) {
-    const std::u16string server = ServerOf(classId);
-    if (server.empty()) {
-        return REGDB_E_CLASSNOTREG;
-    }
+    std::u16string server;
+    HRESULT result = FindServer(classId, &server);
     GetClassObject getClassObject = nullptr;
-    HRESULT result = Servers::Current().Find(server, &getClassObject);
+    if (SUCCEEDED(result)) {
+        result = Servers::Current().Find(server, &getClassObject);
+    }
     if (FAILED(result)) {
         return result;
     }

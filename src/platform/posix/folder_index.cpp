@@ -213,7 +213,12 @@ NameInFolder Scan(const std::string& path, const FoldedName& name) {
         listing = std::make_shared<Listing>(stamp, StampsItsFolders(dirfd(folder.get())));
     }
     NameInFolder best;
-    while (const dirent* entry = readdir(folder.get())) {
+    for (;;) {
+        errno = 0;
+        const dirent* const entry = readdir(folder.get());
+        if (entry == nullptr) {
+            break;
+        }
         const std::string_view candidate = entry->d_name;
         const std::optional<std::size_t> hash = HashOfHostName(candidate);
         if (hash == name.Hash() && IsBetter(candidate, best.name, name.Name()) &&
@@ -225,6 +230,9 @@ NameInFolder Scan(const std::string& path, const FoldedName& name) {
         } else if (listing && hash) {
             listing->Add(candidate, *hash);
         }
+    }
+    if (errno != 0) {
+        return {std::nullopt, false, errno};
     }
     if (listing) {
         listing->Seal();

@@ -320,9 +320,9 @@ HostFile FindWithoutCase(const HostPlace& place) {
         if (found.name && stat(file.path.c_str(), &file.status) == 0) {
             continue;
         }
-        const int error = found.name ? errno : found.error;
-        const bool missing = error == 0 || IsMissing(error);
-        file.error = missing ? MissingError(place, end) : ErrorFromHost(error);
+        const int failure = found.name ? errno : found.error;
+        const bool missing = failure == 0 || IsMissing(failure);
+        file.error = missing ? MissingError(place, end) : ErrorFromHost(failure);
         if (!inFolder && file.error == ERROR_FILE_NOT_FOUND) {
             file.error = ERROR_PATH_NOT_FOUND;
         }
@@ -375,6 +375,9 @@ class Roots {
         });
     }
 
+    // Whether all of them could be looked at.
+    bool AreCertain() const { return certain_; }
+
     std::u16string WindowsPath(std::string_view hostPath) const {
         for (const Root& root : roots_) {
             if (!hostPath.starts_with(root.hostFolder)) {
@@ -405,26 +408,37 @@ class Roots {
         struct stat status;
         std::vector<std::string> names;
         if (!folder || fstat(dirfd(folder.get()), &status) != 0) {
-            lasting_ = false;
+            NoteFailure();
             return names;
         }
         folders_.push_back({path, FolderStamp(status)});
         lasting_ = lasting_ && folders_.back().stamp.IsSettledAt(start_);
+        errno = 0;
         while (const dirent* entry = readdir(folder.get())) {
             if (IsValidName(WideFromUtf8(entry->d_name))) {
                 names.push_back(entry->d_name);
             }
+            errno = 0;
+        }
+        if (errno != 0) {
+            NoteFailure();
         }
         std::sort(names.begin(), names.end());
         return names;
+    }
+
+    // What is missing may come at any time: removable media do. What could not be looked at may
+    // have been there all along.
+    void NoteFailure() {
+        lasting_ = false;
+        certain_ = certain_ && (IsMissing(errno) || errno == ELOOP);
     }
 
     void Add(const std::string& hostPath, std::u16string windowsPath) {
         const std::unique_ptr<char, decltype(&free)> real(realpath(hostPath.c_str(), nullptr),
                                                           &free);
         if (!real) {
-            // What it leads to may come at any time: removable media do.
-            lasting_ = false;
+            NoteFailure();
             return;
         }
         std::string folder = real.get();
@@ -456,6 +470,7 @@ class Roots {
     std::vector<Root> roots_;
     std::vector<SeenFolder> folders_;
     bool lasting_ = true;
+    bool certain_ = true;
 };
 
 }  // namespace
@@ -551,11 +566,15 @@ HostFile FindFile(std::u16string_view path) {
     return file;
 }
 
-std::u16string WindowsPath(std::string_view hostPath) {
+std::u16string WindowsPath(std::string_view hostPath, bool* isCertain) {
     if (!hostPath.starts_with('/')) {
         return {};
     }
-    return Roots::Current()->WindowsPath(hostPath == "/" ? "" : hostPath);
+    const std::shared_ptr<const Roots> roots = Roots::Current();
+    if (isCertain != nullptr) {
+        *isCertain = roots->AreCertain();
+    }
+    return roots->WindowsPath(hostPath == "/" ? "" : hostPath);
 }
 
 bool IsValidName(std::u16string_view name) {

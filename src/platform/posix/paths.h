@@ -76,8 +76,9 @@ PLATFORM_API HostFile FindFile(std::u16string_view path);
 
 // The path under which an absolute host path free of links, "." and ".." is known: that of the
 // drive or share whose folder is the longest prefix of it. Empty when there is none. What no path
-// can spell, ill-formed UTF-8 and backslashes in names, shows as U+FFFD.
-PLATFORM_API std::u16string WindowsPath(std::string_view hostPath);
+// can spell, ill-formed UTF-8 and backslashes in names, shows as U+FFFD. `isCertain` receives
+// whether it will be the same at the next try: false where a drive or share could not be looked at.
+PLATFORM_API std::u16string WindowsPath(std::string_view hostPath, bool* isCertain = nullptr);
 
 // Whether a name on the host can be one of a path: not empty, "." or "..", well-formed, free of the
 // characters that no name may hold, and not longer than the host can hold.

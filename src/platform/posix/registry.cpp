@@ -237,6 +237,9 @@ LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, REGSAM access, HKEY*
     }
     KeyPlace place = PlaceBelow(above->place, path, access);
     const std::shared_ptr<const RegistrySnapshot> registry = NewestRegistry();
+    if (registry->error != NO_ERROR) {
+        return static_cast<LONG>(registry->error);
+    }
     if (FindKey(registry->tree, place) == nullptr) {
         return FindKey(*registry, *above) != nullptr ? LONG{ERROR_FILE_NOT_FOUND} : kKeyDeleted;
     }

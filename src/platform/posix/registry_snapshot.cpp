@@ -67,39 +67,49 @@ class RegistryCache {
 
   private:
     void Refresh() {
+        isLasting_ = false;
         FileReading reading = ReadRegistryFile(path_, watch_.Begin());
         // A reading that failed, or went on while the file changed, is no lasting answer.
-        isLasting_ = watch_.Settle() && reading.error == NO_ERROR;
-        const bool isNews = !reading.IsSameAs(reading_);
-        const std::string text = std::exchange(reading.text, {});
-        reading_ = std::move(reading);
-        if (isNews) {
-            Adopt(text);
+        const bool isLasting = watch_.Settle() && reading.error == NO_ERROR;
+        if (!reading.IsSameAs(reading_)) {
+            Adopt(reading);
+            reading.text.clear();
+            reading_ = std::move(reading);
         }
+        isLasting_ = isLasting;
     }
 
-    void Adopt(const std::string& text) {
+    void Adopt(const FileReading& reading) {
         RegistryFault fault{path_, 0, {}};
-        if (reading_.error != NO_ERROR) {
-            fault.reason =
-                reading_.error == ERROR_INVALID_DATA ? kTooLargeRegistryText : "cannot be read";
-            Refuse(fault);
+        if (reading.error == ERROR_INVALID_DATA) {
+            fault.reason = kTooLargeRegistryText;
+            Refuse(fault, NO_ERROR);
+            return;
+        }
+        if (reading.error != NO_ERROR) {
+            fault.reason = "cannot be read";
+            Refuse(fault, reading.error);
             return;
         }
         const auto snapshot = std::make_shared<RegistrySnapshot>();
-        if (!reading_.stamp.IsMissing()) {
-            if (!MergeRegistryText(text, &snapshot->tree, &fault)) {
-                Refuse(fault);
+        if (!reading.stamp.IsMissing()) {
+            if (!MergeRegistryText(reading.text, &snapshot->tree, &fault)) {
+                Refuse(fault, NO_ERROR);
                 return;
             }
             snapshot->tree.NumberChildren();
-            snapshot->lastWrite = FileTime(reading_.stamp.modified);
+            snapshot->lastWrite = FileTime(reading.stamp.modified);
         }
         snapshot_ = snapshot;
         isAnyRead_ = true;
     }
 
-    void Refuse(const RegistryFault& fault) const {
+    void Refuse(const RegistryFault& fault, DWORD error) {
+        if (!isAnyRead_) {
+            const auto empty = std::make_shared<RegistrySnapshot>();
+            empty->error = error;
+            snapshot_ = empty;
+        }
         const char* consequence =
             isAnyRead_ ? "what was read before stays in force" : "the registry is empty";
         const std::string line = "Registry refused: " + fault.Text() + "; " + consequence + "\n";

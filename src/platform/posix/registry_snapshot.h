@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/errors.h"
 #include "platform/file_times.h"
 #include "platform/posix/registry_tree.h"
 
@@ -12,13 +13,15 @@ namespace brevik::platform {
 struct RegistrySnapshot {
     RegistryTree tree;  // its children are numbered
     FILETIME lastWrite{};
+    DWORD error = NO_ERROR;  // why the file could not be read so far; the tree is empty then
 };
 
 // The newest state of the registry, which never changes. Never null.
 //
 // While the file stays as it is, a call costs one system call. A file that is missing is an empty
 // registry. One that is malformed or cannot be read is refused whole, with one line on the debugger
-// output for each change of it, and what was read before stays in force. Safe on any thread.
+// output for each change of it, and what was read before stays in force. Safe on any thread; throws
+// nothing but std::bad_alloc, and the next call tries again.
 std::shared_ptr<const RegistrySnapshot> NewestRegistry();
 
 // Host path of the machine's registry file.

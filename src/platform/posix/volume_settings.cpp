@@ -56,6 +56,9 @@ std::optional<UINT> ReadKind(const RegistryKey& key) {
 }  // namespace
 
 VolumeSettings ReadVolumeSettings(const RegistrySnapshot& registry, const HostPlace& place) {
+    if (place.root == place.top) {
+        return {};  // the host itself, where there is no machine
+    }
     std::u16string names = WideFromUtf8(
         std::string_view(place.path).substr(place.top + 1, place.root - place.top - 1));
     std::replace(names.begin(), names.end(), u'/', u'\\');
