@@ -17,8 +17,6 @@
 
 namespace {
 
-using ScopedDescriptor;
-
 constexpr mode_t kFolderMode = 01777;
 constexpr mode_t kFileMode = 0666;
 
