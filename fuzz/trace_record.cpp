@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string>
 
-#include "platform/text.h"
+#include "platform/posix/host_text.h"
 #include "tools/brevikctl/terminal.cpp"
 #include "tools/brevikctl/trace_line.cpp"
 
@@ -19,8 +19,7 @@ void Require(bool condition) {
 }
 
 void RequireCleanLine(const std::string& line) {
-    Require(MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, line.data(),
-                                static_cast<int>(line.size()), nullptr, 0) > 0);
+    Require(Utf8FromWide(WideFromUtf8(line)) == line);  // well-formed
     Require(line.back() == '\n');
     for (std::size_t i = 0; i + 1 < line.size(); ++i) {
         const auto byte = static_cast<unsigned char>(line[i]);

@@ -6,20 +6,13 @@
 
 #include "http_client/settings.h"
 #include "platform/posix/scoped_descriptor.h"
-#include "platform/text.h"
+#include "platform/text_conversion.h"
 
 namespace HttpClient {
 namespace {
 
 std::string Utf8(BSTR text) {
-    const int units = static_cast<int>(SysStringLen(text));
-    if (units == 0) {
-        return {};
-    }
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text, units, nullptr, 0, nullptr, nullptr);
-    std::string utf8(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text, units, utf8.data(), size, nullptr, nullptr);
-    return utf8;
+    return CodePageFromWide(CP_UTF8, {text, SysStringLen(text)});
 }
 
 std::string JsonText(const std::string& utf8) {

@@ -12,19 +12,16 @@
 
 namespace brevik::platform {
 
-// The narrow code page; off Windows UTF-8.
+// The system's code page, the thread's, and UTF-8. Off Windows each of them is UTF-8.
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_THREAD_ACP = 3;
 inline constexpr UINT CP_UTF8 = 65001;
-inline constexpr DWORD MB_ERR_INVALID_CHARS = 0x8;
-inline constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;
 
-// Both give the number of units written, or, with a size of 0, the number needed; a negative length
-// takes the source up to and with its NUL. Ill-formed input comes out as U+FFFD, one for each
-// maximal ill-formed part, or, with the flag, fails with error 1113. 0 with error 122 when the
-// target is too small, with error 1004 for other flags, with error 87 for other arguments or a code
-// page that are not known; UTF-8 knows no default character, so the last two of WideCharToMultiByte
-// have to be null.
+// Both return the number of units written, or, with a size of 0, the number needed; a negative
+// length takes the source up to and including its NUL. Each maximal ill-formed part of the source
+// becomes U+FFFD. 0 with ERROR_INSUFFICIENT_BUFFER when the target is too small.
+//
+// REQUIRES: no flags; no default character, since UTF-8 has room for every character.
 PLATFORM_API int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int length,
                                      WCHAR* target, int size);
 PLATFORM_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* source, int length,
@@ -32,11 +29,11 @@ PLATFORM_API int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* so
                                      BOOL* usedDefault);
 
 // Case in place, one unit to one unit: the simple case pairs of Unicode. Nothing outside ASCII
-// turns into an ASCII letter or the other way round. Result: the number of units processed.
+// turns into an ASCII letter or the other way round. The number of units processed.
 PLATFORM_API DWORD CharLowerBuffW(WCHAR* text, DWORD length);
 PLATFORM_API DWORD CharUpperBuffW(WCHAR* text, DWORD length);
 
-// The same on narrow text. A letter whose other case has another length stays as it is.
+// The same on narrow text. Called on the Windows 9x family alone; off Windows ASCII letters change.
 PLATFORM_API DWORD CharLowerBuffA(char* text, DWORD length);
 PLATFORM_API DWORD CharUpperBuffA(char* text, DWORD length);
 
@@ -47,31 +44,15 @@ PLATFORM_API WCHAR towupper(WCHAR unit);
 // Version of the system; the top bit marks the Windows 9x family.
 PLATFORM_API DWORD GetVersion();
 
-struct OSVERSIONINFOW {
-    DWORD dwOSVersionInfoSize;
-    DWORD dwMajorVersion;
-    DWORD dwMinorVersion;
-    DWORD dwBuildNumber;
-    DWORD dwPlatformId;
-    WCHAR szCSDVersion[128];
-};
+struct OSVERSIONINFOW;
 
 struct OSVERSIONINFOEXW {
     DWORD dwOSVersionInfoSize;
     DWORD dwMajorVersion;
-    DWORD dwMinorVersion;
-    DWORD dwBuildNumber;
-    DWORD dwPlatformId;
-    WCHAR szCSDVersion[128];
     WORD wServicePackMajor;
-    WORD wServicePackMinor;
-    WORD wSuiteMask;
-    BYTE wProductType;
-    BYTE wReserved;
 };
 
-// The same in more words, into either structure by its dwOSVersionInfoSize. False with error 122
-// for another size.
+// The same with its service pack. REQUIRES: the structure is an OSVERSIONINFOEXW.
 PLATFORM_API BOOL GetVersionExW(OSVERSIONINFOW* information);
 
 }  // namespace brevik::platform

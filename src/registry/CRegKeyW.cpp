@@ -4,28 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/text.h"
-
-namespace {
-
-// Between wide text and the thread's narrow code page; the lengths leave out the NUL.
-std::string ToThreadCodePage(const WCHAR* text) {
-    const int size = WideCharToMultiByte(CP_THREAD_ACP, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<std::size_t>(std::max(size, 1)), '\0');
-    WideCharToMultiByte(CP_THREAD_ACP, 0, text, -1, narrow.data(), size, nullptr, nullptr);
-    narrow.pop_back();
-    return narrow;
-}
-
-WideString FromThreadCodePage(const char* text) {
-    const int size = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, nullptr, 0);
-    WideString wide(static_cast<std::size_t>(std::max(size, 1)), WCHAR{0});
-    MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, wide.data(), size);
-    wide.pop_back();
-    return wide;
-}
-
-}  // namespace
+#include "platform/text_conversion.h"
 
 CRegKeyW::~CRegKeyW() {
     Close();
@@ -64,12 +43,13 @@ LONG CRegKeyW::QueryDWORDValue(const WCHAR* name, DWORD* value) {
 LONG CRegKeyW::QueryStringValue(const WCHAR* name, WCHAR* buffer, DWORD* count) {
     const DWORD capacity = *count;
     *count = 0;
-    // Room for one byte more keeps the pointer from being null: with a null one the registry would
-    // tell a size and no error.
+    // One byte more than asked for, so that the pointer is never null: for a null one the registry
+    // would answer with the size and no error.
     std::vector<char> narrow(std::size_t{capacity} + 1);
     DWORD type = REG_NONE;
     DWORD size = capacity;
-    const std::string narrowName = ToThreadCodePage(name != nullptr ? name : WIDE(""));
+    const std::string narrowName =
+        CodePageFromWide(CP_THREAD_ACP, name != nullptr ? name : WIDE(""));
     const LONG error = RegQueryValueExA(key_, narrowName.c_str(), nullptr, &type,
                                         reinterpret_cast<BYTE*>(narrow.data()), &size);
     if (error != ERROR_SUCCESS) {
@@ -80,7 +60,7 @@ LONG CRegKeyW::QueryStringValue(const WCHAR* name, WCHAR* buffer, DWORD* count) 
     }
     *count = size;
     // A text has no more wide units than narrow bytes, so it fits.
-    const WideString text = FromThreadCodePage(narrow.data());
+    const WideString text = WideFromCodePage(CP_THREAD_ACP, narrow.data());
     const std::size_t length = std::min<std::size_t>(text.size(), size - 1);
     std::fill(std::copy_n(text.begin(), length, buffer), buffer + capacity, WCHAR{0});
     return ERROR_SUCCESS;

@@ -7,34 +7,9 @@
 #include <string_view>
 
 #include "platform/text.h"
+#include "platform/text_conversion.h"
 
 namespace {
-
-// Both directions ask for the length first, with the source taken up to its NUL, and convert then.
-
-WideString ToWide(UINT codePage, const char* source) {
-    const int size = MultiByteToWideChar(codePage, 0, source, -1, nullptr, 0);
-    if (size <= 1) {
-        return {};
-    }
-    WideString wide(static_cast<std::size_t>(size), WCHAR{});
-    MultiByteToWideChar(codePage, 0, source, -1, wide.data(), size);
-    wide.pop_back();
-    return wide;
-}
-
-template <typename String>
-String FromWide(UINT codePage, const WCHAR* source) {
-    const int size = WideCharToMultiByte(codePage, 0, source, -1, nullptr, 0, nullptr, nullptr);
-    if (size <= 1) {
-        return {};
-    }
-    String text(static_cast<std::size_t>(size), typename String::value_type{});
-    WideCharToMultiByte(codePage, 0, source, -1, reinterpret_cast<char*>(text.data()), size,
-                        nullptr, nullptr);
-    text.pop_back();
-    return text;
-}
 
 enum class Case { kLower, kUpper };
 
@@ -76,44 +51,22 @@ String ChangeAsciiCase(const String& text, unsigned char (*fold)(unsigned char))
     return changed;
 }
 
-std::string_view Bytes(const Utf8String& text) {
-    return {reinterpret_cast<const char*>(text.data()), text.size()};
-}
-std::string_view Bytes(const std::string& text) {
-    return text;
-}
-std::string_view Bytes(const char* text) {
-    return text;
-}
-
-int Compare(std::string_view a, std::string_view b) {
-    const std::size_t common = std::min(a.size(), b.size());
-    for (std::size_t i = 0; i < common; ++i) {
-        const int left = FoldToLower(static_cast<unsigned char>(a[i]));
-        const int right = FoldToLower(static_cast<unsigned char>(b[i]));
-        if (left != right) {
-            return left - right;
-        }
-    }
-    return a.size() > common ? 1 : b.size() > common ? -1 : 0;
-}
-
 }  // namespace
 
 WideString NarrowToWide(const std::string& text) {
-    return ToWide(CP_ACP, text.c_str());
+    return WideFromCodePage(CP_ACP, text.c_str());
 }
 
 std::string WideToNarrow(const WideString& text) {
-    return FromWide<std::string>(CP_ACP, text.c_str());
+    return CodePageFromWide(CP_ACP, text.c_str());
 }
 
 WideString Utf8ToWide(const Utf8String& text) {
-    return ToWide(CP_UTF8, reinterpret_cast<const char*>(text.c_str()));
+    return WideFromCodePage(CP_UTF8, reinterpret_cast<const char*>(text.c_str()));
 }
 
 Utf8String WideToUtf8(const WideString& text) {
-    return FromWide<Utf8String>(CP_UTF8, text.c_str());
+    return CodePageFromWide<Utf8String>(CP_UTF8, text.c_str());
 }
 
 Utf8String NarrowToUtf8(const std::string& text) {
@@ -156,32 +109,16 @@ Utf8String AsciiToUpper(const Utf8String& text) {
     return ChangeAsciiCase(text, FoldToUpper);
 }
 
-int CompareNoCase(const Utf8String& a, const Utf8String& b) {
-    return Compare(Bytes(a), Bytes(b));
-}
-int CompareNoCase(const Utf8String& a, const std::string& b) {
-    return Compare(Bytes(a), Bytes(b));
-}
-int CompareNoCase(const Utf8String& a, const char* b) {
-    return Compare(Bytes(a), Bytes(b));
-}
-int CompareNoCase(const std::string& a, const Utf8String& b) {
-    return Compare(Bytes(a), Bytes(b));
-}
-int CompareNoCase(const std::string& a, const std::string& b) {
-    return Compare(Bytes(a), Bytes(b));
-}
-int CompareNoCase(const std::string& a, const char* b) {
-    return Compare(Bytes(a), Bytes(b));
-}
-int CompareNoCase(const char* a, const Utf8String& b) {
-    return Compare(Bytes(a), Bytes(b));
-}
-int CompareNoCase(const char* a, const std::string& b) {
-    return Compare(Bytes(a), Bytes(b));
-}
-int CompareNoCase(const char* a, const char* b) {
-    return Compare(Bytes(a), Bytes(b));
+int CompareBytesNoCase(std::string_view a, std::string_view b) {
+    const std::size_t common = std::min(a.size(), b.size());
+    for (std::size_t i = 0; i < common; ++i) {
+        const int left = FoldToLower(static_cast<unsigned char>(a[i]));
+        const int right = FoldToLower(static_cast<unsigned char>(b[i]));
+        if (left != right) {
+            return left - right;
+        }
+    }
+    return a.size() > common ? 1 : b.size() > common ? -1 : 0;
 }
 
 char* Int64ToText(long long value, char* buffer, unsigned size, int base) {

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/types.h"
@@ -38,19 +39,24 @@ Utf8String AsciiToLower(const Utf8String& text);
 std::string AsciiToUpper(const std::string& text);
 Utf8String AsciiToUpper(const Utf8String& text);
 
-// Compares byte by byte with ASCII letters folded to lower case: the difference of the first two
-// bytes that differ; else 1 when `a` is longer, -1 when `b` is, 0 when both end.
-int CompareNoCase(const Utf8String& a, const Utf8String& b);
-int CompareNoCase(const Utf8String& a, const std::string& b);
-int CompareNoCase(const Utf8String& a, const char* b);
-int CompareNoCase(const std::string& a, const Utf8String& b);
-int CompareNoCase(const std::string& a, const std::string& b);
-int CompareNoCase(const std::string& a, const char* b);
-int CompareNoCase(const char* a, const Utf8String& b);
-int CompareNoCase(const char* a, const std::string& b);
-int CompareNoCase(const char* a, const char* b);
+int CompareBytesNoCase(std::string_view a, std::string_view b);
 
-// Whether CompareNoCase gives 0.
+inline std::string_view BytesOf(std::string_view text) {
+    return text;
+}
+inline std::string_view BytesOf(const Utf8String& text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size()};
+}
+
+// Compares byte by byte with ASCII letters folded to lower case: the difference of the first two
+// bytes that differ; else 1 when `a` is longer, -1 when `b` is, 0 when both end. Each text is a
+// Utf8String, a std::string or a null-terminated one.
+template <typename A, typename B>
+int CompareNoCase(const A& a, const B& b) {
+    return CompareBytesNoCase(BytesOf(a), BytesOf(b));
+}
+
+// Whether CompareNoCase returns 0.
 template <typename A, typename B>
 bool EqualNoCase(const A& a, const B& b) {
     return CompareNoCase(a, b) == 0;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,85 +15,77 @@ namespace {
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
-std::u16string ToWide(std::string_view text, DWORD flags = 0) {
+std::u16string ToWide(std::string_view text) {
     const int length = static_cast<int>(text.size());
-    const int size = MultiByteToWideChar(CP_UTF8, flags, text.data(), length, nullptr, 0);
+    const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
     std::u16string result(static_cast<std::size_t>(size), u'?');
-    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, flags, text.data(), length, result.data(), size), size);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, text.data(), length, result.data(), size), size);
     return result;
 }
 
-std::string ToUtf8(std::u16string_view text, DWORD flags = 0) {
+std::string ToUtf8(std::u16string_view text) {
     const int length = static_cast<int>(text.size());
     const int size =
-        WideCharToMultiByte(CP_UTF8, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
     std::string result(static_cast<std::size_t>(size), '?');
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, flags, text.data(), length, result.data(), size, nullptr,
-                                  nullptr),
-              size);
+    EXPECT_EQ(
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), length, result.data(), size, nullptr, nullptr),
+        size);
     return result;
 }
 
 struct FromUtf8Row {
     std::string_view bytes;
     std::u16string_view units;
-    bool wellFormed;
 };
 
 constexpr FromUtf8Row kFromUtf8[] = {
-    {"abc", u"abc", true},
-    {"\xC3\xA9", u"\u00E9", true},
-    {"\xC3", u"\uFFFD", false},
-    {"\xE2\x82", u"\uFFFD", false},
-    {"\xE2\x82\x61", u"\uFFFDa", false},
-    {"\xFF\x61", u"\uFFFDa", false},
-    {"\xC0\x80", u"\uFFFD\uFFFD", false},
-    {"\xED\xA0\x80", u"\uFFFD\uFFFD", false},
-    {"\xF0\x9F\x98\x80", u"\xD83D\xDE00", true},
-    {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD", false},
-    {"\xF8\x88\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD", false},
-    {"\x61\x80\x80\x62", u"a\uFFFD\uFFFDb", false},
-    {"\xE0\x80\x80", u"\uFFFD\uFFFD", false},
-    {"\xF0\x9F\x98", u"\uFFFD", false},
+    {"abc", u"abc"},
+    {"\xC3\xA9", u"\u00E9"},
+    {"\xC3", u"\uFFFD"},
+    {"\xE2\x82", u"\uFFFD"},
+    {"\xE2\x82\x61", u"\uFFFDa"},
+    {"\xFF\x61", u"\uFFFDa"},
+    {"\xC0\x80", u"\uFFFD\uFFFD"},
+    {"\xED\xA0\x80", u"\uFFFD\uFFFD"},
+    {"\xF0\x9F\x98\x80", u"\xD83D\xDE00"},
+    {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD"},
+    {"\xF8\x88\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
+    {"\x61\x80\x80\x62", u"a\uFFFD\uFFFDb"},
+    {"\xE0\x80\x80", u"\uFFFD\uFFFD"},
+    {"\xF0\x9F\x98", u"\uFFFD"},
     // The outermost characters of each length, and the neighbours of the surrogates.
-    {"\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80", u"\u007F\u0080\u07FF\u0800", true},
-    {"\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF", u"\uD7FF\uE000\uFFFF", true},
-    {"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", u"\xD800\xDC00\xDBFF\xDFFF", true},
+    {"\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80", u"\u007F\u0080\u07FF\u0800"},
+    {"\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF", u"\uD7FF\uE000\uFFFF"},
+    {"\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", u"\xD800\xDC00\xDBFF\xDFFF"},
 };
 
 TEST(Text, Utf8BecomesWide) {
     for (const FromUtf8Row& row : kFromUtf8) {
-        SetLastError(0);
         EXPECT_EQ(ToWide(row.bytes), row.units) << testing::PrintToString(row.bytes);
         EXPECT_EQ(WideFromUtf8(row.bytes), row.units) << testing::PrintToString(row.bytes);
-        EXPECT_EQ(ToWide(row.bytes, MB_ERR_INVALID_CHARS), row.wellFormed ? row.units : u""sv);
-        EXPECT_EQ(GetLastError(), row.wellFormed ? 0u : ERROR_NO_UNICODE_TRANSLATION);
     }
 }
 
 struct FromWideRow {
     std::u16string_view units;
     std::string_view bytes;
-    bool wellFormed;
 };
 
 constexpr FromWideRow kFromWide[] = {
-    {u"\xD800", "\xEF\xBF\xBD", false},
-    {u"\xDC00\x61", "\xEF\xBF\xBD\x61", false},
-    {u"\xD83D\xDE00", "\xF0\x9F\x98\x80", true},
-    {u"\x61\xD800\x62", "\x61\xEF\xBF\xBD\x62", false},
-    {u"\xFFFF", "\xEF\xBF\xBF", true},
-    {u"\xE9", "\xC3\xA9", true},
-    {u"\xD800\xD83D\xDE00", "\xEF\xBF\xBD\xF0\x9F\x98\x80", false},
+    {u"\xD800", "\xEF\xBF\xBD"},
+    {u"\xDC00\x61", "\xEF\xBF\xBD\x61"},
+    {u"\xD83D\xDE00", "\xF0\x9F\x98\x80"},
+    {u"\x61\xD800\x62", "\x61\xEF\xBF\xBD\x62"},
+    {u"\xFFFF", "\xEF\xBF\xBF"},
+    {u"\xE9", "\xC3\xA9"},
+    {u"\xD800\xD83D\xDE00", "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
 };
 
 TEST(Text, WideBecomesUtf8) {
     for (const FromWideRow& row : kFromWide) {
-        SetLastError(0);
         EXPECT_EQ(ToUtf8(row.units), row.bytes);
         EXPECT_EQ(Utf8FromWide(row.units), row.bytes);
-        EXPECT_EQ(ToUtf8(row.units, WC_ERR_INVALID_CHARS), row.wellFormed ? row.bytes : ""sv);
-        EXPECT_EQ(GetLastError(), row.wellFormed ? 0u : ERROR_NO_UNICODE_TRANSLATION);
     }
 }
 
@@ -145,7 +136,7 @@ TEST(Text, TakesTheSourceUpToItsNul) {
     EXPECT_EQ(ToWide("a\0b"sv), u"a\0b"sv);
 }
 
-TEST(Text, NeverWritesBehindTheTarget) {
+TEST(Text, NeverWritesBeyondTheTarget) {
     char16_t wide[] = u"????????????????????????";
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "abcdefghijklmnopqrstu", -1, wide, 20), 0);
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
@@ -159,30 +150,6 @@ TEST(Text, NeverWritesBehindTheTarget) {
     EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a\u20AC", 2, bytes, 3, nullptr, nullptr), 0);
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(bytes[3], '?');
-}
-
-TEST(Text, RefusesArguments) {
-    char16_t wide[8] = {};
-    char bytes[8] = {};
-    BOOL used = FALSE;
-    const auto errorOf = [](int result) {
-        EXPECT_EQ(result, 0);
-        const DWORD error = GetLastError();
-        SetLastError(0);
-        return error;
-    };
-    EXPECT_EQ(errorOf(MultiByteToWideChar(1252, 0, "a", 1, wide, 8)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0, nullptr, 1, wide, 8)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0, "a", 0, wide, 8)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0, "a", 1, nullptr, 8)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0, "a", 1, wide, -1)), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(errorOf(MultiByteToWideChar(0, 0x10, "a", 1, wide, 8)), ERROR_INVALID_FLAGS);
-    EXPECT_EQ(errorOf(WideCharToMultiByte(437, 0, u"a", 1, bytes, 8, nullptr, nullptr)),
-              ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(errorOf(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, bytes, 8, "?", nullptr)),
-              ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(errorOf(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, bytes, 8, nullptr, &used)),
-              ERROR_INVALID_PARAMETER);
 }
 
 char16_t Lower(char16_t unit) {
@@ -253,30 +220,11 @@ TEST(Case, ChangesWholeTexts) {
     EXPECT_EQ(wide, u"\u00C9T\u00C9 \xD801\xDC00 stra\u00DFe\0i"s);
 }
 
-// U+023A has two bytes and its lower case U+2C65 three, so neither changes; ill-formed bytes and
-// characters beyond the first plane stay as they are too.
-TEST(Case, ChangesNarrowTextInPlace) {
-    std::string text = "\xC3\x89T\xC3\x89 \xC8\xBA \xFF\xC3 \xF0\x90\x90\x80Z"s;
-    EXPECT_EQ(CharLowerBuffA(text.data(), static_cast<DWORD>(text.size())), text.size());
-    EXPECT_EQ(text, "\xC3\xA9t\xC3\xA9 \xC8\xBA \xFF\xC3 \xF0\x90\x90\x80z");
-    EXPECT_EQ(CharUpperBuffA(text.data(), static_cast<DWORD>(text.size())), text.size());
-    EXPECT_EQ(text, "\xC3\x89T\xC3\x89 \xC8\xBA \xFF\xC3 \xF0\x90\x90\x80Z");
-}
-
 TEST(Case, TheSystemIsOfTheNtFamily) {
     EXPECT_EQ(GetVersion() >> 31, 0u);
-    static_assert(sizeof(OSVERSIONINFOEXW) == 284);
-    OSVERSIONINFOEXW version;
-    std::memset(&version, 0xFF, sizeof version);
-    const auto ask = [&](DWORD size) {
-        version.dwOSVersionInfoSize = size;
-        return GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&version));
-    };
-    EXPECT_FALSE(ask(275));
-    EXPECT_TRUE(ask(sizeof(OSVERSIONINFOW)));
+    OSVERSIONINFOEXW version = {sizeof version, 0, 0xFFFF};
+    EXPECT_TRUE(GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&version)));
     EXPECT_EQ(version.dwMajorVersion, GetVersion() & 0xFF);
-    EXPECT_EQ(version.wServicePackMajor, 0xFFFF);  // behind the smaller structure
-    EXPECT_TRUE(ask(sizeof version));
     EXPECT_EQ(version.wServicePackMajor, 0);
 }
 

@@ -5,11 +5,11 @@
 namespace brevik::platform {
 
 std::string Utf8FromWide(std::u16string_view text) {
-    UnitCounter<char> counter;
-    ConvertText(text, false, counter);
+    UnitWriter<char> counter;
+    ConvertText(text, counter);
     std::string result(counter.Count(), '\0');
     UnitWriter<char> writer(result.data(), result.size());
-    ConvertText(text, false, writer);
+    ConvertText(text, writer);
     return result;
 }
 
@@ -17,9 +17,28 @@ std::u16string WideFromUtf8(std::string_view text) {
     // No character takes more units of UTF-16 than bytes of UTF-8.
     std::u16string result(text.size(), u'\0');
     UnitWriter<char16_t> writer(result.data(), result.size());
-    ConvertText(text, false, writer);
+    ConvertText(text, writer);
     result.resize(writer.Count());
     return result;
+}
+
+std::string BytesOfUtf16(std::u16string_view text) {
+    std::string bytes;
+    bytes.reserve(text.size() * sizeof(char16_t));
+    for (const char16_t unit : text) {
+        bytes += static_cast<char>(unit & 0xFF);
+        bytes += static_cast<char>(unit >> 8);
+    }
+    return bytes;
+}
+
+std::u16string Utf16OfBytes(std::string_view bytes) {
+    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        text[index] = static_cast<char16_t>(static_cast<unsigned char>(bytes[2 * index]) |
+                                            static_cast<unsigned char>(bytes[2 * index + 1]) << 8);
+    }
+    return text;
 }
 
 }  // namespace brevik::platform

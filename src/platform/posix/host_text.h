@@ -11,4 +11,9 @@ namespace brevik::platform {
 PLATFORM_API std::string Utf8FromWide(std::u16string_view text);
 PLATFORM_API std::u16string WideFromUtf8(std::string_view text);
 
+// Between UTF-16 and its little-endian bytes, which is how registry values and files hold it. Half
+// a unit at the end of the bytes is dropped.
+PLATFORM_API std::string BytesOfUtf16(std::u16string_view text);
+PLATFORM_API std::u16string Utf16OfBytes(std::string_view bytes);
+
 }  // namespace brevik::platform

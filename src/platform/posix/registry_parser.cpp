@@ -17,23 +17,12 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 constexpr std::string_view kSwappedUtf16Mark = "\xFE\xFF";
 
-std::string BytesOfText(std::u16string_view text) {
-    std::string bytes;
-    bytes.reserve(text.size() * 2);
-    for (const char16_t unit : text) {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8);
-    }
-    return bytes;
-}
-
 bool IsText(DWORD type) {
     return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
 bool IsWellFormed(std::string_view text) {
-    UnitCounter<char16_t> counter;
-    return ConvertText(text, true, counter) == Conversion::kDone;
+    return FindIllFormed(text) == text.npos;
 }
 
 // Reads a text line by line. What it takes, it cuts off the front of `line_`.
@@ -181,7 +170,7 @@ class RegistryTextReader {
             if (!ReadQuoted(&text)) {
                 return false;
             }
-            value->data = BytesOfText(WideFromUtf8(text) + u'\0');
+            value->data = BytesOfUtf16(WideFromUtf8(text) + u'\0');
             return true;
         }
         if (Take("dword:")) {
@@ -250,7 +239,7 @@ class RegistryTextReader {
             if (!IsWellFormed(value->data)) {
                 return Fail("the bytes of a text are ill-formed UTF-8");
             }
-            value->data = BytesOfText(WideFromUtf8(value->data));
+            value->data = BytesOfUtf16(WideFromUtf8(value->data));
         }
         return true;
     }
@@ -327,20 +316,15 @@ bool NarrowUtf16(std::string_view bytes, std::string* text, RegistryFault* fault
     if (bytes.size() % 2 != 0) {
         return FailWhole("UTF-16 with half a unit at its end", fault);
     }
-    std::u16string units(bytes.size() / 2, u'\0');
-    for (std::size_t index = 0; index < units.size(); ++index) {
-        units[index] = static_cast<char16_t>(static_cast<unsigned char>(bytes[2 * index]) |
-                                             static_cast<unsigned char>(bytes[2 * index + 1]) << 8);
-    }
-    text->resize(units.size() * 3);
-    UnitWriter<char> writer(text->data(), text->size());
-    const Conversion end = ConvertText(std::u16string_view(units), true, writer);
-    text->resize(writer.Count());
-    if (end != Conversion::kDone) {
-        fault->line = 1 + static_cast<std::size_t>(std::count(text->begin(), text->end(), '\n'));
+    const std::u16string units = Utf16OfBytes(bytes);
+    const std::size_t illFormed = FindIllFormed(std::u16string_view(units));
+    if (illFormed != units.npos) {
+        const auto end = units.begin() + static_cast<std::ptrdiff_t>(illFormed);
+        fault->line = 1 + static_cast<std::size_t>(std::count(units.begin(), end, u'\n'));
         fault->reason = "ill-formed UTF-16";
         return false;
     }
+    *text = Utf8FromWide(units);
     return true;
 }
 

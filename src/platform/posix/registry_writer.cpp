@@ -38,18 +38,13 @@ bool QuotableText(const RegistryValue& value, std::string* text) {
     if (value.type != REG_SZ || value.data.size() < 2 || value.data.size() % 2 != 0) {
         return false;
     }
-    std::u16string units;
-    for (std::size_t index = 0; index < value.data.size(); index += 2) {
-        units += static_cast<char16_t>(static_cast<unsigned char>(value.data[index]) |
-                                       static_cast<unsigned char>(value.data[index + 1]) << 8);
-    }
+    std::u16string units = Utf16OfBytes(value.data);
     if (units.find_first_of(std::u16string_view(u"\0\r\n", 3)) != units.size() - 1 ||
         units.back() != u'\0') {
         return false;
     }
     units.pop_back();
-    UnitCounter<char> counter;
-    if (ConvertText(std::u16string_view(units), true, counter) != Conversion::kDone) {
+    if (FindIllFormed(std::u16string_view(units)) != units.npos) {
         return false;
     }
     *text = Utf8FromWide(units);

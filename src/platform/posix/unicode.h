@@ -1,7 +1,7 @@
 // Conversion between UTF-8 and UTF-16 where the input may be ill-formed.
 //
-// The converters write to a sink, so that one piece of code both measures and writes. ASCII, which
-// is nearly all of what comes through, goes in blocks.
+// Conversion writes to a sink, so that one piece of code both measures and writes. ASCII, which is
+// nearly all the text there is, is copied in blocks.
 #pragma once
 
 #include <algorithm>
@@ -24,8 +24,8 @@ struct DecodedCharacter {
     bool wellFormed;
 };
 
-// Whether a continuation byte may stand behind this lead byte: with some it would spell a character
-// that has a shorter form, a surrogate, or a number beyond Unicode.
+// Whether a continuation byte may follow this lead byte. Some would spell a character that has a
+// shorter form, a surrogate, or a number beyond Unicode.
 constexpr bool IsSecondByte(unsigned lead, unsigned byte) {
     switch (lead) {
         case 0xE0:
@@ -42,7 +42,7 @@ constexpr bool IsSecondByte(unsigned lead, unsigned byte) {
 }
 
 // REQUIRES: the text is not empty. A continuation byte that the lead byte does not allow belongs to
-// the same ill-formed part as the lead byte; those behind it are parts of their own.
+// the same ill-formed part as the lead byte; each byte after it is a part of its own.
 constexpr DecodedCharacter DecodeCharacter(std::string_view text) {
     const auto byte = [text](std::size_t index) {
         return static_cast<unsigned>(static_cast<unsigned char>(text[index]));
@@ -87,7 +87,7 @@ constexpr DecodedCharacter DecodeCharacter(std::u16string_view text) {
     return {first, 1, true};
 }
 
-// Both give the number of units written.
+// Both return the number of units written.
 constexpr std::size_t EncodeCharacter(char32_t value, std::array<char, 4>& units) {
     if (value < 0x80) {
         units[0] = static_cast<char>(value);
@@ -112,39 +112,27 @@ constexpr std::size_t EncodeCharacter(char32_t value, std::array<char16_t, 4>& u
     return 2;
 }
 
-// A sink that takes any number of units and only counts them.
-template <typename Unit>
-class UnitCounter {
-  public:
-    using UnitType = Unit;
-
-    template <typename From>
-    bool Append(const From*, std::size_t length) {
-        count_ += length;
-        return true;
-    }
-    std::size_t Count() const { return count_; }
-
-  private:
-    std::size_t count_ = 0;
-};
-
-// A sink that fills a buffer, and refuses what does not fit any more.
+// Where converted units go: into a buffer of `size` units, or, without a buffer, only into the
+// count.
 template <typename Unit>
 class UnitWriter {
   public:
     using UnitType = Unit;
 
+    UnitWriter() = default;
     UnitWriter(Unit* buffer, std::size_t size) : buffer_(buffer), size_(size) {}
 
+    // False, with nothing appended, when the buffer has no room.
     template <typename From>
     bool Append(const From* units, std::size_t length) {
-        if (length > size_ - count_) {
-            return false;
-        }
-        Unit* target = buffer_ + count_;
-        for (std::size_t index = 0; index < length; ++index) {
-            target[index] = static_cast<Unit>(units[index]);
+        if (buffer_ != nullptr) {
+            if (length > size_ - count_) {
+                return false;
+            }
+            Unit* target = buffer_ + count_;
+            for (std::size_t index = 0; index < length; ++index) {
+                target[index] = static_cast<Unit>(units[index]);
+            }
         }
         count_ += length;
         return true;
@@ -152,12 +140,10 @@ class UnitWriter {
     std::size_t Count() const { return count_; }
 
   private:
-    Unit* buffer_;
-    std::size_t size_;
+    Unit* buffer_ = nullptr;
+    std::size_t size_ = 0;
     std::size_t count_ = 0;
 };
-
-enum class Conversion { kDone, kIllFormed, kNoRoom };
 
 // Moves the ASCII at the start of `text` to the sink. False when the sink has no room.
 template <typename Unit, typename Sink>
@@ -170,8 +156,8 @@ bool AppendAscii(std::basic_string_view<Unit>& text, Sink& sink) {
         if (((words[0] | words[1]) & kOutside) != 0) {
             break;
         }
-        // A copy on the stack: the compiler sees that it and the target are apart, and takes the
-        // block in a few wide instructions.
+        // The copy on the stack lets the compiler see that block and target do not overlap, and
+        // copy the block with a few wide instructions.
         Unit block[kBlock];
         std::memcpy(block, words, sizeof block);
         if (!sink.Append(block, kBlock)) {
@@ -189,28 +175,40 @@ bool AppendAscii(std::basic_string_view<Unit>& text, Sink& sink) {
     return true;
 }
 
-// Converts `text` from the one form to the other. With `strict` it stops at the first ill-formed
-// part.
+// Converts `text` from one form to the other; each ill-formed part becomes a replacement character.
+// False when the sink has no room.
 template <typename Unit, typename Sink>
-Conversion ConvertText(std::basic_string_view<Unit> text, bool strict, Sink& sink) {
+bool ConvertText(std::basic_string_view<Unit> text, Sink& sink) {
     for (;;) {
         if (!AppendAscii(text, sink)) {
-            return Conversion::kNoRoom;
+            return false;
         }
         if (text.empty()) {
-            return Conversion::kDone;
+            return true;
         }
         const DecodedCharacter character = DecodeCharacter(text);
-        if (strict && !character.wellFormed) {
-            return Conversion::kIllFormed;
-        }
         std::array<typename Sink::UnitType, 4> units;
         const std::size_t length = EncodeCharacter(character.value, units);
         if (!sink.Append(units.data(), length)) {
-            return Conversion::kNoRoom;
+            return false;
         }
         text.remove_prefix(character.length);
     }
+}
+
+// Where the first ill-formed part of a text begins; npos for a well-formed text.
+template <typename Unit>
+std::size_t FindIllFormed(const std::basic_string_view<Unit> text) {
+    std::basic_string_view<Unit> rest = text;
+    UnitWriter<Unit> skipped;
+    while (AppendAscii(rest, skipped) && !rest.empty()) {
+        const DecodedCharacter character = DecodeCharacter(rest);
+        if (!character.wellFormed) {
+            return text.size() - rest.size();
+        }
+        rest.remove_prefix(character.length);
+    }
+    return text.npos;
 }
 
 }  // namespace brevik::platform
