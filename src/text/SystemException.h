@@ -4,65 +4,50 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "text/VelmarException.h"
 
 namespace SystemException {
 
-// An error number of the run-time library (errno).
-class Errno : public VelmarException {
+enum class Source { kErrno, kWin32, kHResult, kMMResult };
+
+// The text of a failure of this source, filled in with the code and the source's own message for
+// it.
+VelmarTextArgs TextFor(Source source, std::uint32_t code);
+
+template <Source source, typename Code>
+class CodeException : public VelmarException {
   public:
-    explicit Errno(int code);
-    ~Errno() override;
-    Errno* Clone() const override;
-    Errno& SetNote(const std::string& note) override;
-    [[noreturn]] void Raise() const override;
-    int GetCode() const { return code_; }
+    explicit CodeException(Code code)
+        : VelmarException(TextFor(source, static_cast<std::uint32_t>(code))),
+          code_(static_cast<Stored>(code)) {}
+    ~CodeException() override = default;
+
+    CodeException* Clone() const override { return new CodeException(*this); }
+    CodeException& SetNote(const std::string& note) override {
+        VelmarException::SetNote(note);
+        return *this;
+    }
+    [[noreturn]] void Raise() const override { throw CodeException(*this); }
+    Code GetCode() const { return code_; }
 
   private:
-    int code_;
+    // A code has 32 bits, also where its type has more.
+    using Stored = std::conditional_t<std::is_signed_v<Code>, std::int32_t, std::uint32_t>;
+    Stored code_;
 };
+
+// An error number of the run-time library (errno).
+using Errno = CodeException<Source::kErrno, int>;
 
 // An error number of the operating system (GetLastError).
-class Win32 : public VelmarException {
-  public:
-    explicit Win32(unsigned long code);
-    ~Win32() override;
-    Win32* Clone() const override;
-    Win32& SetNote(const std::string& note) override;
-    [[noreturn]] void Raise() const override;
-    unsigned long GetCode() const { return code_; }
-
-  private:
-    std::uint32_t code_;
-};
+using Win32 = CodeException<Source::kWin32, unsigned long>;
 
 // A result of the component model.
-class HRESULT : public VelmarException {
-  public:
-    explicit HRESULT(long code);
-    ~HRESULT() override;
-    HRESULT* Clone() const override;
-    HRESULT& SetNote(const std::string& note) override;
-    [[noreturn]] void Raise() const override;
-    long GetCode() const { return code_; }
-
-  private:
-    std::int32_t code_;
-};
+using HRESULT = CodeException<Source::kHResult, long>;
 
 // A result of the multimedia services.
-class MMRESULT : public VelmarException {
-  public:
-    explicit MMRESULT(unsigned code);
-    ~MMRESULT() override;
-    MMRESULT* Clone() const override;
-    MMRESULT& SetNote(const std::string& note) override;
-    [[noreturn]] void Raise() const override;
-    unsigned GetCode() const { return code_; }
-
-  private:
-    std::uint32_t code_;
-};
+using MMRESULT = CodeException<Source::kMMResult, unsigned>;
 
 }  // namespace SystemException
