@@ -1,12 +1,10 @@
 // Who may use a file or folder: security identifiers, access lists, and descriptors.
 //
-// Identifiers, lists and descriptors are blocks of the caller's, laid out as the system lays them
-// out, so that a list of entries is built in memory and handed over whole. Results are TRUE, or
-// FALSE with GetLastError. Any thread.
+// Identifiers and lists are made in blocks of the caller. Results are TRUE, or FALSE with
+// GetLastError. Any thread.
 //
-// Off Windows a file has one owner, who keeps his rights, and the entry for Everyone tells those of
-// all others; entries for others than Everyone and the owner that a descriptor names have no
-// effect.
+// Off Windows the blocks hold what the host needs to know: whether every user may do everything.
+// The owner of a file keeps its rights; entries for others than Everyone have no effect.
 #pragma once
 
 #include "platform/errors.h"
@@ -22,7 +20,6 @@
 
 namespace brevik::platform {
 
-inline constexpr DWORD GENERIC_EXECUTE = 0x20000000;
 inline constexpr DWORD GENERIC_ALL = 0x10000000;
 inline constexpr DWORD OBJECT_INHERIT_ACE = 0x1;
 inline constexpr DWORD CONTAINER_INHERIT_ACE = 0x2;
@@ -34,33 +31,19 @@ using PSID = void*;
 using PSECURITY_DESCRIPTOR = void*;
 using SECURITY_INFORMATION = DWORD;
 
-inline constexpr SECURITY_INFORMATION OWNER_SECURITY_INFORMATION = 0x1;
 inline constexpr SECURITY_INFORMATION DACL_SECURITY_INFORMATION = 0x4;
 
 enum WELL_KNOWN_SID_TYPE {
-    WinWorldSid = 1,                   // Everyone, S-1-1-0
-    WinNetworkSid = 9,                 // S-1-5-2
-    WinLocalSystemSid = 22,            // S-1-5-18
-    WinBuiltinAdministratorsSid = 26,  // S-1-5-32-544
+    WinWorldSid = 1,                   // Everyone
+    WinNetworkSid = 9,                 // users who come over the network
+    WinLocalSystemSid = 22,            // the system itself
+    WinBuiltinAdministratorsSid = 26,  // the group of administrators
 };
 
-// The head of an access list, with its entries behind it.
-struct ACL {
-    BYTE AclRevision;
-    BYTE Sbz1;
-    WORD AclSize;
-    WORD AceCount;
-    WORD Sbz2;
-};
+struct ACL;
 
 struct SECURITY_DESCRIPTOR {
-    BYTE Revision;
-    BYTE Sbz1;
-    WORD Control;
-    PSID Owner;
-    PSID Group;
-    ACL* Sacl;
-    ACL* Dacl;
+    const ACL* Dacl;
 };
 
 struct SECURITY_ATTRIBUTES {
@@ -69,35 +52,32 @@ struct SECURITY_ATTRIBUTES {
     BOOL bInheritHandle;
 };
 
-// An identifier into a block of `*size` bytes, which receives its size; error 122 with the size
-// needed when it does not fit. 87 for a kind that is not listed above.
+// An identifier into a block of `*size` bytes. REQUIRES: a block of SECURITY_MAX_SID_SIZE.
 PLATFORM_API BOOL CreateWellKnownSid(WELL_KNOWN_SID_TYPE kind, PSID domain, PSID sid, DWORD* size);
-PLATFORM_API DWORD GetLengthSid(PSID sid);
 
-// An empty list in a block of this size.
+// An empty list in a block of this size. REQUIRES: room for an entry.
 PLATFORM_API BOOL InitializeAcl(ACL* list, DWORD size, DWORD revision);
 
-// Adds an entry behind those that are there. Error 1344 when the block has no room left.
+// Adds an entry. Off Windows one that gives Everyone all rights opens the file, or the folder with
+// all that is made in it.
 PLATFORM_API BOOL AddAccessAllowedAceEx(ACL* list, DWORD revision, DWORD flags, DWORD rights,
                                         PSID sid);
 
 // A descriptor that only points at its parts, and the parts that it is given. The parts are not
-// copied, and have to stay.
+// copied, and have to stay. Off Windows the owner is not changed.
 PLATFORM_API BOOL InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revision);
 PLATFORM_API BOOL SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, BOOL present,
                                             ACL* list, BOOL defaulted);
 PLATFORM_API BOOL SetSecurityDescriptorOwner(PSECURITY_DESCRIPTOR descriptor, PSID owner,
                                              BOOL defaulted);
 
-// One block that holds the descriptor with all its parts; error 122 with the size needed in `*size`
-// when it does not fit.
+// One block that holds the descriptor with all its parts; ERROR_INSUFFICIENT_BUFFER with the size
+// needed in `*size` when it does not fit.
 PLATFORM_API BOOL MakeSelfRelativeSD(PSECURITY_DESCRIPTOR descriptor, PSECURITY_DESCRIPTOR copy,
                                      DWORD* size);
 
 // Gives a file or folder the access list of the descriptor in place of its own. Off Windows the
-// owner's permissions and the read-only attribute stay as they are, and who may run a file too; the
-// inherited entries of a folder count for what is made in it from then on, where the file system
-// keeps access lists.
+// owner's permissions and the read-only attribute stay as they are, and who may run a file too.
 PLATFORM_API BOOL SetFileSecurityW(const WCHAR* path, SECURITY_INFORMATION what,
                                    PSECURITY_DESCRIPTOR descriptor);
 

@@ -15,6 +15,9 @@
 namespace brevik::platform {
 namespace {
 
+constexpr unsigned kMayRead = 4;
+constexpr unsigned kAllPermissions = 7;
+
 constexpr char kAccessList[] = "system.posix_acl_access";
 constexpr char kDefaultList[] = "system.posix_acl_default";
 
@@ -41,33 +44,29 @@ bool HasNoLists(int error) {
     return error == EOPNOTSUPP || error == ENOSYS;
 }
 
-DWORD SetDefaultList(int folder, std::optional<unsigned> below) {
-    int result = 0;
-    if (below) {
-        constexpr std::uint16_t kAll = kMayRead | kMayWrite | kMayRun;
-        const auto others = static_cast<std::uint16_t>(*below);
-        const DefaultList list = {kListVersion,
-                                  {{kOwner, kAll, kNoUser},
-                                   {kGroup, others, kNoUser},
-                                   {kMask, kAll, kNoUser},
-                                   {kOthers, others, kNoUser}}};
-        result = fsetxattr(folder, kDefaultList, &list, sizeof list, 0);
-    } else {
-        result = fremovexattr(folder, kDefaultList);
-    }
-    return result == 0 || errno == ENODATA || HasNoLists(errno) ? NO_ERROR : ErrorFromHost(errno);
+DWORD SetDefaultList(int folder, unsigned permissions) {
+    constexpr std::uint16_t kAll = kAllPermissions;
+    const auto others = static_cast<std::uint16_t>(permissions);
+    const DefaultList list = {kListVersion,
+                              {{kOwner, kAll, kNoUser},
+                               {kGroup, others, kNoUser},
+                               {kMask, others, kNoUser},
+                               {kOthers, others, kNoUser}}};
+    const bool isSet = fsetxattr(folder, kDefaultList, &list, sizeof list, 0) == 0;
+    return isSet || HasNoLists(errno) ? NO_ERROR : ErrorFromHost(errno);
 }
 
-DWORD Grant(int descriptor, const OtherUsersRights& rights) {
+DWORD Grant(int descriptor, OtherUsersRights rights) {
     struct stat status;
     if (fstat(descriptor, &status) != 0) {
         return ErrorFromHost(errno);
     }
-    unsigned others = rights.here;
-    if (!S_ISDIR(status.st_mode)) {
+    const bool isFolder = S_ISDIR(status.st_mode);
+    unsigned others = rights == OtherUsersRights::kAll ? kAllPermissions : 0;
+    if (!isFolder) {
         others &= kMayRead | (status.st_mode & S_IRWXU) >> 6;
     }
-    // An access list of the file's own would go on telling what its group may do.
+    // The file's own access list would otherwise still decide what its group may do.
     if (fremovexattr(descriptor, kAccessList) != 0 && errno != ENODATA && !HasNoLists(errno)) {
         return ErrorFromHost(errno);
     }
@@ -75,22 +74,17 @@ DWORD Grant(int descriptor, const OtherUsersRights& rights) {
     if (fchmod(descriptor, (status.st_mode & kKept) | others << 3 | others) != 0) {
         return ErrorFromHost(errno);
     }
-    return S_ISDIR(status.st_mode) ? SetDefaultList(descriptor, rights.below) : DWORD{NO_ERROR};
+    return isFolder ? SetDefaultList(descriptor, others) : DWORD{NO_ERROR};
 }
 
-// Opens what need not be readable for being changed; a pipe is not waited for.
-ScopedDescriptor Open(const std::string& path) {
-    return ScopedDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-}
-
-// How a folder is made before it is opened to others. Where they may make files, none may replace
+// The mode of a folder before it is opened to others. Where they may make files, none may replace
 // another's: a link in the place of a file would have its user's programs write where it leads.
-mode_t ShutMode(const OtherUsersRights& rights) {
-    return S_IRWXU | ((rights.here & kMayWrite) != 0 ? S_ISVTX : 0);
+mode_t ShutMode(OtherUsersRights rights) {
+    return S_IRWXU | (rights == OtherUsersRights::kAll ? S_ISVTX : 0);
 }
 
-// Makes it where it is to be, and opens it to others afterwards.
-DWORD MakeInPlace(const std::string& path, const OtherUsersRights& rights) {
+// Makes the folder where it is to be, and opens it to others afterwards.
+DWORD MakeInPlace(const std::string& path, OtherUsersRights rights) {
     if (mkdir(path.c_str(), ShutMode(rights)) != 0) {
         return ErrorFromHost(errno);
     }
@@ -99,20 +93,18 @@ DWORD MakeInPlace(const std::string& path, const OtherUsersRights& rights) {
 
 }  // namespace
 
-DWORD GrantToOthers(const std::string& path, const OtherUsersRights& rights) {
-    if (!rights.present) {
-        return NO_ERROR;
-    }
-    const ScopedDescriptor file = Open(path);
+DWORD GrantToOthers(const std::string& path, OtherUsersRights rights) {
+    // Without blocking, so that a pipe is not waited for.
+    const ScopedDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     return file ? Grant(file.Get(), rights) : ErrorFromHost(errno);
 }
 
-DWORD MakeFolderWithRights(const std::string& path, const OtherUsersRights& rights) {
-    if (!rights.present) {
+DWORD MakeFolderWithRights(const std::string& path, OtherUsersRights rights) {
+    if (rights == OtherUsersRights::kAsTheMaskSays) {
         return mkdir(path.c_str(), 0777) == 0 ? NO_ERROR : ErrorFromHost(errno);
     }
-    // Under another name until it is as it should be: a process that ends half-way must not leave a
-    // folder behind that is shut to all others for good.
+    // Made under another name and renamed when it is ready: a process that ends half-way must not
+    // leave a folder that is shut to all others for good.
     std::string scratch = path.substr(0, path.rfind('/') + 1) + ".brevik-XXXXXX";
     if (mkdtemp(scratch.data()) == nullptr) {
         return ErrorFromHost(errno);
@@ -129,7 +121,7 @@ DWORD MakeFolderWithRights(const std::string& path, const OtherUsersRights& righ
     if (error != NO_ERROR) {
         return error;
     }
-    // A file system that cannot rename in this way.
+    // The file system may not be able to rename in this way.
     return failure == EINVAL || failure == ENOSYS ? MakeInPlace(path, rights)
                                                   : ErrorFromHost(failure);
 }

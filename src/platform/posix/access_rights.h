@@ -1,12 +1,11 @@
 // What a security descriptor means on the host.
 //
-// The entry for Everyone becomes the permissions of group and others. Entries that are inherited
-// become the folder's default access list, which is what new files get whatever the mask of the
-// process that makes them; it is bounded by the mode that their maker asks for. A file system
-// without access lists keeps the permissions alone.
+// An entry for Everyone becomes the permissions of group and others. For a folder it also becomes
+// the default access list, which is what new files get whatever the mask of the process that makes
+// them, bounded by the mode that the process asks for. A file system without access lists keeps the
+// permissions alone.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "platform/errors.h"
@@ -14,25 +13,23 @@
 
 namespace brevik::platform {
 
-inline constexpr unsigned kMayRead = 4;
-inline constexpr unsigned kMayWrite = 2;
-inline constexpr unsigned kMayRun = 1;
-
-struct OtherUsersRights {
-    bool present = false;  // else the descriptor tells nothing about them
-    unsigned here = 0;     // to the file or folder itself
-    std::optional<unsigned>
-        below;  // to what is made in the folder; where nothing, as the mask says
+enum class OtherUsersRights {
+    kAsTheMaskSays,  // no descriptor was given
+    kNone,
+    kAll,
 };
 
-// REQUIRES: a descriptor of either form.
+// REQUIRES: a descriptor of either form, with an access list.
 OtherUsersRights RightsIn(const void* descriptor);
 
 // Gives the file or folder these rights in place of those that it grants others now. The owner's
-// permissions stay; what the owner may not write or run nobody else may. 0 or an error number.
-DWORD GrantToOthers(const std::string& path, const OtherUsersRights& rights);
+// permissions stay, and nobody may write or run a file that its owner may not. 0 or an error
+// number.
+//
+// REQUIRES: kNone or kAll.
+DWORD GrantToOthers(const std::string& path, OtherUsersRights rights);
 
-// Makes a folder with these rights. Nobody ever sees it with others. 0 or an error number.
-DWORD MakeFolderWithRights(const std::string& path, const OtherUsersRights& rights);
+// Makes a folder, which has these rights from its first moment. 0 or an error number.
+DWORD MakeFolderWithRights(const std::string& path, OtherUsersRights rights);
 
 }  // namespace brevik::platform
