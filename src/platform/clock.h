@@ -9,7 +9,7 @@
 
 namespace brevik::platform {
 
-// Milliseconds since the system's start, wrapping at 32 bits; some milliseconds coarse.
+// Milliseconds since the system's start, wrapping at 32 bits; exact to some milliseconds.
 PLATFORM_API DWORD GetTickCount();
 
 // Holds the calling thread for at least so many milliseconds.
@@ -21,13 +21,13 @@ PLATFORM_API BOOL QueryPerformanceCounter(LARGE_INTEGER* counter);
 
 using __time64_t = std::int64_t;
 
-// Seconds since 1970 in Coordinated Universal Time.
+// Seconds since 1970 in Coordinated Universal Time. REQUIRES: a null argument.
 PLATFORM_API __time64_t _time64(__time64_t* result);
 
-// Broken down into local time. 0, or an error number.
+// The fields of a time in local time. 0, or EINVAL for a time before 1970 or after the year 3000.
 PLATFORM_API int _localtime64_s(std::tm* result, const __time64_t* time);
 
-// Seconds since 1970 of a local time; -1 where it cannot be expressed.
+// Seconds since 1970 of a local time; -1 for a time before 1970 or after the year 3000.
 PLATFORM_API __time64_t _mktime64(std::tm* time);
 
 }  // namespace brevik::platform

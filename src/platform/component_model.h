@@ -23,7 +23,7 @@ inline constexpr DWORD COINIT_APARTMENTTHREADED = 0x2;
 
 // Enters the calling thread into an apartment, or counts one more entry. S_OK for the first entry,
 // S_FALSE for a further one of the same kind, RPC_E_CHANGED_MODE, uncounted, for one of the other
-// kind. Every S_OK and S_FALSE is to be paired with one CoUninitialize on the same thread.
+// kind. Pair every S_OK and S_FALSE with one CoUninitialize on the same thread.
 PLATFORM_API HRESULT CoInitializeEx(void* reserved, DWORD kind);
 
 // CoInitializeEx for the apartment-threaded kind.
@@ -45,7 +45,7 @@ class IUnknown;
 //
 // CO_E_NOTINITIALIZED on a thread in no apartment, REGDB_E_CLASSNOTREG for a class that is not
 // known, 0x80070000 and the error number when its library cannot be loaded, CO_E_ERRORINDLL when
-// that is no library of classes, else what the class answers. On failure the out argument is null.
+// that is no library of classes, else the class's own result. On failure the out argument is null.
 PLATFORM_API HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID iid,
                                       void** object);
 
@@ -55,18 +55,15 @@ PLATFORM_API void* CoTaskMemAlloc(std::size_t size);
 // Frees a block of CoTaskMemAlloc; null is legal.
 PLATFORM_API void CoTaskMemFree(void* block);
 
-// Counted UTF-16 text with a NUL behind it; its length in bytes stands in the 4 bytes ahead of the
-// pointer. A null BSTR is a text of length 0.
+// Counted UTF-16 text with a NUL after it; the 4 bytes before the pointer hold its length in bytes.
+// A null BSTR is a text of length 0.
 using BSTR = WCHAR*;
 
-// Null for a null text or when memory is short.
-PLATFORM_API BSTR SysAllocString(const WCHAR* text);
-
-// Takes `length` units as they stand, NULs included; with a null text the units are left unset.
+// A copy of `length` units, NULs included; with a null text the units are left unset. Null when
+// memory is short.
 PLATFORM_API BSTR SysAllocStringLen(const WCHAR* text, UINT length);
 PLATFORM_API void SysFreeString(BSTR text);
 PLATFORM_API UINT SysStringLen(BSTR text);
-PLATFORM_API UINT SysStringByteLen(BSTR text);
 
 class IUnknown {
   public:
@@ -101,34 +98,17 @@ inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
 
 enum VARENUM : VARTYPE {
     VT_EMPTY = 0,
-    VT_NULL = 1,
-    VT_I2 = 2,
-    VT_I4 = 3,
-    VT_BSTR = 8,
-    VT_ERROR = 10,
-    VT_BOOL = 11,
-    VT_UNKNOWN = 13,
-    VT_UI4 = 19,
-    VT_I8 = 20,
     VT_INT = 22,
 };
 
-// A tagged value. The holder owns what `bstrVal` and `punkVal` point at.
+// A tagged value. Off Windows only numbers are passed, which own nothing.
 struct VARIANT {
     VARTYPE vt;
     WORD wReserved1;
     WORD wReserved2;
     WORD wReserved3;
     union {
-        SHORT iVal;
-        LONG lVal;
-        ULONG ulVal;
-        LONGLONG llVal;
         INT intVal;
-        VARIANT_BOOL boolVal;
-        HRESULT scode;
-        BSTR bstrVal;
-        IUnknown* punkVal;
         struct {
             void* first;
             void* second;
@@ -137,8 +117,6 @@ struct VARIANT {
 };
 
 PLATFORM_API void VariantInit(VARIANT* variant);
-
-// Releases what the variant owns and makes it VT_EMPTY.
 PLATFORM_API HRESULT VariantClear(VARIANT* variant);
 
 // The exception form of a component-model failure.

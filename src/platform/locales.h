@@ -11,15 +11,11 @@ namespace brevik::platform {
 using LCTYPE = DWORD;
 
 inline constexpr LCTYPE LOCALE_SABBREVLANGNAME = 3;
-inline constexpr WORD SORT_DEFAULT = 0;
 
-constexpr LCID MAKELCID(WORD language, WORD sort) {
-    return LCID{sort} << 16 | language;
-}
-
-// An item about the language of a locale; the one item known is the abbreviation, such as "DEU".
-// Result: the units written with the NUL, or, with a size of 0, the size needed. 0 with error 87
-// for an unknown language, 1004 for another item, 122 when the buffer is too small.
+// The abbreviation of a language, such as "DEU"; a language without its country is that of its main
+// country, and the neutral one is English. The units written with the NUL. 0 with
+// ERROR_INVALID_PARAMETER for an unknown language, ERROR_INVALID_FLAGS for another item,
+// ERROR_INSUFFICIENT_BUFFER when the buffer is too small.
 PLATFORM_API int GetLocaleInfoW(LCID locale, LCTYPE item, WCHAR* buffer, int size);
 
 }  // namespace brevik::platform

@@ -30,10 +30,12 @@ struct MessageTableRow {
 // The form of the C function "BrevikMessageTable" that a message library exports.
 using MessageTableFunction = const MessageTableRow* (*)();
 
-// The text for `code`, ending in CR LF, from the module `source` or from the system's table. With
-// FORMAT_MESSAGE_ALLOCATE_BUFFER `buffer` points at a WCHAR* that receives a block to free with
-// LocalFree. Texts hold no inserts. Result: the length without the NUL, or 0 with error 317 where
+// The text for `code`, ending in CR LF: from the module `source`, or with
+// FORMAT_MESSAGE_FROM_SYSTEM from the system's table. `buffer` points at a WCHAR* that receives a
+// block to free with LocalFree. The length without the NUL; 0 with ERROR_MR_MID_NOT_FOUND where
 // there is no text.
+//
+// REQUIRES: FORMAT_MESSAGE_ALLOCATE_BUFFER, and one of the two sources.
 PLATFORM_API DWORD FormatMessageW(DWORD flags, const void* source, DWORD code, DWORD language,
                                   WCHAR* buffer, DWORD size, void* arguments);
 

@@ -31,7 +31,8 @@ struct FreeText {
 using ScopedText = std::unique_ptr<WCHAR, FreeText>;
 
 ScopedText MakeText(const std::string& text) {
-    return ScopedText(SysAllocString(WideFromUtf8(text).c_str()));
+    const WideString wide = WideFromUtf8(text);
+    return ScopedText(SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size())));
 }
 
 struct Answer {

@@ -10,29 +10,31 @@
 
 namespace {
 
-std::string AbbreviationOf(LCID locale) {
-    WCHAR text[8] = {};
-    const int written = GetLocaleInfoW(locale, LOCALE_SABBREVLANGNAME, text, 8);
-    return written > 0 ? Utf8FromWide({text, static_cast<std::size_t>(written) - 1})
-                       : "error " + std::to_string(GetLastError());
-}
-
 TEST(Locales, HaveAnAbbreviation) {
-    EXPECT_EQ(AbbreviationOf(1031), "DEU");
-    EXPECT_EQ(AbbreviationOf(MAKELCID(4108, SORT_DEFAULT)), "FRS");
-    EXPECT_EQ(AbbreviationOf(9), "ENU");
-    EXPECT_EQ(AbbreviationOf(7), "DEU");
-    EXPECT_EQ(AbbreviationOf(0), "ENU");
-    EXPECT_EQ(AbbreviationOf(65535), "error 87");
-    EXPECT_EQ(AbbreviationOf(1047), "error 87");
-
-    WCHAR text[4] = {u'x', u'x', u'x', u'x'};
-    EXPECT_EQ(GetLocaleInfoW(1031, LOCALE_SABBREVLANGNAME, nullptr, 0), 4);
-    EXPECT_EQ(GetLocaleInfoW(1031, LOCALE_SABBREVLANGNAME, text, 3), 0);
-    EXPECT_EQ(GetLastError(), 122u);
-    EXPECT_EQ(text[0], u'x');
-    EXPECT_EQ(GetLocaleInfoW(1031, 2, text, 4), 0);
-    EXPECT_EQ(GetLastError(), 1004u);
+    const struct {
+        LCID locale;
+        int size;
+        LCTYPE item;
+        std::string answer;
+    } cases[] = {
+        {1031, 4, LOCALE_SABBREVLANGNAME, "DEU"},
+        {4108, 8, LOCALE_SABBREVLANGNAME, "FRS"},
+        {9, 8, LOCALE_SABBREVLANGNAME, "ENU"},
+        {7, 8, LOCALE_SABBREVLANGNAME, "DEU"},
+        {0, 8, LOCALE_SABBREVLANGNAME, "ENU"},
+        {65535, 8, LOCALE_SABBREVLANGNAME, "error 87"},
+        {65536, 8, LOCALE_SABBREVLANGNAME, "error 87"},
+        {1047, 8, LOCALE_SABBREVLANGNAME, "error 87"},
+        {1031, 3, LOCALE_SABBREVLANGNAME, "error 122"},
+        {1031, 8, 2, "error 1004"},
+    };
+    for (const auto& row : cases) {
+        WCHAR text[8] = {};
+        const int written = GetLocaleInfoW(row.locale, row.item, text, row.size);
+        EXPECT_EQ(written > 0 ? Utf8FromWide(text) : "error " + std::to_string(GetLastError()),
+                  row.answer);
+        EXPECT_EQ(written, row.answer.size() == 3 ? 4 : 0) << row.locale;
+    }
 }
 
 }  // namespace

@@ -10,8 +10,7 @@ namespace {
 constexpr LONGLONG kCountsPerSecond = 10'000'000;
 constexpr LONGLONG kNanosecondsPerCount = 1'000'000'000 / kCountsPerSecond;
 
-// The last second of the year 3000, where the run-time library's calendar ends. It begins with
-// 1970.
+// The run-time library's calendar begins with 1970 and ends with this second of the year 3000.
 constexpr __time64_t kLastTime = 32'535'215'999;
 
 constexpr bool IsInCalendar(__time64_t time) {
@@ -45,41 +44,19 @@ void Sleep(DWORD milliseconds) {
     }
 }
 
-__time64_t _time64(__time64_t* result) {
-    const __time64_t now = ::time(nullptr);
-    if (result != nullptr) {
-        *result = now;
-    }
-    return now;
+__time64_t _time64(__time64_t*) {
+    return ::time(nullptr);
 }
 
 int _localtime64_s(std::tm* result, const __time64_t* time) {
-    if (result == nullptr) {
-        return EINVAL;
-    }
-    if (time == nullptr || !IsInCalendar(*time)) {
-        *result = {};
-        for (int std::tm::*field : {&std::tm::tm_sec, &std::tm::tm_min, &std::tm::tm_hour,
-                                    &std::tm::tm_mday, &std::tm::tm_mon, &std::tm::tm_year,
-                                    &std::tm::tm_wday, &std::tm::tm_yday, &std::tm::tm_isdst}) {
-            result->*field = -1;
-        }
-        return EINVAL;
-    }
     const time_t seconds = *time;
     tzset();  // localtime_r alone need not notice that TZ has changed
-    return localtime_r(&seconds, result) != nullptr ? 0 : EINVAL;
+    return IsInCalendar(seconds) && localtime_r(&seconds, result) != nullptr ? 0 : EINVAL;
 }
 
 __time64_t _mktime64(std::tm* time) {
-    std::tm normalised = *time;
-    const time_t seconds = mktime(&normalised);
-    if (!IsInCalendar(seconds)) {
-        errno = EINVAL;
-        return -1;
-    }
-    *time = normalised;
-    return seconds;
+    const time_t seconds = mktime(time);
+    return IsInCalendar(seconds) ? seconds : -1;
 }
 
 }  // namespace brevik::platform

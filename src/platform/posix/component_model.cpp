@@ -3,17 +3,9 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 namespace brevik::platform {
 namespace {
-
-// Two more kinds of entry that change nothing here.
-constexpr DWORD COINIT_DISABLE_OLE1DDE = 0x4;
-constexpr DWORD COINIT_SPEED_OVER_MEMORY = 0x8;
-
-constexpr DWORD kKnownKinds = COINIT_MULTITHREADED | COINIT_APARTMENTTHREADED |
-                              COINIT_DISABLE_OLE1DDE | COINIT_SPEED_OVER_MEMORY;
 
 // The calling thread's apartment. The kind counts only while there are entries.
 struct Apartment {
@@ -23,18 +15,15 @@ struct Apartment {
 
 thread_local Apartment apartment;
 
-// The length of a BSTR in bytes lies in the last four bytes of this much room ahead of its text, so
-// that the text starts as well aligned as a block of the allocator does.
+// The room before the text of a BSTR, whose last four bytes hold the text's length in bytes. It is
+// larger than that so that the text is as well aligned as a block of the allocator.
 constexpr std::size_t kPrefixSize = 8;
 constexpr std::size_t kLengthSize = sizeof(std::uint32_t);
 constexpr std::size_t kMaximumLength = (UINT32_MAX - kPrefixSize) / sizeof(WCHAR) - 1;
 
 }  // namespace
 
-HRESULT CoInitializeEx(void* reserved, DWORD kind) {
-    if (reserved != nullptr || (kind & ~kKnownKinds) != 0) {
-        return E_INVALIDARG;
-    }
+HRESULT CoInitializeEx(void*, DWORD kind) {
     const DWORD wanted = kind & COINIT_APARTMENTTHREADED;
     if (apartment.entries > 0 && apartment.kind != wanted) {
         return RPC_E_CHANGED_MODE;
@@ -59,14 +48,6 @@ void* CoTaskMemAlloc(std::size_t size) {
 
 void CoTaskMemFree(void* block) {
     std::free(block);
-}
-
-BSTR SysAllocString(const WCHAR* text) {
-    if (text == nullptr) {
-        return nullptr;
-    }
-    const std::size_t length = std::char_traits<WCHAR>::length(text);
-    return length <= kMaximumLength ? SysAllocStringLen(text, static_cast<UINT>(length)) : nullptr;
 }
 
 BSTR SysAllocStringLen(const WCHAR* text, UINT length) {
@@ -95,16 +76,12 @@ void SysFreeString(BSTR text) {
 }
 
 UINT SysStringLen(BSTR text) {
-    return SysStringByteLen(text) / static_cast<UINT>(sizeof(WCHAR));
-}
-
-UINT SysStringByteLen(BSTR text) {
     if (text == nullptr) {
         return 0;
     }
-    std::uint32_t length = 0;
-    std::memcpy(&length, reinterpret_cast<const char*>(text) - kLengthSize, kLengthSize);
-    return length;
+    std::uint32_t bytes = 0;
+    std::memcpy(&bytes, reinterpret_cast<const char*>(text) - kLengthSize, kLengthSize);
+    return bytes / static_cast<UINT>(sizeof(WCHAR));
 }
 
 void VariantInit(VARIANT* variant) {
@@ -112,11 +89,6 @@ void VariantInit(VARIANT* variant) {
 }
 
 HRESULT VariantClear(VARIANT* variant) {
-    if (variant->vt == VT_BSTR) {
-        SysFreeString(variant->bstrVal);
-    } else if (variant->vt == VT_UNKNOWN && variant->punkVal != nullptr) {
-        variant->punkVal->Release();
-    }
     variant->vt = VT_EMPTY;
     return S_OK;
 }

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <string_view>
 
+#include "platform/posix/last_error.h"
+
 namespace brevik::platform {
 namespace {
 
@@ -25,17 +27,13 @@ constexpr Language kLanguages[] = {
     {4100, u"ZHI"}, {4105, u"ENC"}, {4108, u"FRS"},
 };
 
-// Names the host's own language instead of one.
-constexpr LANGID kUserDefault = 0x400;
-constexpr LANGID kSystemDefault = 0x800;
+// The language of a host that names none.
 constexpr LANGID kEnglish = MAKELANGID(LANG_ENGLISH, SUBLANG_DEFAULT);
-
-// Asks for the item as the system has it, whatever the user has set.
-constexpr LCTYPE kNoUserOverride = 0x80000000;
 
 const Language* FindLanguage(LCID locale) {
     LANGID id = static_cast<LANGID>(locale);
-    if (locale == 0 || locale == kUserDefault || locale == kSystemDefault) {
+    const bool isDefault = locale <= 0xFFFF && PRIMARYLANGID(id) == LANG_NEUTRAL;
+    if (isDefault) {
         id = kEnglish;
     } else if (id == PRIMARYLANGID(id)) {
         id = MAKELANGID(id, SUBLANG_DEFAULT);
@@ -45,18 +43,10 @@ const Language* FindLanguage(LCID locale) {
     return found == std::end(kLanguages) ? nullptr : found;
 }
 
-int Fail(DWORD error) {
-    SetLastError(error);
-    return 0;
-}
-
 }  // namespace
 
 int GetLocaleInfoW(LCID locale, LCTYPE item, WCHAR* buffer, int size) {
-    if (size < 0 || (size > 0 && buffer == nullptr)) {
-        return Fail(ERROR_INVALID_PARAMETER);
-    }
-    if ((item & ~kNoUserOverride) != LOCALE_SABBREVLANGNAME) {
+    if (item != LOCALE_SABBREVLANGNAME) {
         return Fail(ERROR_INVALID_FLAGS);
     }
     const Language* language = FindLanguage(locale);
@@ -64,9 +54,6 @@ int GetLocaleInfoW(LCID locale, LCTYPE item, WCHAR* buffer, int size) {
         return Fail(ERROR_INVALID_PARAMETER);
     }
     const int needed = static_cast<int>(language->abbreviation.size()) + 1;
-    if (size == 0) {
-        return needed;
-    }
     if (size < needed) {
         return Fail(ERROR_INSUFFICIENT_BUFFER);
     }

@@ -1,18 +1,18 @@
 #include "platform/messages.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <string_view>
 
 #include "platform/posix/host_text.h"
+#include "platform/posix/last_error.h"
 
 namespace brevik::platform {
 namespace {
 
-// Sorted by code. A text is one line without its end, and holds no percent sign, which would begin
+// Sorted by code. A text is one line without its end, and holds no percent sign: that would begin
 // an insert.
 constexpr MessageTableRow kSystemTable[] = {
     {ERROR_SUCCESS, "No error occurred."},
@@ -43,7 +43,7 @@ constexpr MessageTableRow kSystemTable[] = {
     {ERROR_INVALID_NAME, "A name in this path is not a valid one."},
     {ERROR_MOD_NOT_FOUND, "A library of this name cannot be found."},
     {ERROR_PROC_NOT_FOUND, "The library has no operation of this name."},
-    {ERROR_NEGATIVE_SEEK, "A position ahead of the start of the file was asked for."},
+    {ERROR_NEGATIVE_SEEK, "A position before the start of the file was asked for."},
     {ERROR_DIR_NOT_ROOT, "The folder is not the root of a volume."},
     {ERROR_DIR_NOT_EMPTY, "The folder still holds something."},
     {ERROR_BAD_PATHNAME, "The path has a form that is not allowed."},
@@ -94,7 +94,7 @@ constexpr DWORD Unwrapped(DWORD code) {
     return (code & 0xFFFF0000) == kWrapped ? code & 0xFFFF : code;
 }
 
-// All three give null where there is no text.
+// Both return null where there is no text.
 
 const char* SystemText(DWORD code) {
     const MessageTableRow wanted = {Unwrapped(code), nullptr};
@@ -104,8 +104,7 @@ const char* SystemText(DWORD code) {
 }
 
 const char* ModuleText(const void* source, DWORD code) {
-    const auto given = static_cast<HMODULE>(const_cast<void*>(source));
-    const HMODULE module = given != nullptr ? given : GetModuleHandleW(nullptr);
+    const auto module = static_cast<HMODULE>(const_cast<void*>(source));
     // By way of the one type that the compiler takes for any function.
     const auto function =
         reinterpret_cast<void (*)()>(GetProcAddress(module, "BrevikMessageTable"));
@@ -120,49 +119,22 @@ const char* ModuleText(const void* source, DWORD code) {
     return row->text;
 }
 
-const char* FindText(DWORD flags, const void* source, DWORD code) {
-    const char* text = nullptr;
-    if ((flags & FORMAT_MESSAGE_FROM_HMODULE) != 0) {
-        text = ModuleText(source, code);
-    }
-    if (text == nullptr && (flags & FORMAT_MESSAGE_FROM_SYSTEM) != 0) {
-        text = SystemText(code);
-    }
-    return text;
-}
-
-DWORD Fail(DWORD code) {
-    SetLastError(code);
-    return 0;
-}
-
 }  // namespace
 
-DWORD FormatMessageW(DWORD flags, const void* source, DWORD code, DWORD, WCHAR* buffer, DWORD size,
+DWORD FormatMessageW(DWORD flags, const void* source, DWORD code, DWORD, WCHAR* buffer, DWORD,
                      void*) {
-    if (buffer == nullptr ||
-        (flags & (FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM)) == 0) {
-        return Fail(ERROR_INVALID_PARAMETER);
-    }
-    const char* text = FindText(flags, source, code);
+    const char* text =
+        (flags & FORMAT_MESSAGE_FROM_SYSTEM) != 0 ? SystemText(code) : ModuleText(source, code);
     if (text == nullptr) {
-        return Fail(ERROR_MR_MID_NOT_FOUND);
+        return Fail<DWORD>(ERROR_MR_MID_NOT_FOUND);
     }
     const WideString line = WideFromUtf8(text) + u"\r\n";
-    WCHAR* target = buffer;
-    if ((flags & FORMAT_MESSAGE_ALLOCATE_BUFFER) != 0) {
-        // Here the size is the least that the caller wants.
-        const std::size_t units = std::max<std::size_t>(line.size() + 1, size);
-        target = static_cast<WCHAR*>(std::calloc(units, sizeof(WCHAR)));
-        if (target == nullptr) {
-            return Fail(ERROR_NOT_ENOUGH_MEMORY);
-        }
-        std::memcpy(buffer, &target, sizeof target);
-    } else if (line.size() >= size) {
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    const auto block = static_cast<WCHAR*>(std::calloc(line.size() + 1, sizeof(WCHAR)));
+    if (block == nullptr) {
+        return Fail<DWORD>(ERROR_NOT_ENOUGH_MEMORY);
     }
-    line.copy(target, line.size());
-    target[line.size()] = u'\0';
+    line.copy(block, line.size());
+    std::memcpy(buffer, &block, sizeof block);
     return static_cast<DWORD>(line.size());
 }
 
@@ -172,10 +144,7 @@ HLOCAL LocalFree(HLOCAL block) {
 }
 
 int strerror_s(char* buffer, std::size_t size, int code) {
-    if (buffer == nullptr || size == 0) {
-        return EINVAL;
-    }
-    // The text in no language but English, whatever the host's locale, like all others here.
+    // Always in English, whatever the host's locale, like all other texts here.
     const char* text = strerrordesc_np(code);
     const std::string_view source = text != nullptr ? text : "Unknown error";
     buffer[source.copy(buffer, size - 1)] = '\0';
