@@ -55,6 +55,7 @@ inline constexpr DWORD ERROR_MORE_DATA = 234;
 inline constexpr DWORD ERROR_NO_MORE_ITEMS = 259;
 inline constexpr DWORD ERROR_DIRECTORY = 267;
 inline constexpr DWORD ERROR_MR_MID_NOT_FOUND = 317;
+inline constexpr DWORD ERROR_KEY_DELETED = 1018;
 inline constexpr DWORD ERROR_END_OF_MEDIA = 1100;
 inline constexpr DWORD ERROR_NO_MEDIA_IN_DRIVE = 1112;
 inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;

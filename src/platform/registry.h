@@ -1,11 +1,11 @@
-// The registry: a tree of keys with values, which all programs of the machine share.
+// The registry: keys with values, which all programs of the machine share.
 //
 // Off Windows it is the file registry.reg of the machine, in the standard text export form; see
 // docs/machine-folder.md. Results are error numbers; GetLastError is left as it was. Any thread; a
 // handle may be used by several.
 //
-// Besides what each operation tells, all but RegCloseKey give 6 for what is no open key, 87 for
-// arguments that do not go together, and 1018 for a key that was deleted since it was opened.
+// Besides what each operation names, all but RegCloseKey return ERROR_INVALID_HANDLE for what is no
+// open key, and ERROR_KEY_DELETED for a key that was deleted since it was opened.
 #pragma once
 
 #include "platform/errors.h"
@@ -38,7 +38,6 @@ inline const HKEY HKEY_PERFORMANCE_NLSTEXT = reinterpret_cast<HKEY>(std::uintptr
 inline constexpr REGSAM KEY_QUERY_VALUE = 0x0001;
 inline constexpr REGSAM KEY_ENUMERATE_SUB_KEYS = 0x0008;
 inline constexpr REGSAM KEY_READ = 0x20019;
-inline constexpr REGSAM KEY_WOW64_64KEY = 0x0100;
 inline constexpr REGSAM KEY_WOW64_32KEY = 0x0200;
 
 inline constexpr DWORD REG_NONE = 0;
@@ -49,30 +48,32 @@ inline constexpr DWORD REG_DWORD = 4;
 inline constexpr DWORD REG_MULTI_SZ = 7;
 inline constexpr DWORD REG_QWORD = 11;
 
-// Opens a key below another, its path without regard to case. 2 when it is missing, 5 or 31
-// while the registry's file cannot be read and never could be, 161 for a path
-// that begins with a backslash, 87 for a null `key` or for both views at once. The handle can do
-// what `access` asks for; KEY_READ holds both rights there are. 1450 when no handle is left. A path
-// under SOFTWARE is looked for below SOFTWARE\Wow6432Node first and then as it stands, with
-// KEY_WOW64_64KEY as it stands alone.
+// Opens a key below another, its path without regard to case. ERROR_FILE_NOT_FOUND when it is
+// missing, ERROR_BAD_PATHNAME for a path that begins with a backslash, ERROR_NO_SYSTEM_RESOURCES
+// when no handle is left, ERROR_ACCESS_DENIED or ERROR_GEN_FAILURE while the registry's file cannot
+// be read and never could be. The handle can do what `access` asks for; KEY_READ holds both rights
+// there are. Like every program of 32 bits the library sees SOFTWARE\Wow6432Node in place of
+// SOFTWARE; off Windows a path that is not there is then looked for as it stands.
 PLATFORM_API LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD options, REGSAM access,
                                 HKEY* key);
 
-// 6 for what is no open key. The predefined keys stay open.
+// ERROR_INVALID_HANDLE for what is no open key. The predefined keys stay open.
 PLATFORM_API LONG RegCloseKey(HKEY key);
 
 // The name of a sub key by its place in the order of upper-cased code units. `length` is the
-// buffer's size in units, and receives the length without the NUL. 259 behind the last, 234 when
-// the buffer is too small, 5 for a handle without KEY_ENUMERATE_SUB_KEYS. 87 without a buffer or
-// its length, with a class name but no length for it, or when `reserved` is not null.
+// buffer's size in units, and receives the length without the NUL. ERROR_NO_MORE_ITEMS after the
+// last, ERROR_MORE_DATA when the buffer is too small, ERROR_ACCESS_DENIED for a handle without
+// KEY_ENUMERATE_SUB_KEYS.
+//
+// REQUIRES: null for the class and the time of the last change, which are not kept.
 PLATFORM_API LONG RegEnumKeyExW(HKEY key, DWORD index, WCHAR* name, DWORD* length, DWORD* reserved,
                                 WCHAR* className, DWORD* classLength, FILETIME* lastWrite);
 
-// A value's type and bytes; `size` is the buffer's size in bytes and receives that of the value. 2
-// for a missing value, 234 with the size needed when the buffer is too small. A text that was
-// stored without its NUL gets one where there is room. 5 for a handle without KEY_QUERY_VALUE, 87
-// for a buffer without its size or when `reserved` is not null. The narrow form gives texts in the
-// narrow code page.
+// A value's type and bytes; `size` is the buffer's size in bytes and receives that of the value.
+// ERROR_FILE_NOT_FOUND for a missing value, ERROR_MORE_DATA with the size needed when the buffer is
+// too small, ERROR_ACCESS_DENIED for a handle without KEY_QUERY_VALUE. A text that was stored
+// without its NUL gets one where there is room. The narrow form gives texts in the narrow code
+// page.
 PLATFORM_API LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,
                                    BYTE* data, DWORD* size);
 PLATFORM_API LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type,

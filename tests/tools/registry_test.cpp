@@ -1,8 +1,11 @@
 // brevikctl registry and machine.
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/child_process.h"
@@ -122,6 +125,7 @@ TEST_F(BrevikctlRegistry, RefusesWhatCannotBe) {
         {{"set", "HKLM\\a", "v", "--type", "multi", "a", ""}, "an empty text"},
         {{"set", "HKLM\\a", "v", "a", "b"}, "takes one DATA"},
         {{"set", "HKLM\\a", "v", "\xFF"}, "no UTF-8"},
+        {{"set", "HKLM\\a", "two\nlines", "d"}, "no value can have this name"},
         {{"import", "C:\\none.reg"}, "no file"},
         {{"export", "HKLM\\None"}, "no key"},
     };
@@ -157,6 +161,82 @@ TEST_F(BrevikctlRegistry, ImportsAFileWholeOrNotAtAll) {
 
     WriteRawRegistry("nonsense");
     EXPECT_THAT(ErrorOf({"get", "HKLM"}), HasSubstr("registry.reg:1: "));
+    EXPECT_THAT(ErrorOf({"set", "HKLM\\a", "v", "d"}), HasSubstr("registry.reg:1: "));
+}
+
+// What others wrote stays, in the form that the tool writes, and every user may read it.
+TEST_F(BrevikctlRegistry, WhatOthersWroteIsKept) {
+    umask(0077);
+    WriteRawRegistry(
+        "REGEDIT4\r\n; by hand\r\n\r\n[HKEY_USERS\\theirs]\r\n"
+        "\"bytes\"=hex(2):41,00\r\n");
+    const fs::path import = TestMachine::ScratchFolder() / "comments.reg";
+    std::ofstream(import) << kRegistryHead << "; not ours\n[HKEY_USERS\\Ours]\n\"Name\"=\"1\"\n";
+    OutputOf({"import", import.string()});
+    OutputOf({"set", "HKU\\OURS", "NAME", "2"});
+    EXPECT_EQ(ReadRegistry(), std::string(kRegistryHead) +
+                                  "; by hand\n\n[HKEY_USERS\\Ours]\n\"Name\"=\"2\"\n\n"
+                                  "[HKEY_USERS\\theirs]\n\"bytes\"=hex(2):41,00,00,00\n");
+    EXPECT_EQ(fs::status(RegistryFilePath()).permissions(), fs::perms(0644));
+}
+
+TEST_F(BrevikctlRegistry, ALinkedFileIsReplacedWhereItLies) {
+    const fs::path target = TestMachine::ScratchFolder() / "linked.reg";
+    std::ofstream(target) << kRegistryHead;
+    fs::create_symlink(target, RegistryFilePath());
+    OutputOf({"set", "HKLM\\k", "@", "x"});
+    EXPECT_TRUE(fs::is_symlink(RegistryFilePath()));
+    EXPECT_EQ(TextAt(u"k", u""), "x");
+}
+
+// Deep keys, whose paths take more room when each is written out.
+TEST_F(BrevikctlRegistry, WhatCouldNotBeReadAgainIsNotWritten) {
+    std::string keys;
+    for (int index = 100; index < 240; ++index) {
+        keys += "[HKEY_USERS\\" + std::to_string(index);
+        for (int depth = 1; depth < 512; ++depth) {
+            keys += "\\\xE2\x82\xAC";
+        }
+        keys += "]\n";
+    }
+    WriteRegistry(keys);
+    EXPECT_THAT(ErrorOf({"set", "HKU\\k", "v", "d"}),
+                HasSubstr("registry.reg: larger than 64 MiB"));
+}
+
+// Commands that change the registry at the same time, beside a reader: every value is there in the
+// end, and the reader never loses one that it has seen.
+TEST_F(BrevikctlRegistry, WritersLoseNothing) {
+    constexpr int kWriters = 3;
+    constexpr int kWrites = 10;
+    std::atomic<int> running = kWriters;
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < kWriters; ++writer) {
+        writers.emplace_back([&running, writer] {
+            for (int write = 0; write < kWrites; ++write) {
+                const std::string name = std::to_string(writer) + "-" + std::to_string(write);
+                EXPECT_EQ(Run({"set", "HKLM\\k", name, name}).exitCode, 0);
+            }
+            --running;
+        });
+    }
+    const auto isThere = [](int writer, int write) {
+        const std::string name = std::to_string(writer) + "-" + std::to_string(write);
+        return TextAt(u"k", WideFromUtf8(name).c_str()) == name;
+    };
+    int newest = -1;
+    int lost = 0;
+    while (running > 0) {
+        lost += newest >= 0 && !isThere(0, newest) ? 1 : 0;
+        newest += isThere(0, newest + 1) ? 1 : 0;
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    EXPECT_EQ(lost, 0);
+    for (int value = 0; value < kWriters * kWrites; ++value) {
+        EXPECT_TRUE(isThere(value / kWrites, value % kWrites)) << value;
+    }
 }
 
 ChildResult RunMachine(std::vector<std::string> arguments) {

@@ -2,6 +2,8 @@
 
 #include "platform/posix/host_text.h"
 #include "registry_access.h"
+#include "registry_data.h"
+#include "registry_file.h"
 #include "text_argument.h"
 
 namespace {
@@ -24,9 +26,14 @@ CertificateEntry ReadEntry(const RegistryKey& key, const std::string& guid) {
     CertificateEntry entry;
     entry.guid = guid;
     for (const EntryValue& row : kValues) {
-        entry.*row.text = TextOf(FindValue(key, row.name));
+        const RegistryValue* value = key.FindValue(row.name);
+        entry.*row.text = value != nullptr ? TextOf(*value) : std::string();
     }
     return entry;
+}
+
+std::u16string PlaceOf(const RegistryTree& tree, const std::u16string& guid) {
+    return PlaceForPrograms(tree, kCertificates) + u'\\' + guid;
 }
 
 }  // namespace
@@ -39,10 +46,10 @@ std::vector<CertificateEntry> ReadCertificateEntries() {
     if (certificates == nullptr) {
         return entries;
     }
-    for (const auto& [folded, key] : certificates->AllChildren()) {
+    for (const RegistryKey* key : certificates->subKeys) {
         const std::string guid = Utf8FromWide(key->Name());
         entries.push_back(ReadEntry(*key, guid));
-        for (const auto& [foldedBelow, below] : key->AllChildren()) {
+        for (const RegistryKey* below : key->subKeys) {
             entries.push_back(ReadEntry(*below, guid));
         }
     }
@@ -51,18 +58,17 @@ std::vector<CertificateEntry> ReadCertificateEntries() {
 
 void WriteCertificateEntry(const CertificateEntry& entry) {
     ChangeRegistry([&](RegistryTree* tree) {
-        RegistryKey* certificates = tree->Make(PlaceForPrograms(*tree, kCertificates));
         const std::u16string guid = WideFromUtf8(entry.guid);
-        bool isNew = false;
-        RegistryKey* key = certificates->MakeChild(guid, &isNew);
+        const std::u16string path = PlaceOf(*tree, guid);
+        RegistryKey* key = tree->Make(path);
         if (key->Name() != guid) {
             // The library tells GUIDs apart by the case of letters, and the registry does not.
-            certificates->RemoveChild(FoldRegistryName(guid));
-            key = certificates->MakeChild(guid, &isNew);
+            tree->Remove(path);
+            key = tree->Make(path);
         }
         for (const EntryValue& row : kValues) {
             if ((entry.*row.text).empty()) {
-                key->RemoveValue(FoldRegistryName(row.name));
+                key->RemoveValue(row.name);
             } else {
                 key->SetValue(TextValue(row.name, entry.*row.text));
             }
@@ -72,11 +78,8 @@ void WriteCertificateEntry(const CertificateEntry& entry) {
 
 bool RemoveCertificateEntry(const std::string& guid) {
     bool isRemoved = false;
-    ChangeRegistry([&](RegistryTree* tree) {
-        RegistryKey* certificates = tree->Find(PlaceForPrograms(*tree, kCertificates));
-        isRemoved = certificates != nullptr &&
-                    certificates->RemoveChild(FoldRegistryName(WideFromUtf8(guid)));
-    });
+    ChangeRegistry(
+        [&](RegistryTree* tree) { isRemoved = tree->Remove(PlaceOf(*tree, WideFromUtf8(guid))); });
     return isRemoved;
 }
 

@@ -28,7 +28,7 @@
 #include "platform/posix/machine.h"
 #include "platform/posix/registry_snapshot.h"
 #include "platform/posix/shared_text_file.h"
-#include "registry_access.h"
+#include "registry_file.h"
 #include "terminal.h"
 #include "text/StringConversions.h"
 
@@ -83,7 +83,7 @@ void CheckMachine(Troubles* troubles) {
 void CheckRegistry(Troubles* troubles) {
     RegistryTree tree;
     RegistryFault fault;
-    const DWORD error = RegistryFile::OfMachine().Read(&tree, &fault);
+    const DWORD error = ReadRegistry(&tree, &fault);
     if (error == ERROR_INVALID_DATA) {
         troubles->push_back({"the registry is malformed: " + SafeText(fault.Text()),
                              "Mend that line in an editor; until then no program sees what is "

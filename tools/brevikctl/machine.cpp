@@ -19,6 +19,8 @@
 #include "platform/posix/machine.h"
 #include "platform/posix/registry_snapshot.h"
 #include "registry_access.h"
+#include "registry_data.h"
+#include "registry_file.h"
 #include "terminal.h"
 #include "text/StringConversions.h"
 
@@ -138,23 +140,25 @@ std::vector<Fact> ShareFacts(const fs::path& machine) {
 Fact RegistryFact() {
     RegistryTree tree;
     RegistryFault fault;
-    const DWORD error = RegistryFile::OfMachine().Read(&tree, &fault);
+    const DWORD error = ReadRegistry(&tree, &fault);
     if (error != NO_ERROR) {
         return TextFact("registryState", error == ERROR_INVALID_DATA
                                              ? "malformed: " + fault.Text()
                                              : "unreadable: error " + std::to_string(error));
     }
-    return TextFact("registryState", std::to_string(tree.CountEntries()) + " keys and values");
+    return TextFact("registryState",
+                    std::to_string(tree.CountKeys() + tree.CountValues()) + " keys and values");
 }
 
 std::string ReaderPath() {
     RegistryTree tree;
     RegistryFault fault;
-    if (RegistryFile::OfMachine().Read(&tree, &fault) != NO_ERROR) {
+    if (ReadRegistry(&tree, &fault) != NO_ERROR) {
         return {};
     }
     const RegistryKey* key = tree.Find(PlaceForPrograms(tree, kReaderKey));
-    return key != nullptr ? TextOf(FindValue(*key, u"")) : std::string();
+    const RegistryValue* path = key != nullptr ? key->FindValue(u"") : nullptr;
+    return path != nullptr ? TextOf(*path) : std::string();
 }
 
 std::string ReaderState() {

@@ -11,6 +11,8 @@
 #include "platform/registry.h"
 #include "registry_access.h"
 #include "registry_data.h"
+#include "registry_file.h"
+#include "registry_writer.h"
 #include "terminal.h"
 #include "text_argument.h"
 
@@ -54,26 +56,26 @@ void PrintValue(const RegistryValue& value, bool asJson) {
 
 std::string ToJson(const RegistryKey& key) {
     std::string keys;
-    for (const auto& [folded, child] : key.AllChildren()) {
-        keys += (keys.empty() ? "" : ",") + JsonString(Utf8FromWide(child->Name()));
+    for (const RegistryKey* subKey : key.subKeys) {
+        keys += (keys.empty() ? "" : ",") + JsonString(Utf8FromWide(subKey->Name()));
     }
     std::string values;
-    for (const auto& [folded, value] : key.AllValues()) {
+    for (const auto& [folded, value] : key.values) {
         values += (values.empty() ? "" : ",") + ToJson(value);
     }
     return "{\"keys\":[" + keys + "],\"values\":[" + values + "]}";
 }
 
-// The sub keys, and behind them the values with their types and data.
+// The sub keys, and then the values with their types and data.
 void PrintKey(const RegistryKey& key, bool asJson) {
     if (asJson) {
         PrintLine(ToJson(key));
         return;
     }
-    for (const auto& [folded, child] : key.AllChildren()) {
-        PrintLine(Utf8FromWide(child->Name()) + "\\");
+    for (const RegistryKey* subKey : key.subKeys) {
+        PrintLine(Utf8FromWide(subKey->Name()) + "\\");
     }
-    for (const auto& [folded, value] : key.AllValues()) {
+    for (const auto& [folded, value] : key.values) {
         std::string line = ShownName(value) + "  " + TypeName(value.type) + " ";
         for (const std::string& data : DataLines(value)) {
             line += " " + (value.type == REG_MULTI_SZ ? "'" + data + "'" : data);
@@ -83,55 +85,63 @@ void PrintKey(const RegistryKey& key, bool asJson) {
 }
 
 void Get(const Options& options) {
-    const RegistryPath path = RegistryArgument(options.key);
+    const std::u16string path = RegistryArgument(options.key);
     RegistryTree tree;
     ReadRegistry(&tree);
     const RegistryKey* key = tree.Find(path);
     if (key == nullptr) {
-        throw std::runtime_error("no key " + Quoted(TextOf(path)) +
+        throw std::runtime_error("no key " + Quoted(Utf8FromWide(path)) +
                                  "\nTry: brevikctl registry get with the key above it");
     }
     if (options.name.empty()) {
         PrintKey(*key, options.json);
         return;
     }
-    const RegistryValue* value = FindValue(*key, ValueName(options.name));
+    const RegistryValue* value = key->FindValue(ValueName(options.name));
     if (value == nullptr) {
         throw std::runtime_error("no value " + Quoted(options.name) + " in " +
-                                 Quoted(TextOf(path)) + "\nTry: brevikctl registry get " +
+                                 Quoted(Utf8FromWide(path)) + "\nTry: brevikctl registry get " +
                                  Quoted(options.key));
     }
     PrintValue(*value, options.json);
 }
 
 void Set(const Options& options) {
-    const RegistryPath path = RegistryArgument(options.key);
+    const std::u16string path = RegistryArgument(options.key);
     const RegistryValue value = MakeValue(ValueName(options.name), options.type, options.data);
-    RegistryFault fault;
-    RequireRegistry(RegistryFile::OfMachine().SetValue(path, value, &fault), fault);
+    RequireRegistry(IsRegistryValueName(value.name) ? NO_ERROR : ERROR_INVALID_PARAMETER, {});
+    ChangeRegistry([&](RegistryTree* tree) { tree->Make(path)->SetValue(value); });
+}
+
+void DeleteValue(RegistryTree* tree, const std::u16string& path, const std::u16string& name) {
+    RegistryKey* key = tree->Find(path);
+    const bool isDeleted = key != nullptr && key->RemoveValue(name);
+    RequireRegistry(isDeleted ? NO_ERROR : ERROR_FILE_NOT_FOUND, {});
+}
+
+void DeleteKey(RegistryTree* tree, const std::u16string& path, bool recursive) {
+    const RegistryKey* key = tree->Find(path);
+    if (key == nullptr) {
+        throw std::runtime_error("no key " + Quoted(Utf8FromWide(path)));
+    }
+    if (!key->subKeys.empty() && !recursive) {
+        throw std::runtime_error("the key " + Quoted(Utf8FromWide(path)) +
+                                 " has keys below it\n--recursive deletes them too.");
+    }
+    tree->Remove(path);
 }
 
 void Delete(const Options& options) {
-    const RegistryPath path = RegistryArgument(options.key);
-    RegistryFault fault;
-    if (!options.name.empty()) {
-        RequireRegistry(
-            RegistryFile::OfMachine().DeleteValue(path, ValueName(options.name), &fault), fault);
-        return;
-    }
-    if (path.keys.empty()) {
+    const std::u16string path = RegistryArgument(options.key);
+    if (options.name.empty() && path.find(u'\\') == path.npos) {
         throw std::runtime_error(Quoted(options.key) + " is a root, which cannot be deleted");
     }
     ChangeRegistry([&](RegistryTree* tree) {
-        const RegistryKey* key = tree->Find(path);
-        if (key == nullptr) {
-            throw std::runtime_error("no key " + Quoted(TextOf(path)));
+        if (options.name.empty()) {
+            DeleteKey(tree, path, options.recursive);
+        } else {
+            DeleteValue(tree, path, ValueName(options.name));
         }
-        if (!key->AllChildren().empty() && !options.recursive) {
-            throw std::runtime_error("the key " + Quoted(TextOf(path)) +
-                                     " has keys below it\n--recursive deletes them too.");
-        }
-        tree->Remove(path);
     });
 }
 
@@ -140,20 +150,18 @@ void Import(const Options& options) {
     if (path.empty()) {
         throw std::runtime_error("no file " + Quoted(options.file));
     }
-    RegistryFault fault;
-    RequireRegistry(RegistryFile::OfMachine().Import(path, &fault), fault);
+    ChangeRegistry([&](RegistryTree* tree) { MergeRegistryFile(path, tree); });
 }
 
 void Export(const Options& options) {
-    const RegistryPath path = options.key.empty() ? RegistryPath() : RegistryArgument(options.key);
-    std::string text;
-    RegistryFault fault;
-    const DWORD error =
-        RegistryFile::OfMachine().Export(options.key.empty() ? nullptr : &path, &text, &fault);
-    if (error == ERROR_FILE_NOT_FOUND) {
-        throw std::runtime_error("no key " + Quoted(TextOf(path)));
+    const std::u16string path =
+        options.key.empty() ? std::u16string() : RegistryArgument(options.key);
+    RegistryTree tree;
+    ReadRegistry(&tree);
+    const std::string text = path.empty() ? WriteRegistryText(tree) : WriteRegistryText(tree, path);
+    if (text.empty()) {
+        throw std::runtime_error("no key " + Quoted(Utf8FromWide(path)));
     }
-    RequireRegistry(error, fault);
     if (options.file.empty()) {
         std::fputs(text.c_str(), stdout);
         return;

@@ -37,24 +37,6 @@ std::uint64_t Number(const std::string& bytes) {
     return number;
 }
 
-std::u16string Units(const std::string& bytes) {
-    std::u16string units;
-    for (std::size_t index = 0; index + 1 < bytes.size(); index += 2) {
-        units += static_cast<char16_t>(static_cast<unsigned char>(bytes[index]) |
-                                       static_cast<unsigned char>(bytes[index + 1]) << 8);
-    }
-    return units;
-}
-
-std::string Bytes(std::u16string_view units) {
-    std::string bytes;
-    for (const char16_t unit : units) {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8);
-    }
-    return bytes;
-}
-
 std::string HexText(const std::string& bytes) {
     constexpr char kDigits[] = "0123456789abcdef";
     std::string text;
@@ -79,18 +61,13 @@ std::optional<std::uint64_t> NumberOf(const RegistryValue& value) {
 // The texts of a multi value, up to the first empty one.
 std::vector<std::string> Texts(const RegistryValue& value) {
     std::vector<std::string> texts;
-    const std::u16string units = Units(value.data) + u'\0';
+    const std::u16string units = Utf16OfBytes(value.data) + u'\0';
     for (std::size_t start = 0; start < units.size() && units[start] != u'\0';) {
         const std::size_t end = units.find(u'\0', start);
         texts.push_back(Utf8FromWide(std::u16string_view(units).substr(start, end - start)));
         start = end + 1;
     }
     return texts;
-}
-
-std::string TextBefore(const RegistryValue& value) {
-    const std::u16string units = Units(value.data);
-    return Utf8FromWide(std::u16string_view(units).substr(0, units.find(u'\0')));
 }
 
 std::string ParseDword(const std::string& text) {
@@ -132,10 +109,19 @@ std::string ParseTexts(const std::vector<std::string>& texts) {
         }
         units += WideArgument(text) + u'\0';
     }
-    return Bytes(units + u'\0');
+    return BytesOfUtf16(units + u'\0');
 }
 
 }  // namespace
+
+std::string TextOf(const RegistryValue& value) {
+    const std::u16string units = Utf16OfBytes(value.data);
+    return IsText(value.type) ? Utf8FromWide(units.substr(0, units.find(u'\0'))) : std::string();
+}
+
+RegistryValue TextValue(std::u16string_view name, const std::string& text) {
+    return {std::u16string(name), REG_SZ, BytesOfUtf16(WideFromUtf8(text) + u'\0')};
+}
 
 std::string TypeName(DWORD type) {
     const auto row = std::find_if(std::begin(kTypes), std::end(kTypes),
@@ -160,7 +146,7 @@ std::vector<std::string> WritableTypes() {
 
 std::vector<std::string> DataLines(const RegistryValue& value) {
     if (IsText(value.type)) {
-        return {TextBefore(value)};
+        return {TextOf(value)};
     }
     if (value.type == REG_MULTI_SZ) {
         return Texts(value);
@@ -196,6 +182,6 @@ RegistryValue MakeValue(std::u16string_view name, const std::string& type,
     }
     value.data = row->type == REG_DWORD    ? ParseDword(data.front())
                  : row->type == REG_BINARY ? ParseBytes(data.front())
-                                           : Bytes(WideArgument(data.front()) + u'\0');
+                                           : BytesOfUtf16(WideArgument(data.front()) + u'\0');
     return value;
 }

@@ -6,11 +6,17 @@
 
 #include "platform/posix/registry_tree.h"
 
+// The text of a value up to its NUL; empty for a value of another type than text.
+std::string TextOf(const RegistryValue& value);
+
+// A text value, its NUL stored with it.
+RegistryValue TextValue(std::u16string_view name, const std::string& text);
+
 // Short name of a type, such as "sz"; "hex(N)" for one that has none.
 std::string TypeName(DWORD type);
 
-// What a value holds, a line a text: one, or those of a multi value. Data that is not as its type
-// says, and that of other types, is shown in bytes.
+// What a value holds, a line for each text: one, or those of a multi value. Data that does not fit
+// its type, and data of other types, is shown in bytes.
 std::vector<std::string> DataLines(const RegistryValue& value);
 
 // A string, a number, an array of strings, or a string of bytes.

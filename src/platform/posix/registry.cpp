@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,57 +14,48 @@
 namespace brevik::platform {
 namespace {
 
-constexpr LONG kKeyDeleted = 1018;
-
-constexpr REGSAM kMaximumAllowed = 0x02000000;
-constexpr REGSAM kGenericAll = 0x10000000;
-constexpr REGSAM kGenericRead = 0x80000000;
-
-constexpr std::u16string_view kSoftware = u"SOFTWARE";
-constexpr std::u16string_view kViewOf32Bits = u"WOW6432NODE";
-
-// Where a key stands, as the caller named it: in its newest state the registry may have another key
-// for it, or none.
-struct KeyPlace {
-    RegistryRoot root = RegistryRoot::kLocalMachine;
-    std::u16string path;  // folded, one backslash between two names
-    bool asItStands = false;
-};
-
-// What a handle stands for. It never changes.
-struct OpenKey : HandleObject {
-    KeyPlace place;
-    REGSAM access = 0;
-    bool isPredefined = false;
-};
-
-std::shared_ptr<const OpenKey> MakePredefined(RegistryRoot root, std::u16string_view path) {
-    const auto key = std::make_shared<OpenKey>();
-    key->place = {root, std::u16string(path)};
-    key->access = KEY_READ;
-    key->isPredefined = true;
-    return key;
+// The path that a program of 32 bits sees for a folded path; empty where it is the same.
+std::string PathIn32BitView(const std::string& path) {
+    // Never destroyed: a thread may still ask while the process ends.
+    static const std::string& software =
+        *new const std::string(FoldRegistryPath(u"HKEY_LOCAL_MACHINE\\SOFTWARE\\"));
+    static const std::string& view = *new const std::string(FoldRegistryPath(u"WOW6432NODE\\"));
+    return path.starts_with(software) ? std::string(path).insert(software.size(), view)
+                                      : std::string();
 }
 
-struct PredefinedKey {
-    HKEY handle;
-    std::shared_ptr<const OpenKey> key;
+// What a handle stands for. It never changes: the path is as the caller named it, and in its newest
+// state the registry may have another key for it, or none.
+struct OpenKey : HandleObject {
+    OpenKey(std::string foldedPath, REGSAM access, bool isPredefined = false)
+        : path(std::move(foldedPath)),
+          pathIn32BitView(PathIn32BitView(path)),
+          access(access),
+          isPredefined(isPredefined) {}
+
+    const std::string path;
+    const std::string pathIn32BitView;
+    const REGSAM access;
+    const bool isPredefined;
 };
 
 std::shared_ptr<const OpenKey> FindPredefined(HKEY handle) {
+    struct Row {
+        HKEY handle;
+        std::shared_ptr<const OpenKey> key;
+    };
+    const auto make = [](const char16_t* path) {
+        return std::make_shared<const OpenKey>(FoldRegistryPath(path), KEY_READ, true);
+    };
     // Never destroyed: a thread may still ask while the process ends.
-    static const auto& keys = *new const std::array<PredefinedKey, 4>{{
-        {HKEY_CLASSES_ROOT, MakePredefined(RegistryRoot::kLocalMachine, u"SOFTWARE\\CLASSES")},
-        {HKEY_CURRENT_USER, MakePredefined(RegistryRoot::kCurrentUser, {})},
-        {HKEY_LOCAL_MACHINE, MakePredefined(RegistryRoot::kLocalMachine, {})},
-        {HKEY_USERS, MakePredefined(RegistryRoot::kUsers, {})},
+    static const auto& rows = *new const std::array<Row, 4>{{
+        {HKEY_CLASSES_ROOT, make(u"HKEY_LOCAL_MACHINE\\SOFTWARE\\CLASSES")},
+        {HKEY_CURRENT_USER, make(u"HKEY_CURRENT_USER")},
+        {HKEY_LOCAL_MACHINE, make(u"HKEY_LOCAL_MACHINE")},
+        {HKEY_USERS, make(u"HKEY_USERS")},
     }};
-    for (const PredefinedKey& row : keys) {
-        if (row.handle == handle) {
-            return row.key;
-        }
-    }
-    return nullptr;
+    const auto row = std::ranges::find(rows, handle, &Row::handle);
+    return row != rows.end() ? row->key : nullptr;
 }
 
 // Null for what is no handle on a key.
@@ -74,62 +64,29 @@ std::shared_ptr<const OpenKey> FindOpenKey(HKEY handle) {
     return predefined ? predefined : FindHandle<OpenKey>(handle);
 }
 
-REGSAM GrantedAccess(REGSAM asked) {
-    const bool isGeneral = (asked & (kMaximumAllowed | kGenericAll | kGenericRead)) != 0;
-    return isGeneral ? asked | KEY_READ : asked;
-}
-
-void AppendFolded(std::u16string_view subKey, std::u16string* path) {
-    for (const char16_t unit : FoldRegistryName(subKey)) {
-        const bool isEmptyName = unit == u'\\' && (path->empty() || path->back() == u'\\');
-        if (!isEmptyName) {
-            *path += unit;
+// Several backslashes between two names count as one, and one at the end as none.
+std::string PathBelow(const std::string& parent, std::u16string_view subKey) {
+    std::u16string path = u"\\";
+    for (const char16_t unit : subKey) {
+        if (unit != u'\\' || path.back() != u'\\') {
+            path += unit;
         }
     }
-    if (path->ends_with(u'\\')) {
-        path->pop_back();
+    if (path.back() == u'\\') {
+        path.pop_back();
     }
+    return parent + FoldRegistryPath(path);
 }
 
-KeyPlace PlaceBelow(const KeyPlace& parent, std::u16string_view subKey, REGSAM access) {
-    KeyPlace place{parent.root, {}, parent.asItStands};
-    place.path.reserve(parent.path.size() + 1 + subKey.size());
-    place.path = parent.path;
-    if (!place.path.empty()) {
-        place.path += u'\\';
-    }
-    AppendFolded(subKey, &place.path);
-    if ((access & (KEY_WOW64_64KEY | KEY_WOW64_32KEY)) != 0) {
-        place.asItStands = (access & KEY_WOW64_64KEY) != 0;
-    }
-    return place;
-}
-
-// Null when there is no such key.
-const RegistryKey* FindKey(const RegistryTree& tree, const KeyPlace& place) {
-    const RegistryKey& root = tree.Root(place.root);
-    const std::u16string_view path = place.path;
-    const bool hasTwoViews = place.root == RegistryRoot::kLocalMachine && !place.asItStands &&
-                             path.size() > kSoftware.size() && path.starts_with(kSoftware) &&
-                             path[kSoftware.size()] == u'\\';
-    if (hasTwoViews) {
-        const RegistryKey* software = root.FindChild(kSoftware);
-        const RegistryKey* view =
-            software != nullptr ? software->FindChild(kViewOf32Bits) : nullptr;
-        const RegistryKey* key =
-            view != nullptr ? view->FindBelow(path.substr(kSoftware.size() + 1)) : nullptr;
-        if (key != nullptr) {
-            return key;
-        }
-    }
-    return root.FindBelow(path);
-}
-
-// The same for a key that was open: a predefined one is always there.
+// Null when there is no such key; a predefined one is always there.
 const RegistryKey* FindKey(const RegistrySnapshot& registry, const OpenKey& key) {
     // Never destroyed: a thread may still ask while the process ends.
     static const RegistryKey& empty = *new RegistryKey;
-    const RegistryKey* found = FindKey(registry.tree, key.place);
+    const RegistryKey* found =
+        key.pathIn32BitView.empty() ? nullptr : registry.tree.FindFolded(key.pathIn32BitView);
+    if (found == nullptr) {
+        found = registry.tree.FindFolded(key.path);
+    }
     return found != nullptr || !key.isPredefined ? found : &empty;
 }
 
@@ -153,18 +110,11 @@ std::string NarrowData(const RegistryValue& value) {
     if (!IsText(value.type)) {
         return value.data;
     }
-    std::string bytes = value.data;
-    bytes.resize(bytes.size() + MissingBytes(value));
-    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), bytes.data(), bytes.size());
-    return Utf8FromWide(text);
+    return Utf8FromWide(Utf16OfBytes(value.data + std::string(MissingBytes(value), '\0')));
 }
 
 // Hands `data` out; a caller that gives no buffer asks for the size.
 LONG GiveData(std::string_view data, BYTE* buffer, DWORD* size) {
-    if (size == nullptr) {
-        return ERROR_SUCCESS;
-    }
     const DWORD room = *size;
     *size = static_cast<DWORD>(data.size());
     if (buffer == nullptr) {
@@ -179,41 +129,42 @@ LONG GiveData(std::string_view data, BYTE* buffer, DWORD* size) {
 
 LONG GiveWide(const RegistryValue& value, BYTE* buffer, DWORD* size) {
     const std::size_t missing = MissingBytes(value);
-    const bool fitsAsItIs = buffer != nullptr && size != nullptr && *size >= value.data.size() &&
-                            *size < value.data.size() + missing;
+    const bool fitsAsItIs =
+        buffer != nullptr && *size >= value.data.size() && *size < value.data.size() + missing;
     if (missing == 0 || fitsAsItIs) {
         return GiveData(value.data, buffer, size);
     }
     return GiveData(value.data + std::string(missing, '\0'), buffer, size);
 }
 
-// Calls `give` with the value once everything else is known to be right.
-template <typename Give>
-LONG QueryValue(HKEY handle, std::u16string_view name, const DWORD* reserved, DWORD* type,
-                const BYTE* data, const DWORD* size, Give give) {
+// Calls `use` with the newest state of an open key that has this right.
+template <typename Use>
+LONG UseKey(HKEY handle, REGSAM right, Use use) {
     const std::shared_ptr<const OpenKey> key = FindOpenKey(handle);
     if (!key) {
         return ERROR_INVALID_HANDLE;
     }
-    if (reserved != nullptr || (data != nullptr && size == nullptr)) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if ((key->access & KEY_QUERY_VALUE) == 0) {
+    if ((key->access & right) == 0) {
         return ERROR_ACCESS_DENIED;
     }
     const std::shared_ptr<const RegistrySnapshot> registry = NewestRegistry();
     const RegistryKey* found = FindKey(*registry, *key);
-    if (found == nullptr) {
-        return kKeyDeleted;
-    }
-    const RegistryValue* value = found->FindValue(FoldRegistryName(name));
-    if (value == nullptr) {
-        return ERROR_FILE_NOT_FOUND;
-    }
-    if (type != nullptr) {
-        *type = value->type;
-    }
-    return give(*value);
+    return found != nullptr ? use(*found) : LONG{ERROR_KEY_DELETED};
+}
+
+// Calls `give` with the value.
+template <typename Give>
+LONG QueryValue(HKEY handle, std::u16string_view name, DWORD* type, Give give) {
+    return UseKey(handle, KEY_QUERY_VALUE, [&](const RegistryKey& key) -> LONG {
+        const RegistryValue* value = key.FindValue(name);
+        if (value == nullptr) {
+            return ERROR_FILE_NOT_FOUND;
+        }
+        if (type != nullptr) {
+            *type = value->type;
+        }
+        return give(*value);
+    });
 }
 
 }  // namespace
@@ -223,10 +174,6 @@ LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, REGSAM access, HKEY*
     if (!above) {
         return ERROR_INVALID_HANDLE;
     }
-    constexpr REGSAM kBothViews = KEY_WOW64_64KEY | KEY_WOW64_32KEY;
-    if (key == nullptr || (access & kBothViews) == kBothViews) {
-        return ERROR_INVALID_PARAMETER;
-    }
     const std::u16string_view path = subKey != nullptr ? subKey : u"";
     if (path.starts_with(u'\\')) {
         return ERROR_BAD_PATHNAME;
@@ -235,17 +182,15 @@ LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, REGSAM access, HKEY*
         *key = parent;
         return ERROR_SUCCESS;
     }
-    KeyPlace place = PlaceBelow(above->place, path, access);
+    const auto opened = std::make_shared<OpenKey>(PathBelow(above->path, path), access);
     const std::shared_ptr<const RegistrySnapshot> registry = NewestRegistry();
     if (registry->error != NO_ERROR) {
         return static_cast<LONG>(registry->error);
     }
-    if (FindKey(registry->tree, place) == nullptr) {
-        return FindKey(*registry, *above) != nullptr ? LONG{ERROR_FILE_NOT_FOUND} : kKeyDeleted;
+    if (FindKey(*registry, *opened) == nullptr) {
+        const bool isParentThere = FindKey(*registry, *above) != nullptr;
+        return isParentThere ? ERROR_FILE_NOT_FOUND : ERROR_KEY_DELETED;
     }
-    const auto opened = std::make_shared<OpenKey>();
-    opened->place = std::move(place);
-    opened->access = GrantedAccess(access);
     const HANDLE handle = OpenHandle(opened);
     if (handle == nullptr) {
         return ERROR_NO_SYSTEM_RESOURCES;
@@ -267,57 +212,30 @@ LONG RegCloseKey(HKEY key) {
     return isClosed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
 }
 
-LONG RegEnumKeyExW(HKEY handle, DWORD index, WCHAR* name, DWORD* length, DWORD* reserved,
-                   WCHAR* className, DWORD* classLength, FILETIME* lastWrite) {
-    const std::shared_ptr<const OpenKey> key = FindOpenKey(handle);
-    if (!key) {
-        return ERROR_INVALID_HANDLE;
-    }
-    if (name == nullptr || length == nullptr || reserved != nullptr ||
-        (className != nullptr && classLength == nullptr)) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if ((key->access & KEY_ENUMERATE_SUB_KEYS) == 0) {
-        return ERROR_ACCESS_DENIED;
-    }
-    const std::shared_ptr<const RegistrySnapshot> registry = NewestRegistry();
-    const RegistryKey* found = FindKey(*registry, *key);
-    if (found == nullptr) {
-        return kKeyDeleted;
-    }
-    const RegistryKey* child = found->ChildAt(index);
-    if (child == nullptr) {
-        return ERROR_NO_MORE_ITEMS;
-    }
-    const std::u16string& childName = child->Name();
-    if (childName.size() >= *length) {
-        return ERROR_MORE_DATA;
-    }
-    *std::copy(childName.begin(), childName.end(), name) = u'\0';
-    *length = static_cast<DWORD>(childName.size());
-    // No key has a class.
-    if (className != nullptr && *classLength > 0) {
-        *className = u'\0';
-    }
-    if (classLength != nullptr) {
-        *classLength = 0;
-    }
-    if (lastWrite != nullptr) {
-        *lastWrite = registry->lastWrite;
-    }
-    return ERROR_SUCCESS;
+LONG RegEnumKeyExW(HKEY handle, DWORD index, WCHAR* name, DWORD* length, DWORD*, WCHAR*, DWORD*,
+                   FILETIME*) {
+    return UseKey(handle, KEY_ENUMERATE_SUB_KEYS, [&](const RegistryKey& key) -> LONG {
+        if (index >= key.subKeys.size()) {
+            return ERROR_NO_MORE_ITEMS;
+        }
+        const std::u16string_view subKey = key.subKeys[index]->Name();
+        if (subKey.size() >= *length) {
+            return ERROR_MORE_DATA;
+        }
+        *std::copy(subKey.begin(), subKey.end(), name) = u'\0';
+        *length = static_cast<DWORD>(subKey.size());
+        return ERROR_SUCCESS;
+    });
 }
 
-LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data,
-                      DWORD* size) {
-    return QueryValue(key, name != nullptr ? name : u"", reserved, type, data, size,
+LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD*, DWORD* type, BYTE* data, DWORD* size) {
+    return QueryValue(key, name != nullptr ? name : u"", type,
                       [=](const RegistryValue& value) { return GiveWide(value, data, size); });
 }
 
-LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type, BYTE* data,
-                      DWORD* size) {
+LONG RegQueryValueExA(HKEY key, const char* name, DWORD*, DWORD* type, BYTE* data, DWORD* size) {
     return QueryValue(
-        key, WideFromUtf8(name != nullptr ? name : ""), reserved, type, data, size,
+        key, WideFromUtf8(name != nullptr ? name : ""), type,
         [=](const RegistryValue& value) { return GiveData(NarrowData(value), data, size); });
 }
 

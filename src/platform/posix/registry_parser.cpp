@@ -17,40 +17,58 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 constexpr std::string_view kSwappedUtf16Mark = "\xFE\xFF";
 
+// Thrown at the first fault of a text.
+struct Refusal {
+    std::size_t line;
+    const char* reason;
+};
+
+template <typename Unit>
+std::size_t LineAt(std::basic_string_view<Unit> text, std::size_t position) {
+    const auto lineEnds = std::ranges::count(text.substr(0, position), Unit{'\n'});
+    return 1 + static_cast<std::size_t>(lineEnds);
+}
+
+template <typename Unit>
+void RequireWellFormed(std::basic_string_view<Unit> text, const char* reason) {
+    const std::size_t position = FindIllFormed(text);
+    if (position != text.npos) {
+        throw Refusal{LineAt(text, position), reason};
+    }
+}
+
 bool IsText(DWORD type) {
     return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
-bool IsWellFormed(std::string_view text) {
-    return FindIllFormed(text) == text.npos;
-}
-
 // Reads a text line by line. What it takes, it cuts off the front of `line_`.
+//
+// REQUIRES: well-formed UTF-8 without a mark and without NULs.
 class RegistryTextReader {
   public:
-    RegistryTextReader(std::string_view text, RegistryTree* tree, RegistryFault* fault)
-        : rest_(text), tree_(tree), fault_(fault) {}
+    RegistryTextReader(std::string_view text, RegistryTree* tree) : rest_(text), tree_(tree) {}
 
-    bool Read() {
-        if (!NextLine() || !ReadHead()) {
-            return fault_->reason.empty() ? Fail("the head line is missing") : false;
+    void Read() {
+        const bool hasLine = NextLine();
+        isNarrow_ = line_ == kHeadOfVersion4;
+        if (!hasLine || (!isNarrow_ && line_ != kHeadOfVersion5)) {
+            Refuse("the head line is missing");
         }
         while (NextLine()) {
-            if (!ReadLine()) {
-                return false;
-            }
+            ReadLine();
         }
-        return fault_->reason.empty();
     }
 
   private:
-    bool Fail(const char* reason) {
-        fault_->line = lineNumber_;
-        fault_->reason = reason;
-        return false;
+    [[noreturn]] void Refuse(const char* reason) const { throw Refusal{lineNumber_, reason}; }
+
+    void Require(bool condition, const char* reason) const {
+        if (!condition) {
+            Refuse(reason);
+        }
     }
 
-    // False at the end, and, with the fault set, for a line that is no text.
+    // False at the end of the text.
     bool NextLine() {
         if (rest_.empty()) {
             return false;
@@ -59,216 +77,153 @@ class RegistryTextReader {
         line_ = rest_.substr(0, end);
         rest_.remove_prefix(std::min(end + 1, rest_.size()));
         ++lineNumber_;
-        if (line_.find('\0') != line_.npos) {
-            return Fail("a NUL character");
-        }
-        if (!IsWellFormed(line_)) {
-            return Fail("ill-formed UTF-8");
-        }
         line_ = line_.substr(0, line_.find_last_not_of(" \t\r") + 1);
         SkipBlanks();
         return true;
     }
 
-    bool ReadHead() {
-        isNarrow_ = line_ == kHeadOfVersion4;
-        return isNarrow_ || line_ == kHeadOfVersion5;
-    }
-
-    bool ReadLine() {
-        if (line_.empty()) {
-            return true;
-        }
-        switch (line_.front()) {
-            case ';':
-                if (!hasKeys_) {
-                    tree_->HeadComments().emplace_back(line_);
-                }
-                return true;
-            case '[':
-                return ReadKey();
-            case '"':
-            case '@':
-                return ReadValue();
-            default:
-                return Fail("neither a key nor a value nor a comment");
+    void ReadLine() {
+        const char first = line_.empty() ? ';' : line_.front();
+        if (first == '[') {
+            ReadKey();
+        } else if (first == '"' || first == '@') {
+            ReadValue();
+        } else if (first != ';') {
+            Refuse("neither a key nor a value nor a comment");
+        } else if (!hasKeys_ && !line_.empty()) {
+            tree_->headComments.emplace_back(line_);
         }
     }
 
     // The last bracket of the line ends the key: a name may hold brackets too.
-    bool ReadKey() {
+    void ReadKey() {
         hasKeys_ = true;
-        if (!line_.ends_with(']')) {
-            return Fail("a key without its closing bracket");
-        }
+        Require(line_.ends_with(']'), "a key without its closing bracket");
         std::string_view text = line_.substr(1, line_.size() - 2);
         const bool isRemoved = text.starts_with('-');
         text.remove_prefix(isRemoved ? 1 : 0);
-        RegistryPath path;
-        std::string reason;
-        if (!ParseRegistryPath(WideFromUtf8(text), &path, &reason)) {
-            return Fail(reason.c_str());
+        std::u16string path;
+        if (const char* fault = ParseRegistryPath(WideFromUtf8(text), &path); fault != nullptr) {
+            Refuse(fault);
         }
-        if (isRemoved && path.keys.empty()) {
-            return Fail("a root cannot be removed");
-        }
-        key_ = nullptr;
         if (isRemoved) {
+            Require(path.find(u'\\') != path.npos, "a root cannot be removed");
             tree_->Remove(path);
-            return true;
+            key_ = nullptr;
+        } else {
+            key_ = tree_->Make(path);
+            RequireBounds();
         }
-        key_ = tree_->Make(path);
-        return IsWithinBounds();
     }
 
-    bool IsWithinBounds() {
-        return tree_->CountOfMade() + countOfValues_ <= kMostRegistryEntries ||
-               Fail(kTooManyRegistryEntries);
+    void RequireBounds() const {
+        Require(tree_->CountKeys() + countOfValues_ <= kMostRegistryEntries,
+                kTooManyRegistryEntries);
+        Require(tree_->LengthOfPaths() <= kLargestRegistryText, kTooLargeRegistryText);
     }
 
-    bool ReadValue() {
+    void ReadValue() {
+        Require(key_ != nullptr, "a value without a key");
         RegistryValue value;
-        if (key_ == nullptr) {
-            return Fail("a value without a key");
-        }
-        if (!ReadName(&value.name)) {
-            return false;
+        if (!Take("@")) {
+            value.name = WideFromUtf8(ReadQuoted());
+            Require(IsRegistryValueName(value.name), "the name of a value is too long");
         }
         SkipBlanks();
-        if (!Take("=")) {
-            return Fail("a value without its equals sign");
-        }
+        Require(Take("="), "a value without its equals sign");
         SkipBlanks();
-        if (Take("-")) {
-            key_->RemoveValue(FoldRegistryName(value.name));
-            return ReadEnd();
+        const bool isRemoved = Take("-");
+        if (!isRemoved) {
+            ReadData(&value);
         }
-        if (!ReadData(&value) || !ReadEnd()) {
-            return false;
+        RequireEnd();
+        if (isRemoved) {
+            key_->RemoveValue(value.name);
+            return;
         }
         key_->SetValue(std::move(value));
         ++countOfValues_;
-        return IsWithinBounds();
+        RequireBounds();
     }
 
-    bool ReadName(std::u16string* name) {
-        if (Take("@")) {
-            return true;
-        }
-        std::string text;
-        if (!ReadQuoted(&text)) {
-            return false;
-        }
-        *name = WideFromUtf8(text);
-        return IsRegistryValueName(*name) || Fail("the name of a value is too long");
-    }
-
-    bool ReadData(RegistryValue* value) {
+    void ReadData(RegistryValue* value) {
         if (line_.starts_with('"')) {
-            std::string text;
             value->type = REG_SZ;
-            if (!ReadQuoted(&text)) {
-                return false;
-            }
-            value->data = BytesOfUtf16(WideFromUtf8(text) + u'\0');
-            return true;
-        }
-        if (Take("dword:")) {
-            std::uint32_t number = 0;
-            if (!TakeHex(8, &number)) {
-                return Fail("no hexadecimal number");
-            }
+            value->data = BytesOfUtf16(WideFromUtf8(ReadQuoted()) + u'\0');
+        } else if (Take("dword:")) {
             value->type = REG_DWORD;
+            const std::uint32_t number = ReadHex(8, "no hexadecimal number");
             for (int shift = 0; shift < 32; shift += 8) {
                 value->data += static_cast<char>(number >> shift & 0xFF);
             }
-            return true;
+        } else {
+            Require(Take("hex"), "data of an unknown form");
+            ReadHexData(value);
         }
-        return ReadHexData(value);
     }
 
-    bool ReadHexData(RegistryValue* value) {
-        if (!Take("hex")) {
-            return Fail("data of an unknown form");
-        }
+    void ReadHexData(RegistryValue* value) {
         value->type = REG_BINARY;
-        if (Take("(") && !(TakeHex(8, &value->type) && Take(")"))) {
-            return Fail("no number of a type");
+        if (Take("(")) {
+            value->type = ReadHex(8, "no number of a type");
+            Require(Take(")"), "no number of a type");
         }
-        if (!Take(":")) {
-            return Fail("data of an unknown form");
+        Require(Take(":"), "data of an unknown form");
+        value->data = ReadBytes();
+        // In the older form the bytes of a text are UTF-8.
+        if (isNarrow_ && IsText(value->type)) {
+            Require(FindIllFormed(std::string_view(value->data)) == std::string::npos,
+                    "the bytes of a text are ill-formed UTF-8");
+            value->data = BytesOfUtf16(WideFromUtf8(value->data));
         }
-        return ReadBytes(&value->data) && WidenNarrowText(value);
     }
 
-    // Numbers of one byte with commas between. A backslash behind a comma, or in front of them all,
-    // takes them on to the next line.
-    bool ReadBytes(std::string* bytes) {
+    // Numbers of one byte with commas between. A backslash after a comma, or before them all,
+    // continues them on the next line.
+    std::string ReadBytes() {
+        std::string bytes;
         bool needsByte = false;
         for (;;) {
             SkipBlanks();
             if (IsAtEnd()) {
-                return !needsByte || Fail("a byte is missing");
+                Require(!needsByte, "a byte is missing");
+                return bytes;
             }
             if (Take("\\")) {
-                if (!ReadEnd()) {
-                    return false;
-                }
-                if (!NextLine()) {
-                    return fault_->reason.empty() ? Fail("the text ends within a value") : false;
-                }
+                RequireEnd();
+                Require(NextLine(), "the text ends within a value");
                 needsByte = true;
                 continue;
             }
-            std::uint32_t byte = 0;
-            if (!TakeHex(2, &byte)) {
-                return Fail("no hexadecimal byte");
-            }
-            *bytes += static_cast<char>(byte);
+            bytes += static_cast<char>(ReadHex(2, "no hexadecimal byte"));
             SkipBlanks();
             needsByte = Take(",");
-            if (!needsByte) {
-                return IsAtEnd() || Fail("a comma is missing");
-            }
+            Require(needsByte || IsAtEnd(), "a comma is missing");
         }
     }
 
-    // In the older form the bytes of a text are narrow ones.
-    bool WidenNarrowText(RegistryValue* value) {
-        if (isNarrow_ && IsText(value->type)) {
-            if (!IsWellFormed(value->data)) {
-                return Fail("the bytes of a text are ill-formed UTF-8");
-            }
-            value->data = BytesOfUtf16(WideFromUtf8(value->data));
-        }
-        return true;
-    }
-
-    // A text in double quotes; a backslash stands in front of each backslash and quote within.
-    bool ReadQuoted(std::string* text) {
+    // A text in double quotes; a backslash precedes each backslash and quote inside it.
+    std::string ReadQuoted() {
+        std::string text;
         line_.remove_prefix(1);
         for (;;) {
             const std::size_t run = std::min(line_.find_first_of("\\\""), line_.size());
-            text->append(line_.substr(0, run));
+            text.append(line_.substr(0, run));
             line_.remove_prefix(run);
             if (Take("\"")) {
-                return true;
+                return text;
             }
-            if (line_.empty()) {
-                return Fail("a text without its closing quote");
-            }
-            line_.remove_prefix(1);
-            if (!line_.starts_with('\\') && !line_.starts_with('"')) {
-                return Fail("a backslash in front of neither a backslash nor a quote");
-            }
-            *text += line_.front();
+            Require(Take("\\"), "a text without its closing quote");
+            Require(line_.starts_with('\\') || line_.starts_with('"'),
+                    "a backslash in front of neither a backslash nor a quote");
+            text += line_.front();
             line_.remove_prefix(1);
         }
     }
 
-    bool ReadEnd() {
+    void RequireEnd() {
         SkipBlanks();
-        return IsAtEnd() || Fail("something behind the end of a value");
+        Require(IsAtEnd(), "something behind the end of a value");
     }
 
     bool IsAtEnd() const { return line_.empty() || line_.front() == ';'; }
@@ -283,49 +238,52 @@ class RegistryTextReader {
         return isThere;
     }
 
-    bool TakeHex(std::size_t mostDigits, std::uint32_t* number) {
-        const std::string_view digits = line_.substr(
-            0, std::min(line_.find_first_not_of("0123456789abcdefABCDEF"), line_.size()));
-        if (digits.empty() || digits.size() > mostDigits) {
-            return false;
-        }
-        std::from_chars(digits.data(), digits.data() + digits.size(), *number, 16);
-        line_.remove_prefix(digits.size());
-        return true;
+    // A number of up to so many hexadecimal digits.
+    std::uint32_t ReadHex(std::size_t mostDigits, const char* reason) {
+        const std::size_t digits =
+            std::min(line_.find_first_not_of("0123456789abcdefABCDEF"), line_.size());
+        Require(digits > 0 && digits <= mostDigits, reason);
+        std::uint32_t number = 0;
+        std::from_chars(line_.data(), line_.data() + digits, number, 16);
+        line_.remove_prefix(digits);
+        return number;
     }
 
     std::string_view rest_;
     std::string_view line_;
     std::size_t lineNumber_ = 0;
     RegistryTree* tree_;
-    RegistryFault* fault_;
-    RegistryKey* key_ = nullptr;  // null behind a key that was removed
+    RegistryKey* key_ = nullptr;  // null before the first key, and after one that was removed
     std::size_t countOfValues_ = 0;
     bool isNarrow_ = false;
     bool hasKeys_ = false;
 };
 
-bool FailWhole(const char* reason, RegistryFault* fault) {
-    fault->line = 0;
-    fault->reason = reason;
-    return false;
-}
-
-// Converts UTF-16 bytes without their mark.
-bool NarrowUtf16(std::string_view bytes, std::string* text, RegistryFault* fault) {
-    if (bytes.size() % 2 != 0) {
-        return FailWhole("UTF-16 with half a unit at its end", fault);
+void ReadText(std::string_view text, RegistryTree* tree) {
+    if (text.size() > kLargestRegistryText) {
+        throw Refusal{0, kTooLargeRegistryText};
     }
-    const std::u16string units = Utf16OfBytes(bytes);
-    const std::size_t illFormed = FindIllFormed(std::u16string_view(units));
-    if (illFormed != units.npos) {
-        const auto end = units.begin() + static_cast<std::ptrdiff_t>(illFormed);
-        fault->line = 1 + static_cast<std::size_t>(std::count(units.begin(), end, u'\n'));
-        fault->reason = "ill-formed UTF-16";
-        return false;
+    if (text.starts_with(kSwappedUtf16Mark)) {
+        throw Refusal{0, "UTF-16 in big-endian order"};
     }
-    *text = Utf8FromWide(units);
-    return true;
+    std::string converted;
+    if (text.starts_with(kUtf16Mark)) {
+        if (text.size() % 2 != 0) {
+            throw Refusal{0, "UTF-16 with half a unit at its end"};
+        }
+        const std::u16string units = Utf16OfBytes(text.substr(kUtf16Mark.size()));
+        RequireWellFormed(std::u16string_view(units), "ill-formed UTF-16");
+        converted = Utf8FromWide(units);
+        text = converted;
+    } else if (text.starts_with(kUtf8Mark)) {
+        text.remove_prefix(kUtf8Mark.size());
+    }
+    RequireWellFormed(text, "ill-formed UTF-8");
+    if (const std::size_t position = text.find('\0'); position != text.npos) {
+        throw Refusal{LineAt(text, position), "a NUL character"};
+    }
+    RegistryTextReader(text, tree).Read();
+    tree->ListSubKeys();
 }
 
 }  // namespace
@@ -339,24 +297,14 @@ std::string RegistryFault::Text() const {
 }
 
 bool MergeRegistryText(std::string_view text, RegistryTree* tree, RegistryFault* fault) {
-    fault->line = 0;
-    fault->reason.clear();
-    if (text.size() > kLargestRegistryText) {
-        return FailWhole(kTooLargeRegistryText, fault);
+    try {
+        ReadText(text, tree);
+        return true;
+    } catch (const Refusal& refusal) {
+        fault->line = refusal.line;
+        fault->reason = refusal.reason;
+        return false;
     }
-    if (text.starts_with(kSwappedUtf16Mark)) {
-        return FailWhole("UTF-16 in big-endian order", fault);
-    }
-    std::string converted;
-    if (text.starts_with(kUtf16Mark)) {
-        if (!NarrowUtf16(text.substr(kUtf16Mark.size()), &converted, fault)) {
-            return false;
-        }
-        text = converted;
-    } else if (text.starts_with(kUtf8Mark)) {
-        text.remove_prefix(kUtf8Mark.size());
-    }
-    return RegistryTextReader(text, tree, fault).Read();
 }
 
 }  // namespace brevik::platform

@@ -14,13 +14,6 @@
 namespace brevik::platform {
 namespace {
 
-FILETIME FileTime(std::int64_t nanoseconds) {
-    constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
-    const auto steps =
-        static_cast<std::uint64_t>(nanoseconds / 100 + kSecondsFrom1601To1970 * 10'000'000);
-    return {static_cast<DWORD>(steps), static_cast<DWORD>(steps >> 32)};
-}
-
 // One look at the file.
 struct FileReading {
     FileStamp stamp;
@@ -97,8 +90,6 @@ class RegistryCache {
                 Refuse(fault, NO_ERROR);
                 return;
             }
-            snapshot->tree.NumberChildren();
-            snapshot->lastWrite = FileTime(reading.stamp.modified);
         }
         snapshot_ = snapshot;
         isAnyRead_ = true;

@@ -5,14 +5,12 @@
 #include <string>
 
 #include "platform/errors.h"
-#include "platform/file_times.h"
 #include "platform/posix/registry_tree.h"
 
 namespace brevik::platform {
 
 struct RegistrySnapshot {
-    RegistryTree tree;  // its children are numbered
-    FILETIME lastWrite{};
+    RegistryTree tree;       // with its sub keys listed
     DWORD error = NO_ERROR;  // why the file could not be read so far; the tree is empty then
 };
 

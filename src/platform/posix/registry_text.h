@@ -1,8 +1,8 @@
-// The registry's standard text export form.
+// The registry's standard text export form, as it is read.
 //
 // A head line, "Windows Registry Editor Version 5.00" or the older "REGEDIT4"; then keys in
-// brackets, each followed by its values, one a line. A minus sign in front of a key or for a
-// value's data removes it. A text is UTF-8, or UTF-16 little-endian with its byte order mark.
+// brackets, each followed by its values, one a line. A minus sign before a key, or in place of a
+// value's data, removes it. A text is UTF-8, or UTF-16 little-endian with its byte order mark.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,10 @@
 
 namespace brevik::platform {
 
+// Bounds for a text, for what its keys' paths take together when they are written out, and for the
+// number of keys and values: a file of any size must not fill the memory of a host.
 inline constexpr std::size_t kLargestRegistryText = std::size_t{64} << 20;  // bytes
-inline constexpr std::size_t kMostRegistryEntries = 1'000'000;              // keys and values
+inline constexpr std::size_t kMostRegistryEntries = 1'000'000;
 
 // The reasons for refusing what is beyond these.
 inline constexpr char kTooLargeRegistryText[] = "larger than 64 MiB";
@@ -31,16 +33,9 @@ struct RegistryFault {
     PLATFORM_API std::string Text() const;
 };
 
-// Does in the tree what the text says, in its order. False for a malformed text: the tree is in
-// the state that the lines before the fault led to, and of no further use.
+// Does in the tree what the text says, in its order, and lists the sub keys. False for a malformed
+// text: the tree is in the state that the lines before the fault led to, and of no further use.
 PLATFORM_API bool MergeRegistryText(std::string_view text, RegistryTree* tree,
                                     RegistryFault* fault);
-
-// The whole tree in version 5, UTF-8 without a mark, LF, keys and values in their order. Reading it
-// gives an equal tree.
-PLATFORM_API std::string WriteRegistryText(const RegistryTree& tree);
-
-// The same of a key and all below it; empty for a key that is not there.
-PLATFORM_API std::string WriteRegistryText(const RegistryTree& tree, const RegistryPath& path);
 
 }  // namespace brevik::platform

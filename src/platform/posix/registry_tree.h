@@ -1,16 +1,18 @@
 // Keys and values of the registry in memory.
 //
-// Names are the same when they are after `towupper` of each unit, keep the case they were first
-// made with, and stand in the order of their upper-cased units. A tree belongs to one thread while
-// it is built; one that no longer changes may be read by any number.
+// A path begins with the name of its root, HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE or HKEY_USERS, and
+// has a backslash between two names. Names are the same when they are after upper-casing each unit,
+// and keep the case they were first made with. Every `path` and `name` that is looked for here may
+// be in any case.
+//
+// A tree belongs to one thread while it is changed; any number may read one that no longer changes.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <map>
-#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/types.h"
@@ -21,8 +23,13 @@ inline constexpr std::size_t kLongestKeyName = 255;      // units
 inline constexpr std::size_t kLongestValueName = 16383;  // units
 inline constexpr std::size_t kDeepestKey = 512;          // names below the root
 
-// The form of a name, or of a path of names, in which it is compared.
+// The form of a name in which it is compared.
 PLATFORM_API std::u16string FoldRegistryName(std::u16string_view name);
+
+// The form of a path in which it is compared: the folded units as bytes, the high one first, with a
+// NUL for each backslash. No name holds a NUL, so each path sorts before all that are below it, and
+// names sort by their units. Byte strings, unlike wide ones, are compared many bytes at a time.
+PLATFORM_API std::string FoldRegistryPath(std::u16string_view path);
 
 struct RegistryValue {
     std::u16string name;  // empty for the key's default value
@@ -32,128 +39,74 @@ struct RegistryValue {
     bool operator==(const RegistryValue&) const = default;
 };
 
-class PLATFORM_API RegistryKey {
-  public:
-    using Children = std::map<std::u16string, std::unique_ptr<RegistryKey>, std::less<>>;
-    using Values = std::map<std::u16string, RegistryValue, std::less<>>;
+struct PLATFORM_API RegistryKey {
+    std::u16string path;
+    std::map<std::u16string, RegistryValue> values;  // by folded name
+    std::vector<const RegistryKey*> subKeys;         // see RegistryTree::ListSubKeys
 
-    RegistryKey() = default;
-    explicit RegistryKey(std::u16string_view name) : name_(name) {}
-    RegistryKey(const RegistryKey&) = delete;
-    RegistryKey& operator=(const RegistryKey&) = delete;
-
-    const std::u16string& Name() const { return name_; }
-
-    // Both by folded name, in order.
-    const Children& AllChildren() const { return children_; }
-    const Values& AllValues() const { return values_; }
+    std::u16string_view Name() const {
+        return std::u16string_view(path).substr(path.rfind(u'\\') + 1);
+    }
 
     // Null when there is none.
-    RegistryKey* FindChild(std::u16string_view folded) const;
-    const RegistryValue* FindValue(std::u16string_view folded) const;
+    const RegistryValue* FindValue(std::u16string_view name) const;
 
-    // The key below this one by a path of folded names with one or more backslashes between them;
-    // null when there is none. The key itself for an empty path.
-    RegistryKey* FindBelow(std::u16string_view foldedPath);
-    const RegistryKey* FindBelow(std::u16string_view foldedPath) const;
-
-    // The child of this name, made where it is missing; `made` tells which.
-    RegistryKey* MakeChild(std::u16string_view name, bool* made);
-    bool RemoveChild(std::u16string_view folded);
-
-    // Gives the value's place, by its name, this type and data.
+    // Gives the value of this name, made where it is missing, this type and data.
     void SetValue(RegistryValue value);
-    bool RemoveValue(std::u16string_view folded);
-
-    // Makes the children of this key and of all below it known by their place in the order, until
-    // one is made or removed.
-    void NumberChildren();
-
-    // Null behind the last. REQUIRES: NumberChildren.
-    const RegistryKey* ChildAt(std::size_t place) const;
-
-    // Its values, and the keys below it with theirs.
-    std::size_t CountEntries() const;
-
-    // With all that is below.
-    bool operator==(const RegistryKey& other) const;
-
-  private:
-    std::u16string name_;
-    Children children_;
-    Values values_;
-    std::vector<const RegistryKey*> numbered_;
-};
-
-// HKEY_CLASSES_ROOT is none: it is a key of the local machine.
-enum class RegistryRoot { kLocalMachine, kCurrentUser, kUsers };
-
-struct RegistryPath {
-    RegistryRoot root = RegistryRoot::kLocalMachine;
-    std::u16string keys;  // with a backslash between two; empty for the root itself
-};
-
-// Reads a path that begins with the long name of a root, in any case of letters. False, with the
-// reason, for another root, an empty name, one that is too long or cannot be written, or too many.
-PLATFORM_API bool ParseRegistryPath(std::u16string_view text, RegistryPath* path,
-                                    std::string* reason);
-
-// Whether a value may have this name: none that is too long or cannot be written.
-PLATFORM_API bool IsRegistryValueName(std::u16string_view name);
-
-struct RegistryRootName {
-    RegistryRoot root;
-    std::u16string_view name;
-};
-
-// In the order in which roots are written.
-inline constexpr RegistryRootName kRegistryRoots[] = {
-    {RegistryRoot::kCurrentUser, u"HKEY_CURRENT_USER"},
-    {RegistryRoot::kLocalMachine, u"HKEY_LOCAL_MACHINE"},
-    {RegistryRoot::kUsers, u"HKEY_USERS"},
+    bool RemoveValue(std::u16string_view name);
 };
 
 class PLATFORM_API RegistryTree {
   public:
-    RegistryTree() = default;
+    // By folded path: every key is followed by all that are below it.
+    using Keys = std::map<std::string, RegistryKey>;
+
+    // With the roots alone, which are always there.
+    RegistryTree();
     RegistryTree(const RegistryTree&) = delete;
     RegistryTree& operator=(const RegistryTree&) = delete;
 
-    RegistryKey& Root(RegistryRoot root) { return roots_[static_cast<std::size_t>(root)]; }
-    const RegistryKey& Root(RegistryRoot root) const {
-        return roots_[static_cast<std::size_t>(root)];
-    }
+    const Keys& AllKeys() const { return keys_; }
+
+    // The key and all that are below it; an empty range for a key that is not there.
+    std::pair<Keys::const_iterator, Keys::const_iterator> KeysFrom(std::u16string_view path) const;
 
     // Null when there is none.
-    RegistryKey* Find(const RegistryPath& path);
-    const RegistryKey* Find(const RegistryPath& path) const;
+    const RegistryKey* Find(std::u16string_view path) const;
+    RegistryKey* Find(std::u16string_view path);
+    const RegistryKey* FindFolded(const std::string& path) const;
 
-    // The key, made with those above it where they are missing.
-    RegistryKey* Make(const RegistryPath& path);
+    // The key, made with those above it where they are missing. REQUIRES: a path that
+    // ParseRegistryPath gave.
+    RegistryKey* Make(std::u16string_view path);
 
-    // Removes the key with all below it. False for a root, and for what is not there.
-    bool Remove(const RegistryPath& path);
+    // Removes the key with all below it. False for a key that is not there. REQUIRES: not a root.
+    bool Remove(std::u16string_view path);
 
-    void NumberChildren();
+    // Fills in the sub keys of every key. They hold until a key is made or removed.
+    void ListSubKeys();
 
-    // Keys and values, the roots not counted.
-    std::size_t CountEntries() const;
+    // The roots are not counted.
+    std::size_t CountKeys() const;
+    std::size_t CountValues() const;
 
-    // How many keys Make has made.
-    std::size_t CountOfMade() const { return countOfMade_; }
+    // What the paths of all keys take together, in units.
+    std::size_t LengthOfPaths() const { return lengthOfPaths_; }
 
-    // Lines of comment in front of the first key, without their line ends.
-    std::vector<std::string>& HeadComments() { return headComments_; }
-    const std::vector<std::string>& HeadComments() const { return headComments_; }
-
-    bool operator==(const RegistryTree& other) const {
-        return roots_ == other.roots_ && headComments_ == other.headComments_;
-    }
+    // Lines of comment before the first key, without their line ends.
+    std::vector<std::string> headComments;
 
   private:
-    std::array<RegistryKey, std::size(kRegistryRoots)> roots_;
-    std::size_t countOfMade_ = 0;
-    std::vector<std::string> headComments_;
+    Keys keys_;
+    std::size_t lengthOfPaths_ = 0;
 };
+
+// Reads a path that begins with the name of a root, HKEY_CLASSES_ROOT among them. Null, or why no
+// key can have this path: another root, too many names, or one that is empty, too long, or cannot
+// be written.
+PLATFORM_API const char* ParseRegistryPath(std::u16string_view text, std::u16string* path);
+
+// Whether a value may have this name: none that is too long or cannot be written.
+PLATFORM_API bool IsRegistryValueName(std::u16string_view name);
 
 }  // namespace brevik::platform

@@ -11,7 +11,7 @@
 namespace brevik::platform {
 namespace {
 
-constexpr std::u16string_view kVolumesKey = u"SOFTWARE\\Brevik\\Volumes\\";
+constexpr std::u16string_view kVolumesKey = u"HKEY_LOCAL_MACHINE\\SOFTWARE\\Brevik\\Volumes\\";
 
 struct KindName {
     std::u16string_view folded;
@@ -62,8 +62,7 @@ VolumeSettings ReadVolumeSettings(const RegistrySnapshot& registry, const HostPl
     std::u16string names = WideFromUtf8(
         std::string_view(place.path).substr(place.top + 1, place.root - place.top - 1));
     std::replace(names.begin(), names.end(), u'/', u'\\');
-    const RegistryKey* key =
-        registry.tree.Find({RegistryRoot::kLocalMachine, std::u16string(kVolumesKey) + names});
+    const RegistryKey* key = registry.tree.Find(std::u16string(kVolumesKey) + names);
     VolumeSettings settings;
     if (key != nullptr) {
         settings.label = ReadText(*key, u"LABEL").value_or(u"");

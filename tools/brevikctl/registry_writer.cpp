@@ -1,24 +1,23 @@
+#include "registry_writer.h"
+
 #include <array>
 #include <charconv>
-#include <string>
 
 #include "platform/posix/host_text.h"
-#include "platform/posix/registry_text.h"
 #include "platform/posix/unicode.h"
 #include "platform/registry.h"
 
-namespace brevik::platform {
 namespace {
 
 constexpr std::string_view kHead = "Windows Registry Editor Version 5.00\n";
 constexpr std::size_t kColumns = 80;
 
-// Two hexadecimal digits, with what stands behind them.
-void AppendByte(char byte, std::string_view behind, std::string* text) {
+// Two hexadecimal digits, and what follows them.
+void AppendByte(char byte, std::string_view after, std::string* text) {
     constexpr char kDigits[] = "0123456789abcdef";
     const unsigned number = static_cast<unsigned char>(byte);
     const char digits[] = {kDigits[number >> 4], kDigits[number & 0xF]};
-    text->append(digits, sizeof digits).append(behind);
+    text->append(digits, sizeof digits).append(after);
 }
 
 std::string Quoted(std::string_view text) {
@@ -32,8 +31,8 @@ std::string Quoted(std::string_view text) {
     return quoted + '"';
 }
 
-// The text of a value that can be told between quotes: one NUL, at its end, nothing that ends a
-// line, and well-formed.
+// The text of a value that can be written in quotes: one NUL, at its end, nothing that ends a line,
+// and well-formed.
 bool QuotableText(const RegistryValue& value, std::string* text) {
     if (value.type != REG_SZ || value.data.size() < 2 || value.data.size() % 2 != 0) {
         return false;
@@ -51,7 +50,8 @@ bool QuotableText(const RegistryValue& value, std::string* text) {
     return true;
 }
 
-// Bytes with commas between, in lines of so many columns. A line that goes on ends in a backslash.
+// Bytes with commas between, in lines of so many columns. A line that continues ends in a
+// backslash.
 void AppendBytes(std::string_view bytes, std::size_t column, std::string* text) {
     constexpr std::string_view kLineBreak = "\\\n  ";
     for (std::size_t index = 0; index < bytes.size(); ++index) {
@@ -94,34 +94,22 @@ void AppendValue(const RegistryValue& value, std::string* text) {
     *text += '\n';
 }
 
-void AppendKey(const RegistryKey& key, const std::string& path, bool isRoot, std::string* text) {
-    if (!isRoot || !key.AllValues().empty()) {
-        *text += "\n[" + path + "]\n";
+std::string Write(RegistryTree::Keys::const_iterator key, RegistryTree::Keys::const_iterator last,
+                  const std::vector<std::string>& comments) {
+    std::string text(kHead);
+    text += comments.empty() ? "" : "\n";
+    for (const std::string& comment : comments) {
+        text += comment + '\n';
     }
-    for (const auto& [folded, value] : key.AllValues()) {
-        AppendValue(value, text);
-    }
-    for (const auto& [folded, child] : key.AllChildren()) {
-        AppendKey(*child, path + '\\' + Utf8FromWide(child->Name()), false, text);
-    }
-}
-
-std::string NameOf(RegistryRoot root) {
-    for (const RegistryRootName& row : kRegistryRoots) {
-        if (row.root == root) {
-            return Utf8FromWide(row.name);
+    for (; key != last; ++key) {
+        const auto& [path, values, subKeys] = key->second;
+        const bool isRoot = path.find(u'\\') == path.npos;
+        if (!isRoot || !values.empty()) {
+            text += "\n[" + Utf8FromWide(path) + "]\n";
         }
-    }
-    return {};
-}
-
-// The path with the case that its keys have.
-std::string PathAsMade(const RegistryTree& tree, const RegistryPath& path) {
-    std::string text = NameOf(path.root);
-    const std::u16string folded = FoldRegistryName(path.keys);
-    for (std::size_t end = 0; !folded.empty() && end != folded.npos;) {
-        end = folded.find(u'\\', end == 0 ? 0 : end + 1);
-        text += '\\' + Utf8FromWide(tree.Root(path.root).FindBelow(folded.substr(0, end))->Name());
+        for (const auto& [folded, value] : values) {
+            AppendValue(value, &text);
+        }
     }
     return text;
 }
@@ -129,25 +117,10 @@ std::string PathAsMade(const RegistryTree& tree, const RegistryPath& path) {
 }  // namespace
 
 std::string WriteRegistryText(const RegistryTree& tree) {
-    std::string text(kHead);
-    text += tree.HeadComments().empty() ? "" : "\n";
-    for (const std::string& comment : tree.HeadComments()) {
-        text += comment + '\n';
-    }
-    for (const RegistryRootName& row : kRegistryRoots) {
-        AppendKey(tree.Root(row.root), Utf8FromWide(row.name), true, &text);
-    }
-    return text;
+    return Write(tree.AllKeys().begin(), tree.AllKeys().end(), tree.headComments);
 }
 
-std::string WriteRegistryText(const RegistryTree& tree, const RegistryPath& path) {
-    const RegistryKey* key = tree.Find(path);
-    if (key == nullptr) {
-        return {};
-    }
-    std::string text(kHead);
-    AppendKey(*key, PathAsMade(tree, path), path.keys.empty(), &text);
-    return text;
+std::string WriteRegistryText(const RegistryTree& tree, std::u16string_view path) {
+    const auto [first, last] = tree.KeysFrom(path);
+    return first != last ? Write(first, last, {}) : std::string();
 }
-
-}  // namespace brevik::platform
