@@ -4,8 +4,9 @@
 // docs/machine-folder.md. Results are error numbers; GetLastError is left as it was. Any thread; a
 // handle may be used by several.
 //
-// Besides what each operation names, all but RegCloseKey return ERROR_INVALID_HANDLE for what is no
-// open key, and ERROR_KEY_DELETED for a key that was deleted since it was opened.
+// Besides what each operation names, all but RegCloseKey return ERROR_INVALID_HANDLE for a
+// value that is not an open key, and ERROR_KEY_DELETED for a key that was deleted since it was
+// opened.
 #pragma once
 
 #include "platform/errors.h"
@@ -57,7 +58,7 @@ inline constexpr DWORD REG_QWORD = 11;
 PLATFORM_API LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD options, REGSAM access,
                                 HKEY* key);
 
-// ERROR_INVALID_HANDLE for what is no open key. The predefined keys stay open.
+// ERROR_INVALID_HANDLE for a value that is not an open key. The predefined keys stay open.
 PLATFORM_API LONG RegCloseKey(HKEY key);
 
 // The name of a sub key by its place in the order of upper-cased code units. `length` is the

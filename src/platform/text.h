@@ -37,7 +37,7 @@ PLATFORM_API DWORD CharUpperBuffW(WCHAR* text, DWORD length);
 PLATFORM_API DWORD CharLowerBuffA(char* text, DWORD length);
 PLATFORM_API DWORD CharUpperBuffA(char* text, DWORD length);
 
-// Case of one unit, by the same pairs.
+// Case of one ASCII letter; any other unit stays, as in the run-time library's own locale.
 PLATFORM_API WCHAR towlower(WCHAR unit);
 PLATFORM_API WCHAR towupper(WCHAR unit);
 

@@ -74,8 +74,10 @@ TEST(FileTimes, AgreeWithTheHostOnEveryDay) {
 
 TEST(FileTimes, EndWithTheCalendar) {
     SYSTEMTIME fields = {};
-    for (const std::uint64_t beyond :
-         {std::uint64_t{0x7FFF'35F4'F06C'8000}, std::uint64_t{INT64_MAX}, UINT64_MAX}) {
+    const FILETIME last = FileTimeOfCount(INT64_MAX);
+    EXPECT_TRUE(FileTimeToSystemTime(&last, &fields));
+    EXPECT_EQ(Text(fields), "30828-9-14(4) 2:48:5.477");
+    for (const std::uint64_t beyond : {std::uint64_t{INT64_MAX} + 1, UINT64_MAX}) {
         const FILETIME time = FileTimeOfCount(beyond);
         SetLastError(0);
         EXPECT_FALSE(FileTimeToSystemTime(&time, &fields));

@@ -24,7 +24,7 @@ TEST(Locales, HaveAnAbbreviation) {
         {0, 8, LOCALE_SABBREVLANGNAME, "ENU"},
         {65535, 8, LOCALE_SABBREVLANGNAME, "error 87"},
         {65536, 8, LOCALE_SABBREVLANGNAME, "error 87"},
-        {1047, 8, LOCALE_SABBREVLANGNAME, "error 87"},
+        {1047, 8, LOCALE_SABBREVLANGNAME, "RMC"},
         {1031, 3, LOCALE_SABBREVLANGNAME, "error 122"},
         {1031, 8, 2, "error 1004"},
     };

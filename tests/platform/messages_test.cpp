@@ -73,6 +73,9 @@ TEST(MessageLibrary, HasItsOwnTexts) {
     constexpr DWORD kLibrary = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_IGNORE_INSERTS;
     EXPECT_EQ(Message(kLibrary, 0x80040265, module), u"The graph can\u2019t be played.\r\n");
     EXPECT_EQ(Message(kLibrary, 6, module), u"\r\n");
+    EXPECT_EQ(Message(kLibrary, 7, module), u"%1 is no certificate.\r\n");
+    EXPECT_EQ(Message(FORMAT_MESSAGE_FROM_HMODULE, 7, module), u"");
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     SetLastError(0);
     EXPECT_EQ(Message(kLibrary, 2, module), u"");
     EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);

@@ -73,24 +73,14 @@ TEST_F(Registry, ValuesInWideForm) {
         DWORD size;
         std::size_t written;
     } cases[] = {
-        {u"none", 64, 2, 99, 64, 0},
-        {u"sz", 64, 0, 1, 12, 12},
-        {u"sz", 4, 234, 1, 12, 0},
-        {u"SZ", 12, 0, 1, 12, 12},
-        {u"dw", 4, 0, 4, 4, 4},
-        {u"dw", 2, 234, 4, 4, 0},
-        {u"bin8", 4, 234, 3, 8, 0},
-        {u"sznonul", 64, 0, 1, 12, 12},
-        {u"multi", 64, 0, 7, 18, 18},
-        {u"multinonul", 64, 0, 7, 16, 16},
-        {u"szzero", 64, 0, 1, 0, 0},
-        {u"exp", 64, 0, 2, 18, 18},
-        // A text without its NUL that just fits comes as it is, and half a unit is made whole.
-        {u"sznonul", 10, 0, 1, 10, 10},
-        {u"sznonul", 9, 234, 1, 12, 0},
-        {u"szodd", 64, 0, 1, 6, 6},
-        {u"", 64, 0, 1, 16, 16},
-        {nullptr, 64, 0, 1, 16, 16},
+        {u"none", 64, 2, 99, 64, 0},    {u"sz", 64, 0, 1, 12, 12},
+        {u"sz", 4, 234, 1, 12, 0},      {u"SZ", 12, 0, 1, 12, 12},
+        {u"dw", 4, 0, 4, 4, 4},         {u"dw", 2, 234, 4, 4, 0},
+        {u"bin8", 4, 234, 3, 8, 0},     {u"sznonul", 64, 0, 1, 10, 10},
+        {u"multi", 64, 0, 7, 18, 18},   {u"multinonul", 64, 0, 7, 16, 16},
+        {u"szzero", 64, 0, 1, 0, 0},    {u"exp", 64, 0, 2, 18, 18},
+        {u"sznonul", 9, 234, 1, 10, 0}, {u"szodd", 64, 0, 1, 3, 3},
+        {u"", 64, 0, 1, 16, 16},        {nullptr, 64, 0, 1, 16, 16},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name == nullptr ? "null" : Utf8FromWide(row.name));
@@ -118,8 +108,8 @@ TEST_F(Registry, ValuesInNarrowForm) {
         {"sz", 64, 0, 1, 6, "hello\0"s},
         {"sz", 6, 0, 1, 6, "hello\0"s},
         {"sz", 5, 234, 1, 6, ""s},
-        {"sznonul", 64, 0, 1, 6, "hello\0"s},
-        {"sznonul", 5, 234, 1, 6, ""s},
+        {"sznonul", 64, 0, 1, 5, "hello"s},
+        {"sznonul", 4, 234, 1, 5, ""s},
         {"uni", 64, 0, 1, 6, "\xC3\xA9\xE4\xB8\x80\0"s},
         {"dw", 64, 0, 4, 4, "\x78\x56\x34\x12"s},
         {"multi", 64, 0, 7, 9, "one\0two\0\0"s},
@@ -143,9 +133,9 @@ TEST_F(Registry, TheSizeAskedForHoldsTheText) {
     const TestKey key(u"SOFTWARE\\Facts");
     DWORD size = 0;
     EXPECT_EQ(RegQueryValueExW(key.Get(), u"sznonul", nullptr, nullptr, nullptr, &size), 0);
-    EXPECT_EQ(size, 12u);
+    EXPECT_EQ(size, 10u);
     EXPECT_EQ(RegQueryValueExA(key.Get(), "sznonul", nullptr, nullptr, nullptr, &size), 0);
-    EXPECT_EQ(size, 6u);
+    EXPECT_EQ(size, 5u);
 }
 
 TEST_F(Registry, SubKeysComeInTheOrderOfTheirUpperCasedUnits) {

@@ -23,6 +23,7 @@ class RegistryHelpers : public RegistryMachine {
             "\"Folder\"=hex(2):25,00,61,00,25,00,00,00\n"
             "\"Empty\"=\"\"\n"
             "\"NoBytes\"=hex(1):\n"
+            "\"NoNul\"=hex(1):61,00\n"
             "\"Number\"=dword:0000001a\n"
             "\"Quad\"=hex(b):01,02,03,04,05,06,07,08\n"
             "\"List\"=hex(7):61,00,62,00,00,00,63,00,00,00,00,00\n"
@@ -107,9 +108,10 @@ TEST_F(RegistryHelpers, TextsThatCannotBeHadLeaveTheBuffer) {
         DWORD count;
         DWORD error;
     } cases[] = {
-        {u"Number", 16, ERROR_INVALID_DATA},   {u"List", 16, ERROR_INVALID_DATA},
-        {u"NoBytes", 16, ERROR_INVALID_DATA},  {u"Text", 5, ERROR_MORE_DATA},
-        {u"Absent", 16, ERROR_FILE_NOT_FOUND}, {u"Text", 0, ERROR_MORE_DATA},
+        {u"Number", 16, ERROR_INVALID_DATA},  {u"List", 16, ERROR_INVALID_DATA},
+        {u"NoBytes", 16, ERROR_INVALID_DATA}, {u"NoNul", 16, ERROR_INVALID_DATA},
+        {u"Text", 5, ERROR_MORE_DATA},        {u"Absent", 16, ERROR_FILE_NOT_FOUND},
+        {u"Text", 0, ERROR_MORE_DATA},
     };
     for (const auto& testCase : cases) {
         const Reading reading = Read(key, testCase.name, testCase.count);

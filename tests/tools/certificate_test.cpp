@@ -162,7 +162,7 @@ TEST_F(BrevikctlCertificate, NothingIsInstalledThatTheLibraryWouldNotFind) {
         {{Scratch("good.txt").string(), "--language", "1031"}, "it is no certificate file"},
         {{"C:\\none.qzc", "--language", "1031"}, "no file"},
         {{nameless, "--language", "1031"}, "--guid tells it"},
-        {{good, "--language", "1047"}, "1047 is no language"},
+        {{good, "--language", "1600"}, "1600 is no language"},
         {{good, "--language", "66567"}, "66567 is no language"},
         {{good, "--language", "1031", "--guid", "a\\b"}, "is no GUID"},
         {{good, "--language", "1031", "--beside", "C:\\App\\it's"}, "has an apostrophe"},

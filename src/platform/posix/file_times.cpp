@@ -18,10 +18,9 @@ using Steps = std::chrono::duration<std::int64_t, std::ratio<1, kFileTimeSteps>>
 using StepTime = std::chrono::sys_time<Steps>;
 
 constexpr int kFirstYear = 1601;
-constexpr int kLastYear = 30827;
+constexpr int kLastYear = 30827;  // of a date that becomes a count; counts go on into 30828
 
 constexpr StepTime kEpoch = sys_days(std::chrono::year(kFirstYear) / 1 / 1);
-constexpr StepTime kEnd = sys_days(std::chrono::year(kLastYear + 1) / 1 / 1);
 
 static_assert((StepTime() - kEpoch).count() == kFileTimeOf1970);
 
@@ -78,9 +77,8 @@ BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* time) {
 }
 
 BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* fields) {
-    constexpr auto kCounts = static_cast<std::uint64_t>((kEnd - kEpoch).count());
     const std::uint64_t count = CountOf(*time);
-    if (count >= kCounts) {
+    if (count > INT64_MAX) {
         return Refuse();
     }
     *fields = FieldsOf(kEpoch + Steps(static_cast<std::int64_t>(count)));

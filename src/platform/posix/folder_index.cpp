@@ -50,9 +50,7 @@ bool IsAscii(std::string_view text) {
 }
 
 std::u16string Fold(std::u16string text) {
-    for (char16_t& unit : text) {
-        unit = towupper(unit);
-    }
+    CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
     return text;
 }
 

@@ -1,6 +1,6 @@
 // The names of host folders, found without regard to case.
 //
-// Two names are the same when their UTF-16 forms are the same after `towupper` of each unit. A name
+// Two names are the same when their UTF-16 forms are the same after upper-casing each unit. A name
 // that is not well-formed UTF-8 has no such form and is never found.
 //
 // Listings of folders are kept, in bounds, and are good as long as the folder has not changed; a

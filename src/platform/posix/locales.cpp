@@ -18,13 +18,13 @@ constexpr Language kLanguages[] = {
     {1025, u"ARA"}, {1026, u"BGR"}, {1027, u"CAT"}, {1028, u"CHT"}, {1029, u"CSY"}, {1030, u"DAN"},
     {1031, u"DEU"}, {1032, u"ELL"}, {1033, u"ENU"}, {1034, u"ESP"}, {1035, u"FIN"}, {1036, u"FRA"},
     {1037, u"HEB"}, {1038, u"HUN"}, {1039, u"ISL"}, {1040, u"ITA"}, {1041, u"JPN"}, {1042, u"KOR"},
-    {1043, u"NLD"}, {1044, u"NOR"}, {1045, u"PLK"}, {1046, u"PTB"}, {1048, u"ROM"}, {1049, u"RUS"},
-    {1050, u"HRV"}, {1051, u"SKY"}, {1052, u"SQI"}, {1053, u"SVE"}, {1054, u"THA"}, {1055, u"TRK"},
-    {1057, u"IND"}, {1058, u"UKR"}, {1060, u"SLV"}, {1061, u"ETI"}, {1062, u"LVI"}, {1063, u"LTH"},
-    {1066, u"VIT"}, {1069, u"EUQ"}, {1110, u"GLC"}, {2052, u"CHS"}, {2055, u"DES"}, {2057, u"ENG"},
-    {2058, u"ESM"}, {2060, u"FRB"}, {2064, u"ITS"}, {2067, u"NLB"}, {2068, u"NON"}, {2070, u"PTG"},
-    {2077, u"SVF"}, {3076, u"ZHH"}, {3079, u"DEA"}, {3081, u"ENA"}, {3082, u"ESN"}, {3084, u"FRC"},
-    {4100, u"ZHI"}, {4105, u"ENC"}, {4108, u"FRS"},
+    {1043, u"NLD"}, {1044, u"NOR"}, {1045, u"PLK"}, {1046, u"PTB"}, {1047, u"RMC"}, {1048, u"ROM"},
+    {1049, u"RUS"}, {1050, u"HRV"}, {1051, u"SKY"}, {1052, u"SQI"}, {1053, u"SVE"}, {1054, u"THA"},
+    {1055, u"TRK"}, {1057, u"IND"}, {1058, u"UKR"}, {1060, u"SLV"}, {1061, u"ETI"}, {1062, u"LVI"},
+    {1063, u"LTH"}, {1066, u"VIT"}, {1069, u"EUQ"}, {1110, u"GLC"}, {2052, u"CHS"}, {2055, u"DES"},
+    {2057, u"ENG"}, {2058, u"ESM"}, {2060, u"FRB"}, {2064, u"ITS"}, {2067, u"NLB"}, {2068, u"NON"},
+    {2070, u"PTG"}, {2077, u"SVF"}, {3076, u"ZHH"}, {3079, u"DEA"}, {3081, u"ENA"}, {3082, u"ESN"},
+    {3084, u"FRC"}, {4100, u"ZHI"}, {4105, u"ENC"}, {4108, u"FRS"},
 };
 
 // The language of a host that names none.

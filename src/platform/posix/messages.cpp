@@ -128,6 +128,10 @@ DWORD FormatMessageW(DWORD flags, const void* source, DWORD code, DWORD, WCHAR* 
     if (text == nullptr) {
         return Fail<DWORD>(ERROR_MR_MID_NOT_FOUND);
     }
+    // There are no arguments to insert.
+    if ((flags & FORMAT_MESSAGE_IGNORE_INSERTS) == 0 && std::strchr(text, '%') != nullptr) {
+        return Fail<DWORD>(ERROR_INVALID_PARAMETER);
+    }
     const WideString line = WideFromUtf8(text) + u"\r\n";
     const auto block = static_cast<WCHAR*>(std::calloc(line.size() + 1, sizeof(WCHAR)));
     if (block == nullptr) {

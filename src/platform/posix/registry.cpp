@@ -58,7 +58,7 @@ std::shared_ptr<const OpenKey> FindPredefined(HKEY handle) {
     return row != rows.end() ? row->key : nullptr;
 }
 
-// Null for what is no handle on a key.
+// Null for a value that is not the handle of a key.
 std::shared_ptr<const OpenKey> FindOpenKey(HKEY handle) {
     std::shared_ptr<const OpenKey> predefined = FindPredefined(handle);
     return predefined ? predefined : FindHandle<OpenKey>(handle);
@@ -90,30 +90,12 @@ const RegistryKey* FindKey(const RegistrySnapshot& registry, const OpenKey& key)
     return found != nullptr || !key.isPredefined ? found : &empty;
 }
 
-bool IsText(DWORD type) {
-    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
-}
-
-// How many zero bytes a stored text lacks for its units to be whole and the last one a NUL. Data
-// without any byte counts as complete.
-std::size_t MissingBytes(const RegistryValue& value) {
-    const std::string& data = value.data;
-    if (!IsText(value.type) || data.empty() ||
-        (data.size() % 2 == 0 && data.ends_with(std::string_view("\0\0", 2)))) {
-        return 0;
-    }
-    return data.size() % 2 + sizeof(WCHAR);
-}
-
-// The data of a text with its NUL in the narrow code page; of any other value, as it is.
+// The data of a text in the narrow code page; of any other value, as it is.
 std::string NarrowData(const RegistryValue& value) {
-    if (!IsText(value.type)) {
-        return value.data;
-    }
-    return Utf8FromWide(Utf16OfBytes(value.data + std::string(MissingBytes(value), '\0')));
+    return value.IsText() ? Utf8FromWide(Utf16OfBytes(value.data)) : value.data;
 }
 
-// Hands `data` out; a caller that gives no buffer asks for the size.
+// Copies `data` to the buffer; without a buffer only its size is wanted.
 LONG GiveData(std::string_view data, BYTE* buffer, DWORD* size) {
     const DWORD room = *size;
     *size = static_cast<DWORD>(data.size());
@@ -125,16 +107,6 @@ LONG GiveData(std::string_view data, BYTE* buffer, DWORD* size) {
     }
     std::copy(data.begin(), data.end(), buffer);
     return ERROR_SUCCESS;
-}
-
-LONG GiveWide(const RegistryValue& value, BYTE* buffer, DWORD* size) {
-    const std::size_t missing = MissingBytes(value);
-    const bool fitsAsItIs =
-        buffer != nullptr && *size >= value.data.size() && *size < value.data.size() + missing;
-    if (missing == 0 || fitsAsItIs) {
-        return GiveData(value.data, buffer, size);
-    }
-    return GiveData(value.data + std::string(missing, '\0'), buffer, size);
 }
 
 // Calls `use` with the newest state of an open key that has this right.
@@ -230,7 +202,7 @@ LONG RegEnumKeyExW(HKEY handle, DWORD index, WCHAR* name, DWORD* length, DWORD*,
 
 LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD*, DWORD* type, BYTE* data, DWORD* size) {
     return QueryValue(key, name != nullptr ? name : u"", type,
-                      [=](const RegistryValue& value) { return GiveWide(value, data, size); });
+                      [=](const RegistryValue& value) { return GiveData(value.data, data, size); });
 }
 
 LONG RegQueryValueExA(HKEY key, const char* name, DWORD*, DWORD* type, BYTE* data, DWORD* size) {

@@ -37,10 +37,6 @@ void RequireWellFormed(std::basic_string_view<Unit> text, const char* reason) {
     }
 }
 
-bool IsText(DWORD type) {
-    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
-}
-
 // Reads a text line by line. What it takes, it cuts off the front of `line_`.
 //
 // REQUIRES: well-formed UTF-8 without a mark and without NULs.
@@ -171,7 +167,7 @@ class RegistryTextReader {
         Require(Take(":"), "data of an unknown form");
         value->data = ReadBytes();
         // In the older form the bytes of a text are UTF-8.
-        if (isNarrow_ && IsText(value->type)) {
+        if (isNarrow_ && value->IsText()) {
             Require(FindIllFormed(std::string_view(value->data)) == std::string::npos,
                     "the bytes of a text are ill-formed UTF-8");
             value->data = BytesOfUtf16(WideFromUtf8(value->data));
@@ -238,7 +234,7 @@ class RegistryTextReader {
         return isThere;
     }
 
-    // A number of up to so many hexadecimal digits.
+    // A number of at most this many hexadecimal digits.
     std::uint32_t ReadHex(std::size_t mostDigits, const char* reason) {
         const std::size_t digits =
             std::min(line_.find_first_not_of("0123456789abcdefABCDEF"), line_.size());

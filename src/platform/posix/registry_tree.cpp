@@ -4,6 +4,7 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/registry.h"
 #include "platform/text.h"
 
 namespace brevik::platform {
@@ -14,13 +15,6 @@ constexpr std::u16string_view kRoots[] = {u"HKEY_CURRENT_USER", u"HKEY_LOCAL_MAC
 constexpr std::u16string_view kClassesRoot = u"HKEY_CLASSES_ROOT";
 constexpr std::u16string_view kClassesKey = u"HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes";
 
-char16_t Fold(char16_t unit) {
-    if (unit >= 0x80) {
-        return towupper(unit);
-    }
-    return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - u'a' + u'A') : unit;
-}
-
 // A line end would end the line that holds the name.
 bool CanBeWritten(std::u16string_view name) {
     return name.find_first_of(std::u16string_view(u"\0\r\n", 3)) == name.npos;
@@ -30,19 +24,23 @@ bool CanBeWritten(std::u16string_view name) {
 
 std::u16string FoldRegistryName(std::u16string_view name) {
     std::u16string folded(name);
-    std::ranges::transform(folded, folded.begin(), Fold);
+    CharUpperBuffW(folded.data(), static_cast<DWORD>(folded.size()));
     return folded;
 }
 
 std::string FoldRegistryPath(std::u16string_view path) {
-    std::string folded(path.size() * sizeof(char16_t), '\0');
-    char* target = folded.data();
-    for (const char16_t unit : path) {
-        const char16_t compared = unit == u'\\' ? u'\0' : Fold(unit);
-        *target++ = static_cast<char>(compared >> 8);
-        *target++ = static_cast<char>(compared & 0xFF);
+    std::string folded;
+    folded.reserve(path.size() * sizeof(char16_t));
+    for (char16_t unit : FoldRegistryName(path)) {
+        unit = unit == u'\\' ? u'\0' : unit;
+        folded += static_cast<char>(unit >> 8);
+        folded += static_cast<char>(unit & 0xFF);
     }
     return folded;
+}
+
+bool RegistryValue::IsText() const {
+    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
 const RegistryValue* RegistryKey::FindValue(std::u16string_view name) const {

@@ -36,6 +36,7 @@ struct RegistryValue {
     DWORD type = 0;
     std::string data;  // bytes; those of a text are UTF-16, little-endian
 
+    PLATFORM_API bool IsText() const;
     bool operator==(const RegistryValue&) const = default;
 };
 

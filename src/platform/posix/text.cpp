@@ -91,11 +91,11 @@ DWORD CharUpperBuffA(char* text, DWORD length) {
 }
 
 WCHAR towlower(WCHAR unit) {
-    return Lower(unit);
+    return LowerAscii(unit);
 }
 
 WCHAR towupper(WCHAR unit) {
-    return Upper(unit);
+    return UpperAscii(unit);
 }
 
 DWORD GetVersion() {
