@@ -12,7 +12,7 @@ namespace brevik::platform {
 // Milliseconds since the system's start, wrapping at 32 bits; exact to some milliseconds.
 PLATFORM_API DWORD GetTickCount();
 
-// Holds the calling thread for at least so many milliseconds.
+// Suspends the calling thread for at least this many milliseconds.
 PLATFORM_API void Sleep(DWORD milliseconds);
 
 // The rate of the counter in counts per second, constant for the life of the system.

@@ -39,7 +39,7 @@ inline constexpr DWORD CLSCTX_REMOTE_SERVER = 0x10;
 
 class IUnknown;
 
-// Makes an object of a class that the system has itself, or of one whose library the registry names
+// Makes an object of a class of the system itself, or of a class whose library the registry names
 // in the default value of CLSID\{...}\InprocServer32 under HKEY_CLASSES_ROOT. The library is loaded
 // once and stays. Off Windows there are no classes in other processes.
 //
@@ -49,7 +49,8 @@ class IUnknown;
 PLATFORM_API HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID iid,
                                       void** object);
 
-// Memory that passes between caller and callee. A size of 0 gives a block too; null on exhaustion.
+// Memory that passes between caller and callee. A block for a size of 0 too; null when memory is
+// short.
 PLATFORM_API void* CoTaskMemAlloc(std::size_t size);
 
 // Frees a block of CoTaskMemAlloc; null is legal.

@@ -85,7 +85,6 @@ inline constexpr HRESULT REGDB_E_CLASSNOTREG = MakeHResult(0x80040154);
 inline constexpr HRESULT CO_E_NOTINITIALIZED = MakeHResult(0x800401F0);
 inline constexpr HRESULT CO_E_ERRORINDLL = MakeHResult(0x800401F9);
 inline constexpr HRESULT RPC_E_CHANGED_MODE = MakeHResult(0x80010106);
-inline constexpr HRESULT E_ACCESSDENIED = MakeHResult(0x80070005);
 inline constexpr HRESULT E_OUTOFMEMORY = MakeHResult(0x8007000E);
 inline constexpr HRESULT E_INVALIDARG = MakeHResult(0x80070057);
 inline constexpr HRESULT E_UNEXPECTED = MakeHResult(0x8000FFFF);

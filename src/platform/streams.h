@@ -14,11 +14,11 @@
 
 namespace brevik::platform {
 
-// A descriptor of the run-time library on an open file, which from then on belongs to it: the
-// handle is none any more. -1 with errno on failure.
+// A descriptor of the run-time library for an open file. It owns the file from then on, and the
+// handle is closed. -1 with errno on failure.
 PLATFORM_API int _open_osfhandle(std::intptr_t file, int flags);
 
-// A stream on the descriptor, which from then on belongs to it. Null with errno on failure.
+// A stream that owns the descriptor from then on. Null with errno on failure.
 PLATFORM_API std::FILE* _fdopen(int descriptor, const char* mode);
 
 // Closes a descriptor that no stream took over. -1 with errno on failure.

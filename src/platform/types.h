@@ -52,8 +52,6 @@ using DWORD = std::uint32_t;
 using BOOL = int;
 using INT = int;
 using UINT = unsigned int;
-using SHORT = std::int16_t;
-using USHORT = std::uint16_t;
 using LONG = std::int32_t;
 using ULONG = std::uint32_t;
 using LONGLONG = std::int64_t;
@@ -86,11 +84,9 @@ union LARGE_INTEGER {
 };
 
 inline constexpr DWORD MAX_PATH = 260;
-inline constexpr DWORD INFINITE = 0xFFFFFFFF;
 
 inline constexpr WORD LANG_NEUTRAL = 0x00;
 inline constexpr WORD LANG_ENGLISH = 0x09;
-inline constexpr WORD SUBLANG_NEUTRAL = 0x00;
 inline constexpr WORD SUBLANG_DEFAULT = 0x01;
 
 // A LANGID holds the primary language in its low 10 bits and the sublanguage in its high 6 bits.

@@ -1,6 +1,6 @@
 // One open key of the registry.
 //
-// Every operation gives the platform's error number, 0 for success; nothing throws but
+// Every operation returns the platform's error number, 0 for success; nothing throws but
 // std::bad_alloc. An object belongs to one thread at a time.
 #pragma once
 
@@ -15,15 +15,15 @@ class CRegKeyW {
     // Closes the key.
     virtual ~CRegKeyW();
 
-    // Opens a key below `parent` and closes the one held before; on failure that one stays.
+    // Opens a key below `parent` and closes the key held before; on failure that key stays open.
     // `access` is a mask such as KEY_QUERY_VALUE.
     LONG Open(HKEY parent, const WCHAR* subKey, REGSAM access);
 
-    // 0 as well when no key is open.
+    // 0 also when no key is open.
     LONG Close();
 
-    // The number of a REG_DWORD value. ERROR_INVALID_DATA for a value of another type; its first
-    // bytes have then been written.
+    // The number of a REG_DWORD value. ERROR_INVALID_DATA for a value of another type whose bytes
+    // fit into a number; they have then been written to `value`.
     LONG QueryDWORDValue(const WCHAR* name, DWORD* value);
 
     // A text (REG_SZ or REG_EXPAND_SZ) into `buffer` of `*count` wide characters, with a NUL at its

@@ -1,4 +1,4 @@
-// A list of texts from the registry in one go.
+// Reads a list of texts from the registry.
 #pragma once
 
 #include <vector>

@@ -23,8 +23,8 @@ class ScopedRegistryKey {
     LONG Error() const { return error_; }
     HKEY Get() const { return key_; }
 
-    // The bytes of a value read as text up to its first NUL, whatever its type. None when the value
-    // cannot be read, or when it is longer than a path: 260 units.
+    // A value's bytes as text up to the first NUL, whatever its type. None when the value cannot be
+    // read, or is longer than MAX_PATH units.
     std::optional<WideString> ReadText(const WCHAR* name, DWORD* type = nullptr) const {
         WCHAR text[MAX_PATH + 1] = {};
         DWORD size = MAX_PATH * static_cast<DWORD>(sizeof *text);

@@ -1,6 +1,6 @@
 // Locks: an abstract base, the platform's critical section, and a scoped holder.
 //
-// A thread may take a lock that it already holds, and gives it back as often.
+// A thread may take a lock that it already holds; it releases the lock as many times as it took it.
 #pragma once
 
 #include "platform/threads.h"
@@ -28,7 +28,7 @@ class WinCriticalSection : public BaseCriticalSection {
     CRITICAL_SECTION section_;
 };
 
-// The lock that the library's own objects guard themselves with.
+// The lock that guards the library's own objects.
 class VelmarCriticalSection : public WinCriticalSection {
   public:
     ~VelmarCriticalSection() override = default;

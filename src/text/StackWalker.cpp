@@ -11,7 +11,7 @@ struct Installed {
     SharedHandle<StackWalker_IF> walker;
 };
 
-// Never destroyed: a failure may be made while the process ends.
+// Never destroyed: an exception may be made while the process ends.
 Installed& State() {
     static Installed& installed = *new Installed;
     return installed;

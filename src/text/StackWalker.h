@@ -1,4 +1,4 @@
-// A hook for hosts that want to see the call stack where a failure is made.
+// A hook for hosts that want to see the call stack where an exception is made.
 #pragma once
 
 #include "text/SharedHandle.h"
@@ -21,7 +21,7 @@ class DummyStackWalker : public StackWalker_IF {
 // The walker installed, or one that does nothing. Any thread may ask and install.
 SharedHandle<StackWalker_IF> Current();
 
-// A null handle puts the one that does nothing back.
+// A null handle restores the one that does nothing.
 void SetCurrent(SharedHandle<StackWalker_IF> walker);
 
 }  // namespace StackWalker

@@ -25,7 +25,7 @@ Utf8String WideToUtf8(const WideString& text);
 Utf8String NarrowToUtf8(const std::string& text);
 std::string Utf8ToNarrow(const Utf8String& text);
 
-// Case of the whole of the text's alphabet, one UTF-16 unit for one.
+// Changes the case of letters of every alphabet, one UTF-16 unit to one.
 WideString StringToLower(const WideString& text);
 std::string StringToLower(const std::string& text);
 Utf8String StringToLower(const Utf8String& text);
@@ -33,7 +33,7 @@ WideString StringToUpper(const WideString& text);
 std::string StringToUpper(const std::string& text);
 Utf8String StringToUpper(const Utf8String& text);
 
-// Case of ASCII letters alone, whatever the host's locale.
+// Changes the case of ASCII letters alone, whatever the host's locale.
 std::string AsciiToLower(const std::string& text);
 Utf8String AsciiToLower(const Utf8String& text);
 std::string AsciiToUpper(const std::string& text);
@@ -74,7 +74,7 @@ std::string Int64ToString(long long value);
 // other character; of more than eight digits the last eight count. 0 for an empty text.
 std::uint32_t HexTextToNumber(const std::string& text);
 
-// The decimal number at the start of a text, leading white space skipped; 0 when none stands there.
+// The decimal number at the start of a text, leading white space skipped; 0 without one.
 int TextToInt(const std::string& text);
 
 // Whether the platform is of the Windows 9x family.

@@ -2,9 +2,9 @@
 //
 // A file is UTF-8 with a byte order mark, UTF-16 big-endian with one, or else UTF-16 little-endian
 // whose first two bytes are skipped unread. A line is a number in the first column, decimal or with
-// "0x" in front hexadecimal, white space, and the text up to the end of the line without the white
-// space there. A line that begins with ";" or "#" is a comment; one without a number, or with the
-// number 0, is passed over. Of two lines with one number the later wins.
+// "0x" in front hexadecimal, white space, and the text up to the end of the line, without trailing
+// white space. A line that begins with ";" or "#" is a comment; a line without a number, or with
+// the number 0, is skipped. Of two lines with the same number the later wins.
 #pragma once
 
 #include <map>

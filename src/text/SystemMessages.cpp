@@ -18,7 +18,7 @@ constexpr MessageLibrary kMessageLibraries[] = {
 
 constexpr DWORD kUserDefaultLanguage = 0x400;
 
-// Asks for a text in a block of the system's, and takes it without its line end.
+// The text without its line end.
 WideString Message(DWORD flags, HMODULE module, DWORD code, DWORD language) {
     WCHAR* block = nullptr;
     FormatMessageW(flags | FORMAT_MESSAGE_ALLOCATE_BUFFER, module, code, language,

@@ -1,5 +1,5 @@
-// The operating system's wording for its codes, without the line end behind it; empty where no
-// table knows the code.
+// The operating system's wording for its codes, without the line end after it; empty where no table
+// knows the code.
 #pragma once
 
 #include <cstdint>

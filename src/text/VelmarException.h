@@ -1,4 +1,4 @@
-// The failure of the library: a number that tells its kind, a message ready for a user, and a free
+// The library's failure: a number that says what kind it is, a message ready for a user, and a free
 // note for the programmer.
 //
 // Thrown by value and caught by reference. The number is the id of the numbered text that the

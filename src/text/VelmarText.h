@@ -59,9 +59,9 @@ class VelmarText {
 
     virtual long GetId() const;
 
-    // The wording with its placeholders %0, %1 and so on filled in. They are filled where they
-    // stand in rising order; what was filled in is not searched again; a placeholder without an
-    // argument stays as it is.
+    // The wording with its placeholders %0, %1 and so on filled in, in rising order from the start
+    // of the text to its end: a placeholder before the last one filled in, or without an argument,
+    // stays as it is, and arguments are not searched for placeholders.
     virtual Utf8String Format(const Utf8StringList& arguments) const;
 
     // The wording: the provider's translation, else the embedded English.
@@ -70,13 +70,13 @@ class VelmarText {
     // The registered text of this number, or null.
     static const VelmarText* Find(long id);
 
-    // Lists all registered texts with their translations, in UTF-8 behind a byte order mark: what a
-    // loaded string file covers.
+    // Lists all registered texts with their translations, in UTF-8 with a byte order mark, to show
+    // what a loaded string file covers.
     static void Dump(std::ostream& stream);
 
     static LanguageProvider_IF& GetProvider();
 
-    // The provider must outlive its use; null puts the library's own back.
+    // The provider must outlive its use; null restores the library's own.
     static void SetProvider(LanguageProvider_IF* provider);
 
     static int GetLanguage();
@@ -114,8 +114,8 @@ class VelmarText::LanguageImpl final : public LanguageProvider_IF {
     const LanguageInfo* GetLanguageInfo(int index) override;
     Utf8String GetString(long id) override;
 
-    // A language that is current already is not read again. A file that cannot be opened leaves the
-    // embedded English in force, without a report; so does an index without a row.
+    // Does nothing for the language that is current already. A file that cannot be opened, and an
+    // index without a row, silently select the embedded English.
     void LoadLanguage(int index, const Utf8String& folder) override;
 
   private:

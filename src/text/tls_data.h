@@ -1,8 +1,8 @@
 // An array of `count` elements that each thread has for itself.
 //
-// A thread's elements are made, with the initial value, when it first touches the object, and live
-// until the object ends, not until the thread does. Any thread may use the object at any time; an
-// element that it answers is touched by its own thread alone.
+// A thread's elements are made, with the initial value, when it first uses the object, and live
+// until the object ends, not until the thread does. Any thread may use the object at any time; only
+// the thread itself may use its elements.
 #pragma once
 
 #include <new>
@@ -35,7 +35,7 @@ class tls_data : public VelmarCriticalSection {
         }
     }
 
-    // This thread's element. Throws std::out_of_range for an index that is not below the count,
+    // This thread's element. Throws std::out_of_range for an index that is not less than the count,
     // std::bad_alloc or SystemException::Win32 when its elements cannot be made.
     T& operator[](unsigned index) {
         if (index >= count_) {
@@ -57,7 +57,7 @@ class tls_data : public VelmarCriticalSection {
     }
 
   private:
-    // Ahead of the elements of each thread.
+    // Precedes the elements of each thread.
     struct alignas(alignof(T) > alignof(void*) ? alignof(T) : alignof(void*)) Block {
         Block* next;
     };

@@ -24,7 +24,7 @@
 #include "platform/locales.h"
 #include "platform/posix/host_text.h"
 #include "platform/posix/scoped_descriptor.h"
-#include "registry_access.h"
+#include "registry_paths.h"
 #include "terminal.h"
 #include "text/StringConversions.h"
 #include "text_argument.h"

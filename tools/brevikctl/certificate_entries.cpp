@@ -1,9 +1,9 @@
 #include "certificate_entries.h"
 
 #include "platform/posix/host_text.h"
-#include "registry_access.h"
 #include "registry_data.h"
 #include "registry_file.h"
+#include "registry_paths.h"
 #include "text_argument.h"
 
 namespace {

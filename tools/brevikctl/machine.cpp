@@ -18,9 +18,9 @@
 #include "platform/posix/host_text.h"
 #include "platform/posix/machine.h"
 #include "platform/posix/registry_snapshot.h"
-#include "registry_access.h"
 #include "registry_data.h"
 #include "registry_file.h"
+#include "registry_paths.h"
 #include "terminal.h"
 #include "text/StringConversions.h"
 

@@ -50,7 +50,7 @@ bool QuotableText(const RegistryValue& value, std::string* text) {
     return true;
 }
 
-// Bytes with commas between, in lines of so many columns. A line that continues ends in a
+// Bytes with commas between, in lines of kColumns. A line that continues ends in a
 // backslash.
 void AppendBytes(std::string_view bytes, std::size_t column, std::string* text) {
     constexpr std::string_view kLineBreak = "\\\n  ";

@@ -21,7 +21,7 @@ constexpr unsigned kAllPermissions = 7;
 constexpr char kAccessList[] = "system.posix_acl_access";
 constexpr char kDefaultList[] = "system.posix_acl_default";
 
-// An access list in the form in which the host takes it, little-endian.
+// An access list in the form that the host takes, little-endian.
 struct ListEntry {
     std::uint16_t kind;
     std::uint16_t permissions;

@@ -11,8 +11,8 @@
 
 namespace brevik::platform {
 
-// The file's part in sharing ends here: the kernel ties it to the handle's own lock description,
-// and nothing would tell when the run-time library closes the descriptor.
+// The file's share mode ends here: the kernel ties it to the handle's own lock description, and the
+// platform would not learn when the run-time library closes the descriptor.
 int _open_osfhandle(std::intptr_t handle, int) {
     const auto value = reinterpret_cast<HANDLE>(handle);
     const std::shared_ptr<OpenFile> file = FindHandle<OpenFile>(value);

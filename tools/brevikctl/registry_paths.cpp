@@ -1,4 +1,4 @@
-#include "registry_access.h"
+#include "registry_paths.h"
 
 #include <algorithm>
 #include <stdexcept>
