@@ -9,7 +9,7 @@ namespace {
 
 // Held while the folder is changed, and not for the lifetime of an object: what is loaded meanwhile
 // may come back here.
-constinit std::mutex lock;
+std::mutex lock;
 constinit DllPathManager* latest = nullptr;
 
 WideString CurrentFolder() {

@@ -43,8 +43,8 @@ struct TIME_ZONE_INFORMATION {
     LONG DaylightBias;
 };
 
-// The zone in force now: daylight time, with the bias of the nearest standard time, or else unknown,
-// whether the zone has two times or one. Off Windows names and dates are empty.
+// The zone in force now: daylight time, with the bias of the nearest standard time, or else
+// unknown, whether the zone has two times or one. Off Windows names and dates are empty.
 PLATFORM_API DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* information);
 PLATFORM_API void GetLocalTime(SYSTEMTIME* time);
 

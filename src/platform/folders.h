@@ -34,9 +34,10 @@ PLATFORM_API DWORD GetFullPathNameW(const WCHAR* path, DWORD size, WCHAR* buffer
 // The folder for temporary files, with its trailing backslash. Results as above.
 PLATFORM_API DWORD GetTempPathW(DWORD size, WCHAR* path);
 
-// Looks for a file by its bare name in the order in which LoadLibraryExW does. Result: the length of
-// the full path without the NUL, the size needed with it where it does not fit, or 0 with error 2.
-// `filePart` receives the place of the file's name in the buffer. REQUIRES: no path and extension.
+// Looks for a file by its bare name in the order in which LoadLibraryExW does. Result: the length
+// of the full path without the NUL, the size needed with it where it does not fit, or 0 with
+// error 2. `filePart` receives the place of the file's name in the buffer. REQUIRES: no path and
+// extension.
 PLATFORM_API DWORD SearchPathW(const WCHAR* path, const WCHAR* fileName, const WCHAR* extension,
                                DWORD size, WCHAR* buffer, WCHAR** filePart);
 
