@@ -222,7 +222,7 @@ TEST(DateTime, FileTimesComeBackAtAnyDate) {
     // What the platform's calendar cannot hold.
     const FILETIME none = DateTime(TimeOfDay(), Date(15, 3, -44), kUniversal).ToFileTime();
     EXPECT_EQ(none.dwLowDateTime, 0u);
-    EXPECT_EQ(DateTime::FromFileTime({0xFFFFFFFF, 0x7FFFFFFF}), DateTime());
+    EXPECT_EQ(DateTime::FromFileTime({0, 0x90000000}), DateTime());
 }
 
 TEST(DateTime, SystemTimesAreCutToTheirUnits) {
