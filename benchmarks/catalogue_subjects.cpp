@@ -11,10 +11,10 @@
 #include <string>
 #include <string_view>
 
-#include "catalogue/SQLCertificate.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
 #include "catalogue/VerificationKey.h"
+#include "catalogue/records/SQLCertificate.h"
 #include "modules/SmartComInitializer.h"
 #include "platform/database_library.h"
 #include "platform/registry.h"

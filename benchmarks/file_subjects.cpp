@@ -13,7 +13,7 @@
 
 #include "file_tree.h"
 #include "filesystem/FileSystem.h"
-#include "filesystem/FileUtilities.h"
+#include "filesystem/utilities/FileUtilities.h"
 #include "processes.h"
 #include "support/forwarding_file.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/CertificateText.h"
+#include "catalogue/certificates/CertificateText.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-#include "filesystem/DateTime.h"
+#include "filesystem/dates/DateTime.h"
 
 namespace {
 

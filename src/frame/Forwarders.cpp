@@ -1,6 +1,6 @@
 #include "frame/Forwarders.h"
 
-#include "catalogue/CatalogueQueries.h"
+#include "catalogue/queries/CatalogueQueries.h"
 #include "cookies/CookieValues.h"
 #include "frame/FailureResults.h"
 #include "language/LangManager.h"

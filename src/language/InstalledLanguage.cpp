@@ -2,8 +2,8 @@
 
 #include <exception>
 
-#include "catalogue/CBrevikKitCertificateMgr.h"
-#include "catalogue/CVelmarProductCertifier.h"
+#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/queries/CVelmarProductCertifier.h"
 #include "trace/UTrace.h"
 
 LANGID FindInstalledLanguage() {

@@ -1,7 +1,7 @@
 #include "services/UpdateDispatch.h"
 
-#include "catalogue/CBrevikKitCertificateMgr.h"
-#include "catalogue/CVelmarProductCertifier.h"
+#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/queries/CVelmarProductCertifier.h"
 #include "language/LangManager.h"
 #include "modules/ScopedText.h"
 #include "services/ServiceCall.h"

@@ -2,11 +2,11 @@
 
 #include <cstdlib>
 
-#include "catalogue/CVelmarProductCertifier.h"
-#include "catalogue/CatalogueQueries.h"
-#include "catalogue/ReadProductLanguage.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
-#include "catalogue/SplitRegistryPath.h"
+#include "catalogue/queries/CVelmarProductCertifier.h"
+#include "catalogue/queries/CatalogueQueries.h"
+#include "catalogue/queries/ReadProductLanguage.h"
+#include "catalogue/queries/SplitRegistryPath.h"
 #include "support/catalogue_test.h"
 
 namespace {

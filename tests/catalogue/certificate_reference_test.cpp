@@ -1,6 +1,6 @@
 // The import of certificate files, and the references on them.
 
-#include "catalogue/CCertificateReference.h"
+#include "catalogue/manager/CCertificateReference.h"
 
 #include <gtest/gtest.h>
 
@@ -11,9 +11,9 @@
 #include <thread>
 #include <vector>
 
-#include "catalogue/CertificateImport.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
+#include "catalogue/records/CertificateImport.h"
 #include "platform/component_model.h"
 #include "support/record_machine.h"
 #include "text/VelmarException.h"

@@ -1,6 +1,6 @@
 // The walk over the text of a certificate.
 
-#include "catalogue/CertificateText.h"
+#include "catalogue/certificates/CertificateText.h"
 
 #include <gtest/gtest.h>
 

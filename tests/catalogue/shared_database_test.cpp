@@ -18,7 +18,7 @@
 #include "catalogue/RecordGathering.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
-#include "catalogue/SharedRecordStore.h"
+#include "catalogue/records/SharedRecordStore.h"
 #include "platform/clock.h"
 #include "support/child_process.h"
 #include "support/other_user.h"

@@ -1,6 +1,6 @@
 // One certificate's rows, and the database as a whole, on a machine of its own.
 
-#include "catalogue/SQLCertificate.h"
+#include "catalogue/records/SQLCertificate.h"
 
 #include <gtest/gtest.h>
 

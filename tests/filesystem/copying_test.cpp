@@ -5,7 +5,7 @@
 #include <signal.h>
 #include <sys/resource.h>
 
-#include "filesystem/DateTime.h"
+#include "filesystem/dates/DateTime.h"
 #include "support/faulty_api.h"
 #include "support/file_library.h"
 #include "support/forwarding_file.h"

@@ -1,4 +1,4 @@
-#include "filesystem/DateTime.h"
+#include "filesystem/dates/DateTime.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>

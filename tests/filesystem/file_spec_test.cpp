@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "filesystem/AliasSpec_IF.h"
-#include "filesystem/DateTime.h"
 #include "filesystem/Volume_IF.h"
+#include "filesystem/dates/DateTime.h"
 #include "platform/component_model.h"
 #include "support/faulty_api.h"
 #include "support/file_library.h"

@@ -1,4 +1,4 @@
-#include "filesystem/FileUtilities.h"
+#include "filesystem/utilities/FileUtilities.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

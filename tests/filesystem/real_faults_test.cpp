@@ -10,8 +10,8 @@
 #include <functional>
 #include <string>
 
-#include "filesystem/DateTime.h"
-#include "filesystem/FileUtilities.h"
+#include "filesystem/dates/DateTime.h"
+#include "filesystem/utilities/FileUtilities.h"
 #include "support/faulty_api.h"
 #include "support/file_library.h"
 #include "support/forwarding_file.h"

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "filesystem/ClassFactory_IF.h"
-#include "filesystem/FileUtilities.h"
 #include "filesystem/Volume_IF.h"
+#include "filesystem/utilities/FileUtilities.h"
 #include "support/faulty_api.h"
 #include "support/file_library.h"
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "filesystem/CountedTickler.h"
-#include "filesystem/Tickler.h"
+#include "filesystem/ticklers/CountedTickler.h"
+#include "filesystem/ticklers/Tickler.h"
 #include "text/Texts.h"
 
 namespace {

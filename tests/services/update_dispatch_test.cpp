@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "catalogue/CBrevikKitCertificateMgr.h"
-#include "catalogue/CVelmarProductCertifier.h"
+#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/queries/CVelmarProductCertifier.h"
 #include "modules/SmartComInitializer.h"
 #include "platform/modules.h"
 #include "services/ServiceCall.h"

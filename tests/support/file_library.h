@@ -14,7 +14,7 @@
 #include "filesystem/FileException.h"
 #include "filesystem/FileSpec_Impl.h"
 #include "filesystem/FileSystem.h"
-#include "filesystem/FileUtilities.h"
+#include "filesystem/utilities/FileUtilities.h"
 #include "support/drive_files.h"
 #include "support/open_file_count.h"
 #include "text/SystemException.h"

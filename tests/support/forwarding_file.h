@@ -3,12 +3,12 @@
 
 #include <memory>
 
-#include "filesystem/DateTime.h"
 #include "filesystem/FileChannel.h"
 #include "filesystem/FileSpec.h"
 #include "filesystem/FileSpec_IF.h"
 #include "filesystem/FileSpec_Impl.h"
 #include "filesystem/Volume_IF.h"
+#include "filesystem/dates/DateTime.h"
 
 // Does everything through the file object that it stands for.
 class ForwardingFile : public FileSpec_IF {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/SQLCertificate.h"
+#include "catalogue/records/SQLCertificate.h"
 #include "modules/SmartComInitializer.h"
 #include "platform/posix/host_text.h"
 #include "support/child_process.h"

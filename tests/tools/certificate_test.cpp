@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/SQLCertificate.h"
 #include "catalogue/VerificationKey.h"
+#include "catalogue/records/SQLCertificate.h"
 #include "modules/SmartComInitializer.h"
 #include "support/child_process.h"
 #include "support/drive_files.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CBrevikKitCertificateMgr.h"
 #include "catalogue_access.h"
 #include "language/LangManager.h"
 #include "modules/SmartComInitializer.h"

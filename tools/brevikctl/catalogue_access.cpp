@@ -5,11 +5,11 @@
 #include <stdexcept>
 #include <utility>
 
-#include "catalogue/CertificateReader.h"
-#include "catalogue/DatabasePath.h"
-#include "catalogue/RecordTable.h"
 #include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
 #include "catalogue/VerificationKey.h"
+#include "catalogue/certificates/CertificateReader.h"
+#include "catalogue/records/DatabasePath.h"
+#include "catalogue/records/RecordTable.h"
 #include "certificate_argument.h"
 #include "file_argument.h"
 #include "filesystem/FileSystem.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/CCertificateMgr.h"
-#include "catalogue/CertificateText.h"
+#include "catalogue/certificates/CertificateText.h"
+#include "catalogue/manager/CCertificateMgr.h"
 
 // Throws where the database library cannot be had, without which no record can be read or made.
 void RequireDatabaseLibrary();

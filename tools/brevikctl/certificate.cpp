@@ -13,8 +13,8 @@
 #include <system_error>
 #include <vector>
 
-#include "catalogue/SQLCertificate.h"
 #include "catalogue/VerificationKey.h"
+#include "catalogue/records/SQLCertificate.h"
 #include "certificate_argument.h"
 #include "certificate_check.h"
 #include "certificate_entries.h"

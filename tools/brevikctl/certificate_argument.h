@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/CertificateText.h"
+#include "catalogue/certificates/CertificateText.h"
 #include "certificate_reader/certificate_file.h"
 
 // A certificate file as it was found.

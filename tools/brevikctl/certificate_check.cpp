@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CBrevikKitCertificateMgr.h"
 #include "catalogue_access.h"
 #include "certificate_argument.h"
 #include "file_argument.h"

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/CBrevikKitCertificateMgr.h"
-#include "catalogue/SharedRecordStore.h"
+#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/records/SharedRecordStore.h"
 #include "catalogue_access.h"
 #include "facts.h"
 #include "file_argument.h"

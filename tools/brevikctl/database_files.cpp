@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "catalogue/DatabasePath.h"
-#include "catalogue/SharedFolder.h"
+#include "catalogue/records/DatabasePath.h"
+#include "catalogue/records/SharedFolder.h"
 #include "platform/database_library.h"
 #include "platform/posix/paths.h"
 #include "platform/posix/scoped_descriptor.h"

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/CBrevikKitCertificateMgr.h"
-#include "catalogue/CVelmarProductCertifier.h"
+#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/queries/CVelmarProductCertifier.h"
 #include "catalogue_access.h"
 #include "facts.h"
 #include "frame/BrevikConfigModule.h"

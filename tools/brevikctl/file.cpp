@@ -10,7 +10,7 @@
 
 #include "file_argument.h"
 #include "file_report.h"
-#include "filesystem/FileUtilities.h"
+#include "filesystem/utilities/FileUtilities.h"
 #include "progress_bar.h"
 #include "terminal.h"
 #include "text/Texts.h"

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "filesystem/DateTime.h"
 #include "filesystem/FileSpec.h"
+#include "filesystem/dates/DateTime.h"
 
 // What is asked of the disk about one file object, all at one time.
 struct FileReport {

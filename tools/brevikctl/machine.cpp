@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/DatabasePath.h"
+#include "catalogue/records/DatabasePath.h"
 #include "certificate_reader/reader.h"
 #include "database_files.h"
 #include "facts.h"

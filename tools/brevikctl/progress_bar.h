@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "filesystem/TickleImplBase.h"
+#include "filesystem/ticklers/TickleImplBase.h"
 
 // While it lives, the signals that ask a program to end stop the copy instead. At most one lives at
 // a time. The bar is drawn on standard error, and only where that is a terminal.

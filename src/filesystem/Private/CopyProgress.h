@@ -2,7 +2,7 @@
 #pragma once
 
 #include "filesystem/FilePath.h"
-#include "filesystem/Tickler.h"
+#include "filesystem/ticklers/Tickler.h"
 
 namespace FileSystem {
 

@@ -3,10 +3,10 @@
 #include <typeinfo>
 
 #include "filesystem/ClassFactory_IF.h"
-#include "filesystem/DateTime.h"
 #include "filesystem/FileChannel.h"
 #include "filesystem/FileException.h"
 #include "filesystem/Volume_IF.h"
+#include "filesystem/dates/DateTime.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "filesystem/ClassFactory_IF.h"
-#include "filesystem/DateTime.h"
 #include "filesystem/FileChannel.h"
 #include "filesystem/FileException.h"
 #include "filesystem/FileSpec_Impl.h"
@@ -13,6 +12,7 @@
 #include "filesystem/Private/Windows/StoredPath.h"
 #include "filesystem/Private/Windows/VolumeRegistry.h"
 #include "filesystem/VolumeInfo.h"
+#include "filesystem/dates/DateTime.h"
 
 FileSpec_Win32::FileSpec_Win32(const FilePath& filePath, const SharedHandle<Volume_IF>& onVolume)
     : FileSpec_Win32(filePath.ToWide(), onVolume) {}

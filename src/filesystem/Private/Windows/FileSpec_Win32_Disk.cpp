@@ -1,10 +1,10 @@
 // What a file object does on disk.
 
-#include "filesystem/DateTime.h"
 #include "filesystem/FileSpec.h"
 #include "filesystem/Private/Windows/API.h"
 #include "filesystem/Private/Windows/FileSpec_Win32.h"
 #include "filesystem/Private/Windows/ScopedHandle.h"
+#include "filesystem/dates/DateTime.h"
 
 namespace {
 

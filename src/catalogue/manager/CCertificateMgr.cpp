@@ -1,0 +1,247 @@
+#include "catalogue/manager/CCertificateMgr.h"
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <mutex>
+
+#include "catalogue/RecordGathering.h"
+#include "modules/ModuleFolders.h"
+#include "trace/UTrace.h"
+
+namespace {
+
+constexpr std::size_t kLongestChain = 16;
+
+// How long a load waits for that of another thread, which saves it the work. That one may wait for
+// this thread in turn, where this one loads a library whose initialiser asks the catalogue: then
+// both do the work.
+constexpr std::chrono::milliseconds kLongestWait{500};
+
+// The list of the last complete load of the process, and the mode it was loaded in.
+struct CertificateCache {
+    std::recursive_timed_mutex loading;  // held by a load if it could be had
+
+    std::mutex mutex;  // guards the rest
+    std::uint32_t mode = 0;
+    SharedHandle<CertificateList> list;  // null before the first load
+};
+
+CertificateCache& Cache() {
+    // Never destroyed: a host may call while the process ends.
+    static CertificateCache& cache = *new CertificateCache;
+    return cache;
+}
+
+}  // namespace
+
+CCertificateMgr::~CCertificateMgr() = default;
+
+void CCertificateMgr::Load(std::uint32_t mode, const WideString* folder, std::uint8_t reimport) {
+    if (TakeCached(mode)) {
+        return;
+    }
+    RecordGathering gathering;
+    CertificateCache& cache = Cache();
+    const std::unique_lock hold(cache.loading, kLongestWait);
+    // Whoever had to wait finds the list of the one who was first.
+    if (TakeCached(mode)) {
+        return;
+    }
+    Gather(mode, folder, reimport);
+    OwnList();
+    missed_ = gathering.Missed();
+    loaded_ = 1;
+    if (gathering.HasMissed()) {
+        UTrace::Error("The catalogue is incomplete for now: %s", missed_.c_str());
+        return;
+    }
+    const std::lock_guard guard(cache.mutex);
+    if (cache.list == nullptr || cache.mode != mode) {
+        cache.mode = mode;
+        cache.list = list_;
+    }
+    list_ = cache.list;
+    isListShared_ = true;
+}
+
+// Takes over the process's list when it is of this mode. True when the manager is loaded.
+bool CCertificateMgr::TakeCached(std::uint32_t mode) {
+    CertificateCache& cache = Cache();
+    const std::lock_guard guard(cache.mutex);
+    if (cache.list != nullptr) {
+        if (cache.mode == mode) {
+            list_ = cache.list;
+            isListShared_ = true;
+            loaded_ = 1;
+        } else if (loaded_ != 0) {
+            cache.mode = mode;
+        }
+    }
+    return loaded_ != 0;
+}
+
+void CCertificateMgr::Gather(std::uint32_t mode, const WideString* folder, std::uint8_t reimport) {
+    if (mode == processing_certificates || mode == folders_first) {
+        AddFolders(mode, folder, reimport);
+    }
+
+    const std::size_t fromDatabase = AddRecords(mode, reimport);
+
+    Utf8StringList paths;
+    Utf8StringList guids;
+    GetCertificatePathsFromRegistry(&paths, &guids);
+    std::size_t fromRegistry = 0;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        fromRegistry += AddCertificate(mode, paths[i], guids[i], reimport);
+    }
+
+    // The database was empty and the registry names files that could not be read: another program
+    // may have filled the database in the meantime.
+    if (fromDatabase == 0 && fromRegistry >= 1 && paths.size() > fromRegistry) {
+        AddRecords(mode, reimport);
+    }
+}
+
+void CCertificateMgr::AddFolders(std::uint32_t mode, const WideString* folder,
+                                 std::uint8_t reimport) {
+    if (folder != nullptr && !folder->empty()) {
+        AddFolder(mode, *folder, reimport);
+        return;
+    }
+    AddFolder(mode, GetProcessFolder(), reimport);
+    const WideString parent = GetParentProcessFolder();
+    if (!parent.empty()) {
+        AddFolder(mode, parent, reimport);
+    }
+}
+
+void CCertificateMgr::AddFolder(std::uint32_t mode, const WideString& folder,
+                                std::uint8_t reimport) {
+    std::vector<FileSpec> files;
+    GetCertificatesFolderPath(FilePath(folder), &files);
+    for (const FileSpec& file : files) {
+        AddCertificate(mode, file.GetPath(), {}, reimport);
+    }
+}
+
+// How many certificates of the database are in the list afterwards. Each is added under its record
+// key as that stands, or a key in an odd spelling would make a second certificate of one file.
+std::size_t CCertificateMgr::AddRecords(std::uint32_t mode, std::uint8_t reimport) {
+    std::vector<FileSpec> files;
+    Utf8StringList keys;
+    CertificateSources::GetCertificatesPathsInDatabase(&files, &keys);
+    std::size_t added = 0;
+    for (const Utf8String& key : keys) {
+        added += AddCertificate(mode, key, {}, reimport);
+    }
+    return added;
+}
+
+std::uint8_t CCertificateMgr::AddCertificate(std::uint32_t mode, const Utf8String& path,
+                                             const Utf8String& guid, std::uint8_t reimport) {
+    Utf8StringList walked;
+    return Add(mode, path, guid, reimport, &walked);
+}
+
+std::uint8_t CCertificateMgr::Add(std::uint32_t mode, const Utf8String& path,
+                                  const Utf8String& guid, std::uint8_t reimport,
+                                  Utf8StringList* walked) {
+    if (path.empty()) {
+        return 0;
+    }
+    const Utf8String key = AsciiToLower(path);
+    if (CCertificateReference* known = list_ != nullptr ? list_->FindPath(key) : nullptr) {
+        // The registry's GUID goes ahead of the one in the certificate.
+        if (!guid.empty() && !known->HasGUID(guid)) {
+            known->SetGUID(guid);
+        }
+        return 1;
+    }
+    const UTrace::Function scope("CCertificateMgr::AddCertificate()", nullptr);
+    if (walked->size() > kLongestChain || std::ranges::find(*walked, key) != walked->end()) {
+        UTrace::Error("CertReferencePath leads in a circle or too far, path: %s",
+                      Utf8ToNarrow(key).c_str());
+        return 0;
+    }
+    if (RecordGathering::IsOver()) {
+        return 0;
+    }
+    walked->push_back(key);
+    const auto reference = std::make_shared<CCertificateReference>();
+    if (reference->Init(key, guid, mode, reimport) == 0) {
+        return 0;
+    }
+    const Utf8String target = reference->GetPathField(NarrowToUtf8("CertReferencePath"));
+    if (!target.empty()) {
+        return Add(mode, target, {}, reimport, walked);
+    }
+    OwnList().Append(reference);
+    return 1;
+}
+
+CertificateList& CCertificateMgr::OwnList() {
+    if (list_ == nullptr) {
+        list_ = std::make_shared<CertificateList>();
+    } else if (isListShared_) {
+        list_ = std::make_shared<CertificateList>(*list_);
+        isListShared_ = false;
+    }
+    return *list_;
+}
+
+const CertificateReferences& CCertificateMgr::References() {
+    Load(normal_runtime, nullptr, 0);
+    return list_->GetReferences();
+}
+
+std::int32_t CCertificateMgr::GetCertificateCount() {
+    return static_cast<std::int32_t>(References().size());
+}
+
+const CertificateReferences& CCertificateMgr::GetCertificateList(CertificateReferences* list) {
+    *list = References();
+    return *list;
+}
+
+SharedHandle<CCertificateReference> CCertificateMgr::FindByName(const Utf8String& name) {
+    for (const SharedHandle<CCertificateReference>& reference : References()) {
+        if (reference->HasProductName(name) != 0) {
+            return reference;
+        }
+    }
+    return nullptr;
+}
+
+SharedHandle<CCertificateReference> CCertificateMgr::GetValidCertificateReference(
+    const Utf8String& name) {
+    const SharedHandle<CCertificateReference> found = FindByName(name);
+    UTrace::Info("CCertificateMgr::GetValidCertificateReference(), %s%s founded",
+                 Utf8ToNarrow(name).c_str(), found == nullptr ? " not" : "");
+    return found;
+}
+
+SharedHandle<CCertificateReference> CCertificateMgr::GetCertificateReferenceByGUID(
+    const Utf8String& guid) {
+    for (const SharedHandle<CCertificateReference>& reference : References()) {
+        if (reference->HasGUID(guid)) {
+            return reference;
+        }
+    }
+    return nullptr;
+}
+
+CertificateReferences CCertificateMgr::GetCertificatesWithField(const Utf8String& name) {
+    CertificateReferences found;
+    for (const SharedHandle<CCertificateReference>& reference : References()) {
+        if (reference->HasField(name) != 0) {
+            found.push_back(reference);
+        }
+    }
+    return found;
+}
+
+Utf8String CCertificateMgr::GetParentName(const std::string& name) {
+    const SharedHandle<CCertificateReference> found = FindByName(NarrowToUtf8(name));
+    return found != nullptr ? found->GetPathField(NarrowToUtf8("QDR_ParentName")) : Utf8String();
+}

@@ -1,0 +1,114 @@
+// The catalogue: which products are installed on this machine, and which certificate belongs to
+// each.
+//
+// A manager is a cheap object that each query makes anew. The first complete load of a process
+// gathers the certificates; its list is kept for the process, and every later manager shares it. So
+// the catalogue of a running process does not change, whatever is installed meanwhile. A load is
+// complete unless something failed that may succeed at the next try, such as for want of memory, or
+// while another process holds the database. The list of one that is not complete is its manager's
+// alone, and the next manager loads again.
+//
+// The list's order decides every lookup, for the first match wins: certificates of folders (modes 1
+// and 3), then those of the database in its order, then those of the registry in the order of its
+// keys. A certificate stands at its first place, under its path in lower case.
+//
+// Threads: a manager belongs to one thread at a time. Managers of several threads may load at once:
+// most often one of them does the work, and the list that is kept is never changed afterwards. No
+// lock is needed to go on while a library loads or a component object is made.
+//
+// Errors: a certificate that cannot be read is left out, and so is a record key that names no file,
+// unless the registry or another certificate names it too. What opening the database throws passes
+// through every operation; the load is then tried again by the next operation, also of another
+// manager.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "catalogue/manager/CertificateList.h"
+#include "catalogue/manager/CertificateSources.h"
+#include "platform/errors.h"
+
+class CCertificateMgr {
+  public:
+    // The modes of a load.
+    static constexpr std::uint32_t normal_runtime = 0;  // from the database and the registry
+    static constexpr std::uint32_t processing_certificates = 1;  // folders first; opens the files
+    static constexpr std::uint32_t folders_first = 3;
+
+    CCertificateMgr() = default;
+    CCertificateMgr(const CCertificateMgr&) = delete;
+    CCertificateMgr& operator=(const CCertificateMgr&) = delete;
+    virtual ~CCertificateMgr();
+
+    // Fills the list, unless it is filled. The folders of the modes that have any are `folder`, or,
+    // where that is null or empty, those of the host program and of its parent. With `reimport`
+    // each certificate file is read anew. A load in a mode other than that of the process's list
+    // gathers the certificates again and makes its list the process's.
+    void Load(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
+
+    // What kept the load from being complete, for a person to read; empty after a complete one.
+    const std::string& Missed() const { return missed_; }
+
+    // Adds a certificate, or the one that it points to. 1 when that is in the list afterwards. One
+    // that was there keeps its place, and takes the GUID where that is not empty. A row of more
+    // than 16 certificates that point to one another ends with 0 and an error line, and so does one
+    // that comes back to where it was.
+    std::uint8_t AddCertificate(std::uint32_t mode, const Utf8String& path, const Utf8String& guid,
+                                std::uint8_t reimport);
+
+    // The sources of a load; see CertificateSources.h.
+    HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files) const {
+        return CertificateSources::GetCertificatesPathsInDatabase(files);
+    }
+    HRESULT GetCertificatesFolderPath(const FilePath& folder, std::vector<FileSpec>* files) const {
+        return CertificateSources::GetCertificatesFolderPath(folder, files);
+    }
+    HRESULT GetCertificatePathsFromRegistry(Utf8StringList* paths, Utf8StringList* guids) const {
+        return CertificateSources::GetCertificatePathsFromRegistry(paths, guids);
+    }
+
+    // ---- Lookups. Each begins with Load in mode 0. ----
+
+    std::int32_t GetCertificateCount();
+
+    // Copies the list, and gives it back as well.
+    const CertificateReferences& GetCertificateList(CertificateReferences* list);
+
+    // The first certificate of a product name, without regard to the case of ASCII letters; null
+    // when there is none.
+    SharedHandle<CCertificateReference> GetValidCertificateReference(const Utf8String& name);
+
+    // The first certificate with this GUID, byte for byte; null when there is none.
+    SharedHandle<CCertificateReference> GetCertificateReferenceByGUID(const Utf8String& guid);
+
+    // The certificates that have a field.
+    CertificateReferences GetCertificatesWithField(const Utf8String& name);
+
+    // The name of the parent product that the first certificate of a product name tells; empty
+    // where there is no such certificate or no such field.
+    Utf8String GetParentName(const std::string& name);
+
+  private:
+    // What `walked` holds are the paths of those that pointed here.
+    std::uint8_t Add(std::uint32_t mode, const Utf8String& path, const Utf8String& guid,
+                     std::uint8_t reimport, Utf8StringList* walked);
+    bool TakeCached(std::uint32_t mode);
+    std::size_t AddRecords(std::uint32_t mode, std::uint8_t reimport);
+    void AddFolder(std::uint32_t mode, const WideString& folder, std::uint8_t reimport);
+    void AddFolders(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
+    void Gather(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
+
+    // The list for reading; loads it first.
+    const CertificateReferences& References();
+    SharedHandle<CCertificateReference> FindByName(const Utf8String& name);
+
+    // A list of this manager's own.
+    CertificateList& OwnList();
+
+    std::uint8_t loaded_ = 0;
+    bool isListShared_ = false;
+    SharedHandle<CertificateList> list_;
+    std::string missed_;
+};

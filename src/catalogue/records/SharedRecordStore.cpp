@@ -1,0 +1,211 @@
+#include "catalogue/records/SharedRecordStore.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <utility>
+#include <vector>
+
+#include "catalogue/RecordGathering.h"
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
+#include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
+#include "catalogue/records/RecordAccess.h"
+#include "catalogue/records/RecordTable.h"
+#include "catalogue/records/RepairLock.h"
+#include "catalogue/records/SQLCertificate.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "text/StringConversions.h"
+#include "trace/UTrace.h"
+
+namespace {
+
+// On either side of the deletion of a database, for other programs to let go of it.
+constexpr DWORD kRepairPause = 500;
+
+// What statements of ours answer when the file is cut, overwritten, under another key or without
+// the table. The library answers "error" for a page that does not decrypt, as for a missing table.
+constexpr std::int32_t kDamages[] = {kSqliteError, kSqliteCorrupt, kSqliteNotADatabase};
+
+bool IsDamage(const std::exception& failure) {
+    const auto* const known = dynamic_cast<const SQLite3WrapperException*>(&failure);
+    return known != nullptr && std::ranges::find(kDamages, known->GetCode()) != std::end(kDamages);
+}
+
+// Whether the file is known not to be there. One that cannot be looked at may well be there for
+// others.
+bool IsAbsent(const std::string& path) {
+    constexpr DWORD kAbsences[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME};
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    return !GetFileAttributesExW(NarrowToWide(path).c_str(), GetFileExInfoStandard, &data) &&
+           std::ranges::find(kAbsences, GetLastError()) != std::end(kAbsences);
+}
+
+// A folder may let every user write its files, and nobody delete another's. A file without bytes
+// holds no records yet, which is as good as none.
+bool DeleteOrEmpty(const WideString& path) {
+    if (DeleteFileW(path.c_str())) {
+        return true;
+    }
+    constexpr DWORD kAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, kAll, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const BOOL isEmptied = SetEndOfFile(file);
+    return CloseHandle(file) && isEmptied;
+}
+
+}  // namespace
+
+SharedRecordStore& SharedRecordStore::Get() {
+    static SharedRecordStore& store = *new SharedRecordStore;
+    return store;
+}
+
+void SharedRecordStore::LoadLibrary() {
+    if (SqliteLibrary::IsLoaded()) {
+        return;
+    }
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    const WideString path = NarrowToWide(SQLCertificate::SqlDatabasePath());
+    try {
+        if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) &&
+            (data.nFileSizeHigh != 0 || data.nFileSizeLow != 0)) {
+            SqliteLibrary::Get();
+        }
+    } catch (const SqliteLibraryMissing&) {
+        // The first statement says so.
+    }
+}
+
+void SharedRecordStore::EnsureOpen() {
+    LoadLibrary();
+    RecordAccess access(db_);
+    if (!opened_) {
+        existed_ = PathFileExistsW(NarrowToWide(SQLCertificate::SqlDatabasePath()).c_str());
+        Reopen();
+    }
+    if (!examined_) {
+        Examine(access);
+    }
+    if (examined_ && !std::exchange(purged_, true)) {
+        Purge(access);
+    }
+}
+
+void SharedRecordStore::Reopen() {
+    snapshot_.Clear();
+    opened_ = false;
+    db_.Open(SQLCertificate::SqlDatabasePath());
+    opened_ = true;
+}
+
+// Reads all rows, which a load needs in a moment anyway: damage may lie in any of them. While it
+// cannot be told how the file is, the next call looks again.
+void SharedRecordStore::Examine(RecordAccess& access) {
+    examined_ = true;
+    try {
+        if (existed_) {
+            access.Keys();
+        }
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
+        UTrace::Error("TableList failed ");
+        examined_ = !RecordGathering::IsPassing(failure);
+        if (IsDamage(failure)) {
+            Repair(access);
+        }
+    }
+}
+
+bool SharedRecordStore::Repair(RecordAccess& access) {
+    try {
+        ReplaceIfDamaged(access);
+        return true;
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
+        UTrace::Error("The damaged record database stays as it is: %s", failure.what());
+        examined_ = !RecordGathering::IsPassing(failure);
+        return false;
+    }
+}
+
+bool SharedRecordStore::IsDamaged(RecordAccess& access) {
+    try {
+        access.Keys();
+        // Pages without rows are not read above, and needed for new rows.
+        const SharedHandle<SQLite3WrapperQuery> check = db_.Query("PRAGMA quick_check(1)");
+        return check->IsAtEnd() || std::string("ok") != check->GetColumnText(0);
+    } catch (const SQLite3WrapperException& failure) {
+        return IsDamage(failure);
+    }
+}
+
+// Several processes may meet the same damaged file. One at a time gets to replace it, and each
+// looks again first: the one before it may have done so.
+void SharedRecordStore::ReplaceIfDamaged(RecordAccess& access) {
+    const std::string path = SQLCertificate::SqlDatabasePath();
+    const RepairLock lock(path);
+    Reopen();
+    if (!IsDamaged(access)) {
+        return;
+    }
+    db_.Close();
+    Sleep(kRepairPause);
+    Reopen();
+    if (!IsDamaged(access)) {
+        return;
+    }
+    db_.Close();
+    const bool isGone = DeleteOrEmpty(NarrowToWide(path));
+    Sleep(kRepairPause);
+    Reopen();
+    if (!isGone) {
+        throw SQLite3WrapperException(kSqlitePermission, "it may neither be deleted nor emptied");
+    }
+}
+
+bool SharedRecordStore::RepairAfter(const std::exception& failure, const SQLite3WrapperDB& db) {
+    RecordAccess access(db_);
+    return &db == &db_ && IsDamage(failure) && !std::exchange(triedRepair_, true) && Repair(access);
+}
+
+void SharedRecordStore::Purge(RecordAccess& access) {
+    std::vector<std::string> keys;
+    access.ListKeys(&keys);
+    std::vector<std::string> gone;
+    for (const std::string& key : keys) {
+        if (!IsAbsent(key)) {
+            continue;
+        }
+        if (RecordTable::CanBeQuoted(key)) {
+            gone.push_back(key);
+        } else {
+            UTrace::Error("TableExist failed, path: %s ", key.c_str());
+        }
+    }
+    try {
+        if (!gone.empty()) {
+            access.Edit([&](SQLite3WrapperDB& db) { RecordTable::DeleteRows(db, gone); });
+        }
+    } catch (const std::exception& failure) {
+        RecordGathering::Note(failure);
+        // The records stay, and the next process tries again.
+    }
+}
+
+void SharedRecordStore::DropRecords() {
+    EnsureOpen();
+    RecordAccess access(db_);
+    try {
+        if (!db_.IsEmptyFile()) {
+            access.Edit(RecordTable::DeleteAllRows);
+        }
+    } catch (const std::exception& failure) {
+        if (!IsDamage(failure) || !Repair(access)) {
+            throw;
+        }
+    }
+}

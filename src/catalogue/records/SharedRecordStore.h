@@ -1,0 +1,60 @@
+// The process's one connection to the record database of the machine.
+//
+// Never destroyed: a host may call while the process ends. Any thread.
+#pragma once
+
+#include <exception>
+#include <mutex>
+#include <string>
+
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
+#include "catalogue/records/RecordSnapshot.h"
+
+class RecordAccess;
+
+class SharedRecordStore {
+  public:
+    static SharedRecordStore& Get();
+
+    // Opens the database, replaces a damaged one, and drops the records of files that are gone;
+    // once in the process. Throws a SQLite3WrapperException when it cannot be opened, and is then
+    // tried again by the next call. One that is damaged and cannot be replaced stays as it is.
+    void EnsureOpen();
+
+    // Loads the database library where there are records to read. To load a library runs code of
+    // others, which may call us: who holds a lock calls this before.
+    static void LoadLibrary();
+
+    // To be used through a RecordAccess.
+    SQLite3WrapperDB& Database() { return db_; }
+
+    // Whether a statement failed because the shared database is damaged, and that is mended now, so
+    // that it may be given again. Tries once in the process.
+    bool RepairAfter(const std::exception& failure, const SQLite3WrapperDB& db);
+
+    // Drops all records; a database that does not let them go is replaced. Throws a
+    // SQLite3WrapperException when that fails too.
+    void DropRecords();
+
+  private:
+    friend class RecordAccess;
+
+    SharedRecordStore() = default;
+
+    // These belong to the thread that has the access.
+    void Reopen();
+    void Examine(RecordAccess& access);
+    bool Repair(RecordAccess& access);
+    void ReplaceIfDamaged(RecordAccess& access);
+    bool IsDamaged(RecordAccess& access);
+    void Purge(RecordAccess& access);
+
+    std::mutex mutex_;  // held by a RecordAccess, guards the rest
+    SQLite3WrapperDB db_;
+    RecordSnapshot snapshot_;
+    bool existed_ = false;  // before this process opened it
+    bool opened_ = false;
+    bool examined_ = false;
+    bool purged_ = false;
+    bool triedRepair_ = false;  // after a failed import
+};
