@@ -32,7 +32,7 @@ void RequirePresent(const FileSpec& file) {
 }
 
 void Stat(const Options& options) {
-    PrintFacts(FileReport(FileArgument(options.path)).ToFacts(), options.json);
+    PrintFacts(FileFacts(FileArgument(options.path)), options.json);
 }
 
 // An entry that cannot be described does not keep the others back.
@@ -41,8 +41,8 @@ void List(const Options& options) {
     for (FolderIterator entries = FolderSpec(FileArgument(options.path)).MakeIterator();
          !entries.GetCurrent().IsNull(); entries.Advance()) {
         try {
-            const FileReport report(entries.GetCurrent());
-            PrintLine(options.json ? ToObject(report.ToFacts()) : report.ToRow());
+            const FileSpec entry = entries.GetCurrent();
+            PrintLine(options.json ? ToObject(FileFacts(entry)) : FileRow(entry));
         } catch (const FileException& failure) {
             if (failure.GetNumber() != Texts::fileNotFound.GetId()) {
                 Say(Explanation(failure));

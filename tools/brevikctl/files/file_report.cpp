@@ -5,6 +5,7 @@
 
 #include "brevikctl/files/file_argument.h"
 #include "brevikctl/output/terminal.h"
+#include "filesystem/DateTime.h"
 #include "filesystem/FileException.h"
 #include "filesystem/FileSpec_Impl.h"
 #include "filesystem/VolumeInfo.h"
@@ -56,63 +57,74 @@ Fact AttributesFact(std::uint32_t attributes) {
     return {"attributes", text.empty() ? "none" : text, ToArray(names, JsonString)};
 }
 
-// False for what has a name and attributes and still cannot be found.
-bool ReadSize(const FileSpec& file, std::uint64_t* size) {
-    try {
-        *size = file.GetFileSize();
-        return true;
-    } catch (const FileException& failure) {
-        if (failure.GetNumber() == Texts::fileNotFound.GetId() ||
-            failure.GetNumber() == Texts::filePathNotFound.GetId()) {
-            return false;
+// What is asked of the disk about one file object, all at one time.
+struct FileReport {
+    explicit FileReport(const FileSpec& file)
+        : isFolder(file.IsFolder()),
+          isShortcut(!isFolder && file.IsAlias()),
+          attributes(file.GetAttributes()) {
+        if (!isFolder) {
+            ReadSize(file);
         }
-        throw;
+        const FileSpec_IF& details = *FileSpec_Impl(file).Get();
+        created = details.GetCreationTime();
+        accessed = details.GetAccessTime();
+        modified = details.GetModificationTime();
     }
-}
+
+    // What has a name and attributes and still cannot be found is a link that leads nowhere.
+    void ReadSize(const FileSpec& file) {
+        try {
+            size = file.GetFileSize();
+        } catch (const FileException& failure) {
+            isBrokenLink = failure.GetNumber() == Texts::fileNotFound.GetId() ||
+                           failure.GetNumber() == Texts::filePathNotFound.GetId();
+            if (!isBrokenLink) {
+                throw;
+            }
+        }
+    }
+
+    bool isFolder;
+    bool isShortcut;
+    bool isBrokenLink = false;
+    std::uint64_t size = 0;
+    std::uint32_t attributes;
+    DateTime created;
+    DateTime accessed;
+    DateTime modified;
+};
 
 }  // namespace
 
-FileReport::FileReport(const FileSpec& file)
-    : path(PlainText(file.GetPath())),
-      name(PlainText(file.GetName())),
-      host(HostPath(file)),
-      isFolder(file.IsFolder()),
-      isShortcut(!isFolder && file.IsAlias()),
-      attributes(file.GetAttributes()) {
-    if (!isFolder) {
-        isBrokenLink = !ReadSize(file, &size);
+Facts FileFacts(const FileSpec& file) {
+    const FileReport report(file);
+    const char* const kind = report.isFolder       ? "folder"
+                             : report.isBrokenLink ? "broken link"
+                             : report.isShortcut   ? "shortcut"
+                                                   : "file";
+    Facts facts = {{"path", PlainText(file.GetPath())}, {"host", HostPath(file)}, {"kind", kind}};
+    if (!report.isFolder) {
+        facts.emplace_back("size", report.size);
     }
-    const FileSpec_IF& details = *FileSpec_Impl(file).Get();
-    created = details.GetCreationTime();
-    accessed = details.GetAccessTime();
-    modified = details.GetModificationTime();
-}
-
-Facts FileReport::ToFacts() const {
-    const char* const kind = isFolder       ? "folder"
-                             : isBrokenLink ? "broken link"
-                             : isShortcut   ? "shortcut"
-                                            : "file";
-    Facts facts = {{"path", path}, {"host", host}, {"kind", kind}};
-    if (!isFolder) {
-        facts.emplace_back("size", size);
-    }
-    facts.push_back(AttributesFact(attributes));
-    facts.push_back(TimeFact("created", created));
-    facts.push_back(TimeFact("modified", modified));
-    facts.push_back(TimeFact("accessed", accessed));
+    facts.push_back(AttributesFact(report.attributes));
+    facts.push_back(TimeFact("created", report.created));
+    facts.push_back(TimeFact("modified", report.modified));
+    facts.push_back(TimeFact("accessed", report.accessed));
     return facts;
 }
 
-std::string FileReport::ToRow() const {
-    std::string letters = isFolder ? "d" : isBrokenLink ? "l" : "-";
+std::string FileRow(const FileSpec& file) {
+    const FileReport report(file);
+    std::string letters = report.isFolder ? "d" : report.isBrokenLink ? "l" : "-";
     for (const AttributeName& attribute : kAttributes) {
-        letters += (attributes & attribute.bit) != 0 ? attribute.letter : '-';
+        letters += (report.attributes & attribute.bit) != 0 ? attribute.letter : '-';
     }
     char head[96];
     std::snprintf(head, sizeof head, "%s %12s %s ", letters.c_str(),
-                  isFolder ? "" : std::to_string(size).c_str(), LocalTime(modified).c_str());
-    return head + SafeText(name);
+                  report.isFolder ? "" : std::to_string(report.size).c_str(),
+                  LocalTime(report.modified).c_str());
+    return head + SafeText(PlainText(file.GetName()));
 }
 
 Facts VolumeFacts(const FileSpec& file) {

@@ -43,15 +43,12 @@ int MillisecondsUntil(std::chrono::steady_clock::time_point deadline) {
 
 // The process that sent this message, as the system vouches for it.
 pid_t SenderOf(msghdr* message) {
-    for (cmsghdr* part = CMSG_FIRSTHDR(message); part != nullptr;
-         part = CMSG_NXTHDR(message, part)) {
-        if (part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_CREDENTIALS) {
-            ucred credentials;
-            std::memcpy(&credentials, CMSG_DATA(part), sizeof credentials);
-            return credentials.pid;
-        }
+    const cmsghdr* part = CMSG_FIRSTHDR(message);
+    ucred credentials = {};
+    if (part != nullptr && part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_CREDENTIALS) {
+        std::memcpy(&credentials, CMSG_DATA(part), sizeof credentials);
     }
-    return 0;
+    return credentials.pid;
 }
 
 }  // namespace
@@ -74,30 +71,18 @@ TraceSocket::TraceSocket(const WCHAR* windowClass, int stop)
     if (stop_ >= 0) {
         Watch(stop_);
     }
-    Bind();
-}
-
-void TraceSocket::Bind() {
-    // The lock is ours, so nobody listens at a socket that is still there.
+    // The lock is ours, so no other viewer listens at a socket that is still there.
     unlinkat(folder_.descriptor.Get(), name_.data(), 0);
     listener_ = ScopedDescriptor(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     // Accepted connections inherit it: each packet then names its sender, also after a fork.
     const int on = 1;
     const sockaddr_un address = folder_.Address(name_);
     if (!listener_ || setsockopt(listener_.Get(), SOL_SOCKET, SO_PASSCRED, &on, sizeof on) != 0 ||
-        bind(listener_.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        bind(listener_.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(listener_.Get(), kBacklog) != 0) {
         FailOfSystem("no socket can be made in " + folder_.path);
     }
-    try {
-        if (listen(listener_.Get(), kBacklog) != 0) {
-            FailOfSystem("the socket in " + folder_.path + " cannot be opened to senders");
-        }
-        Watch(listener_.Get());
-        accepting_ = true;
-    } catch (...) {
-        unlinkat(folder_.descriptor.Get(), name_.data(), 0);
-        throw;
-    }
+    Watch(listener_.Get());
 }
 
 TraceSocket::~TraceSocket() {
@@ -122,11 +107,11 @@ void TraceSocket::Accept() {
         senders_.emplace(descriptor, std::move(sender));
         return;
     }
-    const bool short_of_descriptors = errno == EMFILE || errno == ENFILE;
-    if (short_of_descriptors && !senders_.empty()) {
+    const bool isShort = errno == EMFILE || errno == ENFILE;
+    if (isShort && !senders_.empty()) {
         // Until a sender leaves; the waiting connection would end every wait at once.
         epoll_ctl(poller_.Get(), EPOLL_CTL_DEL, listener_.Get(), nullptr);
-        accepting_ = false;
+        isAccepting_ = false;
     } else if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
         FailOfSystem("a sender cannot connect");
     }
@@ -134,9 +119,9 @@ void TraceSocket::Accept() {
 
 void TraceSocket::Drop(int sender) {
     senders_.erase(sender);
-    if (!accepting_) {
+    if (!isAccepting_) {
         Watch(listener_.Get());
-        accepting_ = true;
+        isAccepting_ = true;
     }
 }
 

@@ -36,7 +36,6 @@ class TraceSocket {
     bool Receive(Packet* packet, int milliseconds);
 
   private:
-    void Bind();
     void Watch(int descriptor);
     void Accept();
     bool Take(int sender, Packet* packet);
@@ -48,6 +47,6 @@ class TraceSocket {
     ScopedDescriptor lock_;  // locked for the life of the object
     ScopedDescriptor poller_;
     ScopedDescriptor listener_;
-    bool accepting_ = false;  // false while descriptors have run out
+    bool isAccepting_ = true;  // false while descriptors have run out
     std::map<int, ScopedDescriptor> senders_;
 };
