@@ -16,9 +16,11 @@
 
 namespace {
 
-struct Entry {
+// A certificate that the registry names, or that the catalogue has.
+struct KnownCertificate {
     std::string path;
     std::string guid;
+    bool isRegistered;
 };
 
 // Whether two paths lead to one file of the host, however they are written.
@@ -34,6 +36,42 @@ bool IsSameFile(const std::string& one, const std::string& other) {
     }
 }
 
+bool IsPath(const std::string& subject) {
+    return subject.find_first_of("\\/") != std::string::npos ||
+           AsciiToLower(subject).ends_with(".qzc");
+}
+
+void RemarkOnPath(const std::string& path, Verdict* verdict) {
+    if (const std::optional<Trouble> odd = TroubleOfPath(path)) {
+        verdict->Remark(odd->reason, odd->hint);
+    }
+}
+
+// A GUID under which no certificate can be found.
+Verdict JudgeGuid(const std::string& guid) {
+    Verdict verdict = {guid, false, {}, {}};
+    const ScopedRegistryKey key(HKEY_LOCAL_MACHINE,
+                                CertificateSources::RegistryKeyOf(NarrowToUtf8(guid)).c_str(),
+                                KEY_QUERY_VALUE);
+    if (key.IsOpen()) {
+        verdict.Blame(
+            "its registry key has no value Filename that is a text of at most 259 characters",
+            "brevikctl certificate install writes it.");
+    } else {
+        verdict.Blame(
+            "the registry has no key of this GUID, and no certificate in the database bears it",
+            "brevikctl certificate install puts a certificate there; brevikctl guids shows those "
+            "that are.");
+    }
+    return verdict;
+}
+
+bool HasRows(const std::string& path, const std::vector<CertificateField>& rows) {
+    return std::ranges::any_of(ReadRecords(), [&](const CertificateRecord& record) {
+        return record.path == path && record.rows == rows;
+    });
+}
+
 class CertificateCheck {
   public:
     CertificateCheck() : catalogue_(LoadCatalogue(manager_)) {
@@ -41,27 +79,27 @@ class CertificateCheck {
         Utf8StringList guids;
         manager_.GetCertificatePathsFromRegistry(&paths, &guids);
         for (std::size_t i = 0; i < paths.size(); ++i) {
-            entries_.push_back({Utf8ToNarrow(paths[i]), Utf8ToNarrow(guids[i])});
+            known_.push_back({Utf8ToNarrow(paths[i]), Utf8ToNarrow(guids[i]), true});
+        }
+        for (const auto& certificate : catalogue_) {
+            known_.push_back({Utf8ToNarrow(certificate->GetPath()),
+                              Utf8ToNarrow(certificate->GetGUID()), false});
         }
     }
 
     // One verdict for each certificate of the GUID, or the one for the path.
     std::vector<Verdict> Judge(const std::string& subject) const {
         std::vector<Verdict> verdicts;
-        for (const Entry& entry : entries_) {
-            if (EqualNoCase(entry.guid, subject)) {
-                verdicts.push_back(JudgePath(entry.path));
-                RemarkOnCase(entry.guid, subject, &verdicts.back());
-            }
-        }
-        for (const auto& certificate : catalogue_) {
-            const std::string path = Utf8ToNarrow(certificate->GetPath());
-            const std::string guid = Utf8ToNarrow(certificate->GetGUID());
-            const bool isJudged = std::ranges::any_of(
-                verdicts, [&](const Verdict& verdict) { return verdict.path == path; });
-            if (EqualNoCase(guid, subject) && !isJudged) {
-                verdicts.push_back(JudgePath(path));
-                RemarkOnCase(guid, subject, &verdicts.back());
+        for (const KnownCertificate& known : known_) {
+            const std::string path = AsciiToLower(known.path);
+            if (EqualNoCase(known.guid, subject) &&
+                std::ranges::find(verdicts, path, &Verdict::path) == verdicts.end()) {
+                verdicts.push_back(JudgePath(known.path));
+                if (known.guid != subject) {
+                    verdicts.back().Remark("its GUID is written " + Quoted(known.guid) +
+                                               ", and programs find it under that alone",
+                                           "Ask for the GUID in the same case.");
+                }
             }
         }
         if (verdicts.empty()) {
@@ -72,26 +110,15 @@ class CertificateCheck {
 
   private:
     static constexpr std::size_t kLongestChain = 16;
-
-    static bool IsPath(const std::string& subject) {
-        return subject.find_first_of("\\/") != std::string::npos ||
-               AsciiToLower(subject).ends_with(".qzc");
-    }
+    static constexpr const char* kNameTheCertificate =
+        "Let CertReferencePath name the certificate of the product itself.";
 
     // A path as the registry and the catalogue write it, where they know its file.
     std::string PathOf(const std::string& subject) const {
-        for (const auto& certificate : catalogue_) {
-            const std::string path = Utf8ToNarrow(certificate->GetPath());
-            if (IsSameFile(path, subject)) {
-                return path;
-            }
-        }
-        for (const Entry& entry : entries_) {
-            if (IsSameFile(entry.path, subject)) {
-                return entry.path;
-            }
-        }
-        return PlainText(FileArgument(subject).GetPath());
+        const auto known = std::ranges::find_if(known_, [&](const KnownCertificate& candidate) {
+            return IsSameFile(candidate.path, subject);
+        });
+        return known != known_.end() ? known->path : PlainText(FileArgument(subject).GetPath());
     }
 
     const CCertificateReference* Find(const std::string& path) const {
@@ -104,44 +131,9 @@ class CertificateCheck {
     }
 
     bool IsRegistered(const std::string& path) const {
-        return std::ranges::any_of(entries_, [&path](const Entry& entry) {
-            return AsciiToLower(entry.path) == AsciiToLower(path);
+        return std::ranges::any_of(known_, [&path](const KnownCertificate& known) {
+            return known.isRegistered && AsciiToLower(known.path) == AsciiToLower(path);
         });
-    }
-
-    static void RemarkOnCase(const std::string& guid, const std::string& subject,
-                             Verdict* verdict) {
-        if (guid != subject) {
-            verdict->remarks.push_back(
-                {"its GUID is written " + Quoted(guid) + ", and programs find it under that alone",
-                 "Ask for the GUID in the same case."});
-        }
-    }
-
-    static void RemarkOnPath(const std::string& path, Verdict* verdict) {
-        if (std::optional<Trouble> odd = TroubleOfPath(path)) {
-            verdict->remarks.push_back(*std::move(odd));
-        }
-    }
-
-    // A GUID under which no certificate can be found.
-    static Verdict JudgeGuid(const std::string& guid) {
-        Verdict verdict = {guid, false, {}, {}};
-        const ScopedRegistryKey key(HKEY_LOCAL_MACHINE,
-                                    CertificateSources::RegistryKeyOf(NarrowToUtf8(guid)).c_str(),
-                                    KEY_QUERY_VALUE);
-        if (key.IsOpen()) {
-            verdict.troubles.push_back(
-                {"its registry key has no value Filename that is a text of at most 259 characters",
-                 "brevikctl certificate install writes it."});
-        } else {
-            verdict.troubles.push_back(
-                {"the registry has no key of this GUID, and no certificate in the database bears "
-                 "it",
-                 "brevikctl certificate install puts a certificate there; brevikctl guids shows "
-                 "those that are."});
-        }
-        return verdict;
     }
 
     Verdict JudgePath(const std::string& path) const {
@@ -154,17 +146,16 @@ class CertificateCheck {
             return verdict;
         }
         if (!IsRegistered(path)) {
-            verdict.troubles.push_back(
-                {"no registry entry names this file", "brevikctl certificate install writes one."});
+            verdict.Blame("no registry entry names this file",
+                          "brevikctl certificate install writes one.");
         }
         if (content.trouble) {
             verdict.troubles.push_back(*content.trouble);
         } else if (!FirstValue(content.fields, "CertReferencePath").empty()) {
             Follow(path, content, &verdict);
         } else if (verdict.troubles.empty()) {
-            verdict.troubles.push_back(
-                {"the database does not take it",
-                 "BREVIK_DEBUG_OUTPUT=- in front of a program's command line shows why."});
+            verdict.Blame("the database does not take it",
+                          "BREVIK_DEBUG_OUTPUT=- in front of a program's command line shows why.");
         }
         return verdict;
     }
@@ -175,18 +166,17 @@ class CertificateCheck {
         for (;;) {
             const std::string path = FirstValue(content.fields, "CertReferencePath");
             if (path.empty()) {
-                break;
+                return;
             }
+            const std::string pointer = "it points to " + Quoted(path);
             if (std::ranges::find(walked, AsciiToLower(path)) != walked.end()) {
-                verdict->troubles.push_back(
-                    {"it points to " + Quoted(path) + ", which points back",
-                     "Let CertReferencePath name the certificate of the product itself."});
+                verdict->Blame(pointer + ", which points back", kNameTheCertificate);
                 return;
             }
             if (walked.size() > kLongestChain) {
-                verdict->troubles.push_back(
-                    {"it stands at the head of more than 16 certificates that point to one another",
-                     "Let CertReferencePath name the certificate of the product itself."});
+                verdict->Blame(
+                    "it stands at the head of more than 16 certificates that point to one another",
+                    kNameTheCertificate);
                 return;
             }
             walked.push_back(AsciiToLower(path));
@@ -195,74 +185,57 @@ class CertificateCheck {
             }
             content = ReadContent(path);
             if (content.trouble) {
-                verdict->troubles.push_back(
-                    {"it points to " + Quoted(path) + ": " + content.trouble->reason,
-                     content.trouble->hint});
+                verdict->Blame(pointer + ": " + content.trouble->reason, content.trouble->hint);
                 return;
             }
         }
-        verdict->isInCatalogue = Find(walked.back()) != nullptr;
-        if (verdict->isInCatalogue) {
-            verdict->troubles.clear();
-            verdict->remarks.push_back(
-                {"the catalogue has " + Quoted(walked.back()) + " in its place, to which it points",
-                 ""});
-            RemarkOnPath(walked.back(), verdict);
-        }
+        verdict->isInCatalogue = true;
+        verdict->troubles.clear();
+        verdict->Remark(
+            "the catalogue has " + Quoted(walked.back()) + " in its place, to which it points", "");
+        RemarkOnPath(walked.back(), verdict);
     }
 
     void Remark(const CCertificateReference& certificate, const CertificateContent& content,
                 Verdict* verdict) const {
+        const auto remarkOnShadow = [&](const SharedHandle<CCertificateReference>& found,
+                                        const std::string& what) {
+            if (found.get() != &certificate) {
+                verdict->Remark(
+                    "who asks for " + what + " gets " + Quoted(Utf8ToNarrow(found->GetPath())),
+                    "The first certificate in brevikctl guids answers; remove one of them.");
+            }
+        };
         const Utf8String guid = certificate.GetGUID();
         std::vector<std::string> names;
         certificate.GetStore()->GetFieldAsVector("QDR_ProductName", &names);
         if (guid.empty()) {
-            verdict->remarks.push_back(
-                {"it has no GUID, so that no program finds it by one",
-                 "Install it under a GUID, or give it a field Vector Location."});
+            verdict->Remark("it has no GUID, so that no program finds it by one",
+                            "Install it under a GUID, or give it a field Vector Location.");
         } else {
-            RemarkOnShadow(certificate, manager_.GetCertificateReferenceByGUID(guid),
-                           "the GUID " + Quoted(Utf8ToNarrow(guid)), verdict);
+            remarkOnShadow(manager_.GetCertificateReferenceByGUID(guid),
+                           "the GUID " + Quoted(Utf8ToNarrow(guid)));
         }
         if (names.empty()) {
-            verdict->remarks.push_back(
-                {"it has no product name, so that no program finds it by one",
-                 "Give it a field QDR_ProductName."});
+            verdict->Remark("it has no product name, so that no program finds it by one",
+                            "Give it a field QDR_ProductName.");
         }
         for (const std::string& name : names) {
-            RemarkOnShadow(certificate, manager_.GetValidCertificateReference(NarrowToUtf8(name)),
-                           "the product name " + Quoted(name), verdict);
+            remarkOnShadow(manager_.GetValidCertificateReference(NarrowToUtf8(name)),
+                           "the product name " + Quoted(name));
         }
         if (content.trouble) {
-            verdict->remarks.push_back(
-                {"its rows are in the database, but by now " + content.trouble->reason,
-                 content.trouble->hint});
+            verdict->Remark("its rows are in the database, but by now " + content.trouble->reason,
+                            content.trouble->hint);
         } else if (!HasRows(verdict->path, content.fields)) {
-            verdict->remarks.push_back({"the file says something else by now than the database",
-                                        "brevikctl database rebuild reads it anew."});
+            verdict->Remark("the file says something else by now than the database",
+                            "brevikctl database rebuild reads it anew.");
         }
-    }
-
-    static void RemarkOnShadow(const CCertificateReference& certificate,
-                               const SharedHandle<CCertificateReference>& found,
-                               const std::string& what, Verdict* verdict) {
-        if (found.get() != &certificate) {
-            verdict->remarks.push_back(
-                {"who asks for " + what + " gets " + Quoted(Utf8ToNarrow(found->GetPath())),
-                 "The first certificate in brevikctl guids answers; remove one of them."});
-        }
-    }
-
-    static bool HasRows(const std::string& path, const std::vector<CertificateField>& rows) {
-        const std::vector<CertificateRecord> records = ReadRecords();
-        return std::ranges::any_of(records, [&](const CertificateRecord& record) {
-            return record.path == path && record.rows == rows;
-        });
     }
 
     mutable CBrevikKitCertificateMgr manager_;
     CertificateReferences catalogue_;
-    std::vector<Entry> entries_;
+    std::vector<KnownCertificate> known_;
 };
 
 void PrintTroubles(const char* label, const std::vector<Trouble>& troubles) {
@@ -275,6 +248,14 @@ void PrintTroubles(const char* label, const std::vector<Trouble>& troubles) {
 }
 
 }  // namespace
+
+void Verdict::Blame(const std::string& reason, const std::string& hint) {
+    troubles.push_back({reason, hint});
+}
+
+void Verdict::Remark(const std::string& reason, const std::string& hint) {
+    remarks.push_back({reason, hint});
+}
 
 void Verdict::Print(bool asJson) const {
     if (asJson) {

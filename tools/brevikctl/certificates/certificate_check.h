@@ -13,6 +13,8 @@ struct Verdict {
     std::vector<Trouble> troubles;  // why it is not
     std::vector<Trouble> remarks;   // what is odd though it is
 
+    void Blame(const std::string& reason, const std::string& hint);
+    void Remark(const std::string& reason, const std::string& hint);
     void Print(bool asJson) const;
 };
 
