@@ -31,7 +31,7 @@ constexpr HRESULT ResultOf(CertificateFault fault) {
 
 // The operations by their slots, those of IUnknown being 0 to 2. Slots 3 to 6 are where automation
 // has its calls by name, which this class does not offer.
-class IOpenFile : public Component::Reserved<IUnknown, 3, 4> {
+class IOpenFile : public Component::Reserved<Component::Unknown, 3, 4> {
   public:
     // Slot 7. Reads a file and tests it against a verification key, a text of 130 characters. On
     // failure there is no text, and the result says why: ResultOf a fault, or 0x80070000 and the

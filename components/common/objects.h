@@ -24,7 +24,10 @@ class Reserved : public Reserved<Base, first, count - 1> {
 };
 
 template <typename Base, int first>
-class Reserved<Base, first, 0> : public Base {
+class Reserved<Base, first, 0> : public Base {};
+
+// The first Base of a class with reserved slots.
+class Unknown : public IUnknown {
   public:
     void Unused() = delete;
 };

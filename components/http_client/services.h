@@ -18,7 +18,7 @@ inline constexpr CLSID kDialogClass = {
 inline constexpr IID kDialogInterface = {
     0x0C01CAD3, 0x8B20, 0x4FF6, {0xA6, 0x85, 0x53, 0xEF, 0x01, 0x08, 0x24, 0xA4}};
 
-class IUpdateCalls : public Component::Reserved<IUnknown, 3, 13> {
+class IUpdateCalls : public Component::Reserved<Component::Unknown, 3, 13> {
   public:
     // Slots 16 and 17.
     virtual HRESULT STDMETHODCALLTYPE RunUpdate(BSTR sku, BSTR version, ULONG langId,
@@ -38,7 +38,7 @@ class IUpdateServices : public Component::Reserved<IUpdateCalls, 18, 2> {
     ~IUpdateServices() = default;
 };
 
-class ILocaleCall : public Component::Reserved<IUnknown, 3, 17> {
+class ILocaleCall : public Component::Reserved<Component::Unknown, 3, 17> {
   public:
     // Slot 20.
     virtual HRESULT STDMETHODCALLTYPE SetLocale(BSTR locale) = 0;

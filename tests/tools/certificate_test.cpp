@@ -141,7 +141,7 @@ TEST_F(BrevikctlCertificate, NothingIsInstalledThatTheLibraryWouldNotFind) {
         {{foreign, "--language", "1031"}, "it was changed, or signed with another key"},
         {{Scratch("good.txt").string(), "--language", "1031"}, "it is no certificate file"},
         {{"C:\\none.qzc", "--language", "1031"}, "no file"},
-        {{nameless, "--language", "1031"}, "--guid tells it"},
+        {{nameless, "--language", "1031"}, "--guid gives it"},
         {{good, "--language", "1600"}, "1600 is no language"},
         {{good, "--language", "66567"}, "66567 is no language"},
         {{good, "--language", "1031", "--guid", "a\\b"}, "is no GUID"},

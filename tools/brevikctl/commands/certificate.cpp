@@ -103,7 +103,7 @@ void RequireLanguage(unsigned language) {
 
 void RequireGuid(const std::string& guid) {
     if (guid.empty()) {
-        Fail("the certificate has no Vector Location that would tell a GUID", "--guid tells it.");
+        Fail("the certificate has no Vector Location that would give a GUID", "--guid gives it.");
     }
     if (guid.find('\\') != guid.npos) {
         Fail(Quoted(guid) + " is no GUID: it has a backslash");

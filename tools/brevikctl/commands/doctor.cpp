@@ -204,7 +204,7 @@ std::set<std::u16string> SiblingFolders() {
                 folders.insert(WideFromUtf8(AsciiToLower(folder.substr(0, folder.size() - 1))));
             }
         } catch (const std::exception&) {
-            continue;  // the path is none, which the check of the certificates tells
+            continue;  // the path is none, which the check of the certificates reports
         }
     }
     folders.erase(u"");

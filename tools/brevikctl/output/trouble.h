@@ -1,4 +1,4 @@
-// What went wrong, as the user is told it.
+// What went wrong, as it is said to the user.
 #pragma once
 
 #include <exception>

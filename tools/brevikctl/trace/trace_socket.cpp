@@ -126,8 +126,8 @@ void TraceSocket::Drop(int sender) {
 }
 
 bool TraceSocket::Take(int sender, Packet* packet) {
-    // The length first, so that a packet of any size comes whole. An empty one cannot be told from
-    // the end of the connection, and nobody sends one.
+    // The length first, so that a packet of any size comes whole. An empty one looks like
+    // the end of the connection, and no sender makes one.
     const ssize_t length = recv(sender, nullptr, 0, MSG_PEEK | MSG_TRUNC);
     if (length <= 0) {
         if (length == 0 || (errno != EAGAIN && errno != EINTR)) {
