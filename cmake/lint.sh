@@ -53,12 +53,51 @@ for file in $(printf '%s\n' $sources | grep '^src/' | grep -v '^src/platform/');
     fi
 done
 
-# Components stand on the platform alone.
+# Components stand on the platform alone, and on what is common to them.
 for file in $(printf '%s\n' $sources | grep '^components/'); do
     own=$(printf '%s' "$file" | cut -d/ -f2)
     for to in $(sed -n 's|^#include "\([A-Za-z_]*\)/.*"|\1|p' "$file" | sort -u); do
-        [ "$to" = "$own" ] || [ "$to" = platform ] || finding "$file: includes $to"
+        case $to in
+        "$own" | platform | common) ;;
+        *) finding "$file: includes $to" ;;
+        esac
     done
+done
+
+# rooms BASE NAME ROOM...
+#
+# Each room of the folder BASE, which is included under NAME, includes rooms that stand before it in
+# the list alone, and there is no other room.
+rooms() {
+    base=$1
+    name=$2
+    shift 2
+    below=
+    for room in "$@"; do
+        below="$below $room"
+        for file in $(printf '%s\n' $sources | grep "^$base/$room/"); do
+            for to in $(sed -n "s|^#include \"$name/\([a-z_]*\)/.*\"|\1|p" "$file" | sort -u); do
+                case "$below " in
+                *" $to "*) ;;
+                *) finding "$file: includes $to, which is not below $room" ;;
+                esac
+            done
+        done
+    done
+    for room in $(printf '%s\n' $sources | sed -n "s|^$base/\([^/]*\)/.*|\1|p" | sort -u); do
+        case "$below " in
+        *" $room "*) ;;
+        *) finding "$base/$room: is no room that this check knows" ;;
+        esac
+    done
+}
+rooms tools/brevikctl brevikctl output trace files registry certificates commands
+
+# A folder holds at most 22 files.
+crowded=$(git ls-files --cached --others --exclude-standard components tools |
+    sed 's|/[^/]*$||' | sort | uniq -c | awk '$1 > 22 { print $2 }')
+for folder in $crowded; do
+    finding "$folder: holds more than 22 files"
 done
 
 # No circle among rooms, the folders below these, or among the headers of one.

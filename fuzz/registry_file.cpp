@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "brevikctl/registry/registry_writer.cpp"
 #include "platform/posix/registry_text.h"
-#include "tools/brevikctl/registry_writer.cpp"
 
 namespace {
 

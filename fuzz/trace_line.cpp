@@ -6,9 +6,11 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/posix/trace_socket.h"
-#include "tools/brevikctl/terminal.cpp"
-#include "tools/brevikctl/trace_line.cpp"
+#include "brevikctl/output/facts.cpp"
+#include "brevikctl/output/terminal.cpp"
+#include "brevikctl/output/trouble.cpp"
+#include "brevikctl/trace/trace_line.cpp"
+#include "brevikctl/trace/trace_socket.cpp"
 #include "trace/UTrace.h"
 
 namespace {

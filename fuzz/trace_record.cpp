@@ -6,9 +6,11 @@
 #include <cstring>
 #include <string>
 
+#include "brevikctl/output/facts.cpp"
+#include "brevikctl/output/terminal.cpp"
+#include "brevikctl/output/trouble.cpp"
+#include "brevikctl/trace/trace_line.cpp"
 #include "platform/posix/host_text.h"
-#include "tools/brevikctl/terminal.cpp"
-#include "tools/brevikctl/trace_line.cpp"
 
 namespace {
 

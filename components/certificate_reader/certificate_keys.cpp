@@ -46,28 +46,16 @@ char CheckDigit(std::string_view digits) {
 }  // namespace
 
 std::string HexText(const PublicKey& key) {
-    std::string text;
-    for (const unsigned char byte : key) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 0xF];
-    }
-    return text;
+    char text[kHexLength + 1];
+    return sodium_bin2hex(text, sizeof text, key.data(), key.size());
 }
 
 std::optional<PublicKey> ParsePublicKey(std::string_view text) {
-    if (text.size() != kHexLength) {
-        return std::nullopt;
-    }
     PublicKey key;
-    for (std::size_t index = 0; index < key.size(); ++index) {
-        const unsigned high = ValueOf(text[2 * index]);
-        const unsigned low = ValueOf(text[2 * index + 1]);
-        if (high > 15 || low > 15) {
-            return std::nullopt;
-        }
-        key[index] = static_cast<unsigned char>(high << 4 | low);
-    }
-    return key;
+    const bool isKey =
+        text.size() == kHexLength && sodium_hex2bin(key.data(), key.size(), text.data(),
+                                                    text.size(), nullptr, nullptr, nullptr) == 0;
+    return isKey ? std::optional(key) : std::nullopt;
 }
 
 std::string VerificationText(const VerificationKey& key) {

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "certificate_reader/certificate_file.h"
+#include "common/objects.h"
 #include "platform/component_model.h"
 
 namespace CertificateReader {
@@ -28,27 +29,19 @@ constexpr HRESULT ResultOf(CertificateFault fault) {
                : static_cast<HRESULT>(0x80040200u + static_cast<unsigned>(fault));
 }
 
-// The operations by their slots, those of IUnknown being 0 to 2.
-class IReader : public IUnknown {
+// The operations by their slots, those of IUnknown being 0 to 2. Slots 3 to 6 are where automation
+// has its calls by name, which this class does not offer.
+class IOpenFile : public Component::Reserved<Component::Unknown, 3, 4> {
   public:
-    // Slots 3 to 6 are where automation has its calls by name, which this class does not offer:
-    // each answers E_NOTIMPL and looks at nothing.
-    virtual HRESULT STDMETHODCALLTYPE CountTypes() = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetType() = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetNames() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Invoke() = 0;
-
     // Slot 7. Reads a file and tests it against a verification key, a text of 130 characters. On
     // failure there is no text, and the result says why: ResultOf a fault, or 0x80070000 and the
     // system's error number where the file cannot be read.
     virtual HRESULT STDMETHODCALLTYPE OpenFile(BSTR path, BSTR verificationKey) = 0;
+};
 
-    // Slots 8 to 10 are kept for other questions on the open file: each answers E_NOTIMPL and looks
-    // at nothing.
-    virtual HRESULT STDMETHODCALLTYPE Reserved8() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Reserved9() = 0;
-    virtual HRESULT STDMETHODCALLTYPE Reserved10() = 0;
-
+// Slots 8 to 10 are kept for other questions on the open file.
+class IReader : public Component::Reserved<IOpenFile, 8, 3> {
+  public:
     // Slot 11. The file's text, which the caller frees with SysFreeString. Without one it is null,
     // and the result is that of the last OpenFile, or E_UNEXPECTED when there was none.
     virtual HRESULT STDMETHODCALLTYPE GetText(BSTR* text) = 0;

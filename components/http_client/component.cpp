@@ -1,13 +1,12 @@
 #include <atomic>
 #include <exception>
-#include <new>
 #include <stdexcept>
 #include <thread>
 
+#include "common/objects.h"
 #include "http_client/call_log.h"
 #include "http_client/services.h"
 #include "http_client/settings.h"
-#include "platform/text.h"
 
 namespace HttpClient {
 namespace {
@@ -43,52 +42,12 @@ HRESULT Give(const Answer& answer) {
     return answer.result;
 }
 
-BSTR TextOf(const std::string& utf8) {
-    const int bytes = static_cast<int>(utf8.size());
-    const int units =
-        bytes == 0 ? 0 : MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, nullptr, 0);
-    const BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(units));
-    if (text != nullptr && units > 0) {
-        MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, text, units);
-    }
-    return text;
-}
-
-// What both classes have in common: the count of references, and the number in the log.
+// A class of the services: its objects have a number in the log.
 template <typename Interface, const IID& kInterface>
-class Object : public Interface {
-  public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (object == nullptr) {
-            return E_POINTER;
-        }
-        const bool isKnown = iid == IID_IUnknown || iid == kInterface;
-        *object = isKnown ? this : nullptr;
-        if (isKnown) {
-            AddRef();
-        }
-        return isKnown ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references_;
-        if (left == 0) {
-            LogEnd();
-            delete this;
-        }
-        return left;
-    }
-
+class Service : public Component::Object<Interface, kInterface> {
   protected:
-    explicit Object(const char* name) : name_(name) {}
-    virtual ~Object() = default;
-
-    Operation Named(int slot, const char* operation) const {
-        return {name_, number_, slot, operation};
-    }
-
-  private:
-    void LogEnd() const noexcept {
+    explicit Service(const char* name) : name_(name) {}
+    ~Service() override {
         try {
             LogCall(Named(kReleaseSlot, "Release"), {});
         } catch (const std::exception&) {
@@ -96,16 +55,28 @@ class Object : public Interface {
         }
     }
 
+    Operation Named(int slot, const char* operation) const {
+        return {name_, number_, slot, operation};
+    }
+
+    static HRESULT TakeCreation(const char* className) {
+        return Give(Take({"IClassFactory", 0, kCreateInstanceSlot, "CreateInstance"},
+                         {{"class", className}})
+                        .createInstance);
+    }
+
+  private:
     const char* name_;
     const unsigned number_ = ++objects_made;
-    std::atomic<ULONG> references_ = 1;
 };
 
-class UpdateServices final : public Object<IUpdateServices, kUpdateInterface> {
+class UpdateServices final : public Service<IUpdateServices, kUpdateInterface> {
   public:
-    static constexpr char kName[] = "UpdateServices";
+    static constexpr const CLSID& kClassId = kUpdateClass;
 
-    UpdateServices() : Object("IUpdateServices") {}
+    static HRESULT BeforeMaking() { return TakeCreation("UpdateServices"); }
+
+    UpdateServices() : Service("IUpdateServices") {}
 
     HRESULT STDMETHODCALLTYPE RunUpdate(BSTR sku, BSTR version, ULONG langId,
                                         BSTR productIdentifier) override {
@@ -140,16 +111,15 @@ class UpdateServices final : public Object<IUpdateServices, kUpdateInterface> {
                                                       {"productIdentifier", productIdentifier}})
                 .runUpdateInBackground);
     }
-
-  private:
-    ~UpdateServices() override = default;
 };
 
-class DialogServices final : public Object<IDialogServices, kDialogInterface> {
+class DialogServices final : public Service<IDialogServices, kDialogInterface> {
   public:
-    static constexpr char kName[] = "DialogServices";
+    static constexpr const CLSID& kClassId = kDialogClass;
 
-    DialogServices() : Object("IDialogServices") {}
+    static HRESULT BeforeMaking() { return TakeCreation("DialogServices"); }
+
+    DialogServices() : Service("IDialogServices") {}
 
     HRESULT STDMETHODCALLTYPE SetLocale(BSTR locale) override {
         return Give(Take(Named(20, "SetLocale"), {{"locale", locale}}).setLocale);
@@ -169,53 +139,12 @@ class DialogServices final : public Object<IDialogServices, kDialogInterface> {
         if (profileId == nullptr) {
             return E_POINTER;
         }
-        *profileId = settings.profile ? TextOf(*settings.profile) : nullptr;
+        *profileId = settings.profile
+                         ? Component::NewText(WideFromCodePage(CP_UTF8, *settings.profile))
+                         : nullptr;
         return Give(settings.getProfileId);
     }
-
-  private:
-    ~DialogServices() override = default;
 };
-
-// Lives as long as the library, whose users hold it loaded, and so counts nothing.
-template <typename Class>
-class Factory final : public IClassFactory {
-  public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const bool isKnown = iid == IID_IUnknown || iid == IID_IClassFactory;
-        *object = isKnown ? this : nullptr;
-        return isKnown ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
-        if (object == nullptr) {
-            return E_POINTER;
-        }
-        *object = nullptr;
-        if (outer != nullptr) {
-            return CLASS_E_NOAGGREGATION;
-        }
-        const Answer answer = Take({"IClassFactory", 0, kCreateInstanceSlot, "CreateInstance"},
-                                   {{"class", Class::kName}})
-                                  .createInstance;
-        if (answer.throws || answer.result != S_OK) {
-            return Give(answer);
-        }
-        auto* const made = new (std::nothrow) Class;
-        if (made == nullptr) {
-            return E_OUTOFMEMORY;
-        }
-        const HRESULT result = made->QueryInterface(iid, object);
-        made->Release();
-        return result;
-    }
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-};
-
-Factory<UpdateServices> update_factory;
-Factory<DialogServices> dialog_factory;
 
 }  // namespace
 }  // namespace HttpClient
@@ -224,13 +153,5 @@ extern "C" __attribute__((visibility("default"))) HRESULT DllGetClassObject(REFC
                                                                             REFIID iid,
                                                                             void** object) {
     using namespace HttpClient;
-    if (object == nullptr) {
-        return E_POINTER;
-    }
-    *object = nullptr;
-    if (classId == kUpdateClass) {
-        return update_factory.QueryInterface(iid, object);
-    }
-    return classId == kDialogClass ? dialog_factory.QueryInterface(iid, object)
-                                   : CLASS_E_CLASSNOTAVAILABLE;
+    return Component::FindClassObject<UpdateServices, DialogServices>(classId, iid, object);
 }

@@ -1,10 +1,10 @@
 // The two classes of the online services, as VelmarHTTPClient13.dll makes them.
 //
-// The operations stand in their slots, those of IUnknown being 0 to 2. Those that have no name here
-// belong to the real services alone: each answers E_NOTIMPL and looks at nothing. An object may be
-// called on any number of threads at once.
+// The operations stand in their slots, those of IUnknown being 0 to 2. Those between them belong to
+// the real services alone. An object may be called on any number of threads at once.
 #pragma once
 
+#include "common/objects.h"
 #include "platform/component_model.h"
 
 namespace HttpClient {
@@ -18,28 +18,19 @@ inline constexpr CLSID kDialogClass = {
 inline constexpr IID kDialogInterface = {
     0x0C01CAD3, 0x8B20, 0x4FF6, {0xA6, 0x85, 0x53, 0xEF, 0x01, 0x08, 0x24, 0xA4}};
 
-class IUpdateServices : public IUnknown {
+class IUpdateCalls : public Component::Reserved<Component::Unknown, 3, 13> {
   public:
-    virtual HRESULT STDMETHODCALLTYPE Slot3() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot4() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot5() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot6() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot7() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot8() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot9() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot10() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot11() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot12() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot13() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot14() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot15() { return E_NOTIMPL; }
+    // Slots 16 and 17.
     virtual HRESULT STDMETHODCALLTYPE RunUpdate(BSTR sku, BSTR version, ULONG langId,
                                                 BSTR productIdentifier) = 0;
     virtual HRESULT STDMETHODCALLTYPE CheckUpdateOrMessage(BSTR sku, BSTR version, ULONG langId,
                                                            VARIANT_BOOL connectToServer,
                                                            VARIANT_BOOL* available) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Slot18() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot19() { return E_NOTIMPL; }
+};
+
+class IUpdateServices : public Component::Reserved<IUpdateCalls, 18, 2> {
+  public:
+    // Slot 20.
     virtual HRESULT STDMETHODCALLTYPE RunUpdateInBackground(BSTR sku, BSTR version, ULONG langId,
                                                             BSTR productIdentifier) = 0;
 
@@ -47,30 +38,15 @@ class IUpdateServices : public IUnknown {
     ~IUpdateServices() = default;
 };
 
-class IDialogServices : public IUnknown {
+class ILocaleCall : public Component::Reserved<Component::Unknown, 3, 17> {
   public:
-    virtual HRESULT STDMETHODCALLTYPE Slot3() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot4() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot5() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot6() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot7() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot8() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot9() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot10() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot11() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot12() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot13() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot14() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot15() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot16() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot17() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot18() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot19() { return E_NOTIMPL; }
+    // Slot 20.
     virtual HRESULT STDMETHODCALLTYPE SetLocale(BSTR locale) = 0;
-    virtual HRESULT STDMETHODCALLTYPE Slot21() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot22() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot23() { return E_NOTIMPL; }
-    virtual HRESULT STDMETHODCALLTYPE Slot24() { return E_NOTIMPL; }
+};
+
+class IDialogServices : public Component::Reserved<ILocaleCall, 21, 4> {
+  public:
+    // Slots 25 and 26.
     virtual HRESULT STDMETHODCALLTYPE SetParameter(BSTR name, VARIANT value) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetProfileID(BSTR kindletUid, ULONG window,
                                                    BSTR* profileId) = 0;

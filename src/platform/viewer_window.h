@@ -1,7 +1,7 @@
 // Windows of other programs: finding one by its class, and sending it a block of data.
 //
 // Off Windows a window class is a socket of this user and this machine, which only this user can
-// open (platform/posix/trace_socket.h holds the receiving end).
+// open; the trace viewer of brevikctl is its receiving end.
 #pragma once
 
 #include "platform/errors.h"

@@ -193,14 +193,12 @@ TEST_F(Reader, AnswersAsAComponentShould) {
     EXPECT_EQ(reader_->GetText(&text), E_UNEXPECTED);
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(reader_->GetText(nullptr), E_POINTER);
-    for (const HRESULT result :
-         {reader_->CountTypes(), reader_->GetType(), reader_->GetNames(), reader_->Invoke(),
-          reader_->Reserved8(), reader_->Reserved9(), reader_->Reserved10()}) {
-        EXPECT_EQ(result, E_NOTIMPL);
-    }
     // The two operations stand in their slots.
     using Slot = HRESULT (*)(IReader*, void*);
     Slot* const slots = *reinterpret_cast<Slot**>(reader_);
+    for (const int slot : {3, 4, 5, 6, 8, 9, 10}) {
+        EXPECT_EQ(slots[slot](reader_, nullptr), E_NOTIMPL) << slot;
+    }
     EXPECT_EQ(slots[11](reader_, nullptr), E_POINTER);
     EXPECT_EQ((reinterpret_cast<HRESULT (*)(IReader*, BSTR, BSTR)>(
                   reinterpret_cast<void*>(slots[7])))(reader_, nullptr, nullptr),

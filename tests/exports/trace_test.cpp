@@ -11,7 +11,7 @@
 #include <sstream>
 #include <string>
 
-#include "platform/posix/trace_socket.h"
+#include "brevikctl/trace/trace_socket.h"
 #include "support/child_process.h"
 #include "support/test_machine.h"
 

@@ -6,13 +6,12 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "support/child_process.h"
 #include "support/installed_products.h"
 #include "support/test_machine.h"
+#include "support/tool.h"
 #include "text/StringConversions.h"
 
 namespace {
@@ -24,27 +23,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-ChildResult Tool(std::vector<std::string> words) {
-    words.insert(words.begin(), BREVIK_TEST_TOOL);
-    return RunChild(words);
-}
-
-// Output of a command that has nothing to complain about.
-std::string OutputOf(const std::vector<std::string>& words) {
-    const ChildResult result = Tool(words);
-    EXPECT_EQ(result.exitCode, 0) << result.errors;
-    EXPECT_EQ(result.errors, "") << words.front();
-    return result.output;
-}
-
-// What a command that fails says.
-std::string ErrorOf(const std::vector<std::string>& words) {
-    const ChildResult result = Tool(words);
-    EXPECT_EQ(result.exitCode, 1) << words.front();
-    return result.errors;
-}
-
-class BrevikctlCatalogue : public testing::Test {
+class BrevikctlCatalogue : public testing::Test, protected Tool {
   protected:
     void SetUp() override { RegisterReader(BREVIK_TEST_READER_COMPONENT); }
 };
@@ -57,12 +36,12 @@ TEST_F(BrevikctlCatalogue, ItemsAreThoseThatAnApplicationReads) {
     EXPECT_THAT(ErrorOf({"item", "--product", "Other", "list"}),
                 HasSubstr("no certificate has the product name 'Other'"));
     EXPECT_THAT(ErrorOf({"item", "--guid", "{One}", "none"}), HasSubstr("has no item 'none'"));
-    EXPECT_EQ(Tool({"item", "list"}).exitCode, 2);
-    EXPECT_EQ(Tool({"item", "--guid", "{One}", "--product", "Mixer", "list"}).exitCode, 2);
+    EXPECT_EQ(RunTool({"item", "list"}).exitCode, 2);
+    EXPECT_EQ(RunTool({"item", "--guid", "{One}", "--product", "Mixer", "list"}).exitCode, 2);
 }
 
 TEST_F(BrevikctlCatalogue, GuidsAreListedInTheOrderInWhichTheyMatch) {
-    EXPECT_THAT(Tool({"guids"}).errors, HasSubstr("no product is installed"));
+    EXPECT_THAT(RunTool({"guids"}).errors, HasSubstr("no product is installed"));
     Install("{B}", "C:\\b.qzc", "B, \"B \\ deluxe\"");
     PutCertificate("C:\\a.qzc", "x = y\n");
     Register("{A}", "C:\\A.qzc");
@@ -76,16 +55,16 @@ TEST_F(BrevikctlCatalogue, GuidsAreListedInTheOrderInWhichTheyMatch) {
 }
 
 TEST_F(BrevikctlCatalogue, LanguageIsChosenAsForAnApplication) {
-    EXPECT_THAT(Tool({"language", "--ids", "1031,1033"}).output, StartsWith("1033 ENU\n"));
+    EXPECT_THAT(RunTool({"language", "--ids", "1031,1033"}).output, StartsWith("1033 ENU\n"));
     Install("{G}", "C:\\g.qzc", "G");
     SetEntry("{G}", {{"Filename", "C:\\g.qzc"}, {"Language", "1036"}});
     EXPECT_EQ(OutputOf({"language", "--ids", "1031,0x040C"}), "1036 FRA\n");
     EXPECT_EQ(OutputOf({"language", "--codes", "DEU,fra"}), "1036 FRA\n");
     EXPECT_EQ(OutputOf({"language", "--codes", "DEU", "--json"}),
               "{\"id\":1031,\"code\":\"DEU\",\"installed\":1036}\n");
-    EXPECT_THAT(Tool({"language", "--codes", "DEU,xx"}).errors, HasSubstr("'xx' is no code"));
-    EXPECT_EQ(Tool({"language"}).exitCode, 2);
-    EXPECT_EQ(Tool({"language", "--ids", "65536"}).exitCode, 2);
+    EXPECT_THAT(RunTool({"language", "--codes", "DEU,xx"}).errors, HasSubstr("'xx' is no code"));
+    EXPECT_EQ(RunTool({"language"}).exitCode, 2);
+    EXPECT_EQ(RunTool({"language", "--ids", "65536"}).exitCode, 2);
 }
 
 TEST_F(BrevikctlCatalogue, DatabaseIsComparedWithTheFilesAndRebuilt) {
@@ -107,7 +86,7 @@ TEST_F(BrevikctlCatalogue, DatabaseIsComparedWithTheFilesAndRebuilt) {
     PutCertificate("C:\\1.qzc", "QDR_ProductName = Changed\n");
     PutFile("C:\\2.qzc", ForeignCertificate("QDR_ProductName = Forged\n"));
     fs::remove(HostPath("C:\\4.qzc"));
-    const ChildResult verified = Tool({"database", "verify", "--json"});
+    const ChildResult verified = RunTool({"database", "verify", "--json"});
     EXPECT_EQ(verified.exitCode, 1);
     EXPECT_EQ(verified.output,
               "{\"certificate\":\"c:\\\\1.qzc\",\"state\":\"differs\",\"reason\":"
@@ -119,7 +98,7 @@ TEST_F(BrevikctlCatalogue, DatabaseIsComparedWithTheFilesAndRebuilt) {
               "\"the file is missing\"}\n");
 
     PutCertificate("C:\\4.qzc", "QDR_ProductName = Four anew\n");
-    const ChildResult rebuilt = Tool({"database", "rebuild"});
+    const ChildResult rebuilt = RunTool({"database", "rebuild"});
     EXPECT_EQ(rebuilt.exitCode, 1);
     EXPECT_EQ(rebuilt.output, "imported: 3\n");
     EXPECT_THAT(rebuilt.errors,
@@ -130,7 +109,7 @@ TEST_F(BrevikctlCatalogue, DatabaseIsComparedWithTheFilesAndRebuilt) {
     OutputOf({"database", "verify"});
 }
 
-TEST_F(BrevikctlCatalogue, DamagedDatabaseIsToldAndRebuilt) {
+TEST_F(BrevikctlCatalogue, DamagedDatabaseIsReportedAndRebuilt) {
     Install("{1}", "C:\\1.qzc", "One", "Long = " + std::string(5000, 'x') + "\n");
     OutputOf({"guids"});
     // The end of the file is the end of the long value.
@@ -143,14 +122,16 @@ TEST_F(BrevikctlCatalogue, DamagedDatabaseIsToldAndRebuilt) {
     EXPECT_THAT(OutputOf({"database", "show"}), HasSubstr("c:\\1.qzc"));
 }
 
-TEST_F(BrevikctlCatalogue, CatalogueThatCannotBeReadIsToldWithItsPlace) {
+TEST_F(BrevikctlCatalogue, CatalogueThatCannotBeReadIsReportedWithItsPlace) {
     Install("{1}", "C:\\1.qzc", "One");
     PutFile("C:\\ProgramData\\Velmar", "a file where a folder belongs");
     for (const std::vector<std::string>& words : {std::vector<std::string>{"guids"},
                                                   {"item", "--guid", "{1}", "x"},
                                                   {"language", "--ids", "1031"},
                                                   {"certificate", "check", "{1}"}}) {
-        EXPECT_THAT(ErrorOf(words), HasSubstr("C:\\ProgramData\\Velmar\\qzc13.db")) << words[0];
+        const ChildResult result = RunTool(words);
+        EXPECT_EQ(result.exitCode, 1) << words[0];
+        EXPECT_THAT(result.errors, HasSubstr("C:\\ProgramData\\Velmar\\qzc13.db")) << words[0];
     }
 }
 
@@ -160,10 +141,9 @@ TEST_F(BrevikctlCatalogue, MissingDatabaseLibraryIsNamed) {
     std::ofstream(folder / "libsqlcipher.so.0") << "no library";
     const std::vector<std::vector<std::string>> commands = {
         {"guids"}, {"certificate", "check", "{1}"}, {"database", "rebuild"}};
-    const auto expectNamed = [&](std::vector<std::string> words) {
-        words.insert(words.begin(), BREVIK_TEST_TOOL);
-        const ChildResult result = RunChild(words, {{"LD_LIBRARY_PATH", folder.string()}});
-        EXPECT_EQ(result.exitCode, 1) << words[1];
+    const auto expectNamed = [&](const std::vector<std::string>& words) {
+        const ChildResult result = RunTool(words, {{"LD_LIBRARY_PATH", folder.string()}});
+        EXPECT_EQ(result.exitCode, 1) << words[0];
         EXPECT_THAT(result.errors, AllOf(HasSubstr("libsqlcipher.so.0 cannot be loaded"),
                                          HasSubstr("libsqlcipher0")));
     };
@@ -178,115 +158,61 @@ TEST_F(BrevikctlCatalogue, MissingDatabaseLibraryIsNamed) {
     expectNamed({"database", "verify"});
 }
 
-struct CheckCase {
-    const char* name;
-    std::function<void()> prepare;
-    std::string subject;
-    std::vector<std::string> expected;  // parts of the output
-};
-
-std::string LinkText(int number) {
-    return "CertReferencePath = C:\\link" + std::to_string(number) + ".qzc\n";
-}
-
-const CheckCase kAbsent[] = {
-    {"unknown GUID", [] {}, "{none}", {"the registry has no key of this GUID"}},
-    {"entry without a path",
-     [] {
-         SetEntry("{G}", {{"Language", "1031"}});
-     },
-     "{G}",
-     {"has no value Filename", "certificate install"}},
-    {"entry with a path that is too long",
-     [] { Register("{G}", "C:\\" + std::string(300, 'x')); },
-     "{G}",
-     {"has no value Filename that is a text of at most 259 characters"}},
-    {"missing file", [] { Register("{G}", "C:\\g.qzc"); }, "{G}", {"the file is missing"}},
-    {"no path", [] { Register("{G}", "C:\\a|b.qzc"); }, "{G}", {"its path cannot be used"}},
-    {"file without an entry",
-     [] { PutCertificate("C:\\g.qzc", "x = y\n"); },
-     "C:\\G.qzc",
-     {"no registry entry names this file", "certificate install"}},
-    {"another key",
-     [] { PutFile("C:\\g.qzc", ForeignCertificate("x = y\n")); },
-     "C:\\g.qzc",
-     {"no registry entry", "it was changed, or signed with another key", "certificate sign"}},
-    {"cut",
-     [] {
-         PutFile("C:\\g.qzc", SignedCertificate("x = y\n").substr(0, 60));
-         Register("{G}", "C:\\g.qzc");
-     },
-     "{G}",
-     {"it is cut short"}},
-    {"no certificate",
-     [] {
-         PutFile("C:\\g.qzc", "QDR_ProductName = plain\n");
-         Register("{G}", "C:\\g.qzc");
-     },
-     "{G}",
-     {"it is no certificate file"}},
-    {"apostrophe in a value",
-     [] { Install("{G}", "C:\\g.qzc", "G", "Good = '); DROP TABLE CertificateData; --\n"); },
-     "{G}",
-     {"its field 'Good' holds an apostrophe", "U+2019"}},
-    {"apostrophe in the path",
-     [] { Install("{G}", "C:\\it's.qzc", "G"); },
-     "{G}",
-     {"its path holds an apostrophe"}},
-    {"no fields",
-     [] {
-         PutCertificate("C:\\g.qzc", "no equals sign\n");
-         Register("{G}", "C:\\g.qzc");
-     },
-     "{G}",
-     {"its text has no fields"}},
-    {"pointer to nothing",
-     [] {
-         PutCertificate("C:\\g.qzc", LinkText(1));
-         Register("{G}", "C:\\g.qzc");
-     },
-     "{G}",
-     {"it points to 'C:\\link1.qzc': the file is missing"}},
-    {"pointer to itself",
-     [] {
-         PutCertificate("C:\\link1.qzc", LinkText(1));
-         Register("{G}", "C:\\link1.qzc");
-     },
-     "{G}",
-     {"it points to 'C:\\link1.qzc', which points back"}},
-    {"long chain",
-     [] {
-         for (int number = 0; number < 18; ++number) {
-             PutCertificate("C:\\link" + std::to_string(number) + ".qzc", LinkText(number + 1));
-         }
-         Register("{G}", "C:\\link0.qzc");
-     },
-     "{G}",
-     {"more than 16 certificates"}},
-    {"folder",
-     [] {
-         fs::create_directories(HostPath("C:\\g.qzc"));
-         Register("{G}", "C:\\g.qzc");
-     },
-     "{G}",
-     {"it cannot be read"}},
-};
-
-TEST_F(BrevikctlCatalogue, CheckTellsWhyACertificateIsNotThere) {
-    for (const CheckCase& row : kAbsent) {
-        SetUp();
-        row.prepare();
-        const ChildResult result = Tool({"certificate", "check", row.subject});
-        EXPECT_EQ(result.exitCode, 1) << row.name;
-        EXPECT_THAT(result.output, HasSubstr(": not in the catalogue\n")) << row.name;
+TEST_F(BrevikctlCatalogue, CheckSaysWhyACertificateIsNotThere) {
+    const auto pointTo = [](const std::string& name) {
+        return "CertReferencePath = C:\\" + name + ".qzc\n";
+    };
+    const auto put = [](const std::string& name, const std::string& bytes) {
+        PutFile("C:\\" + name + ".qzc", bytes);
+        Register("{" + name + "}", "C:\\" + name + ".qzc");
+    };
+    SetEntry("{pathless}", {{"Language", "1031"}});
+    Register("{long}", "C:\\" + std::string(300, 'x'));
+    Register("{missing}", "C:\\missing.qzc");
+    Register("{odd}", "C:\\a|b.qzc");
+    PutCertificate("C:\\unregistered.qzc", "x = y\n");
+    PutFile("C:\\foreign.qzc", ForeignCertificate("x = y\n"));
+    put("cut", SignedCertificate("x = y\n").substr(0, 60));
+    put("plain", "QDR_ProductName = plain\n");
+    put("value", SignedCertificate("Good = '); DROP TABLE CertificateData; --\n"));
+    put("it's", SignedCertificate("x = y\n"));
+    put("fieldless", SignedCertificate("no equals sign\n"));
+    put("lost", SignedCertificate(pointTo("nothing")));
+    put("self", SignedCertificate(pointTo("self")));
+    for (int link = 0; link < 18; ++link) {
+        put("link" + std::to_string(link),
+            SignedCertificate(pointTo("link" + std::to_string(link + 1))));
+    }
+    fs::create_directories(HostPath("C:\\folder.qzc"));
+    Register("{folder}", "C:\\folder.qzc");
+    const struct {
+        const char* subject;
+        std::vector<std::string> expected;  // parts of the output
+    } cases[] = {
+        {"{none}", {"the registry has no key of this GUID"}},
+        {"{pathless}", {"has no value Filename", "certificate install"}},
+        {"{long}", {"has no value Filename that is a text of at most 259 characters"}},
+        {"{missing}", {"the file is missing"}},
+        {"{odd}", {"its path cannot be used"}},
+        {"C:\\Unregistered.qzc", {"no registry entry names this file", "certificate install"}},
+        {"C:\\foreign.qzc",
+         {"no registry entry", "it was changed, or signed with another key", "certificate sign"}},
+        {"{cut}", {"it is cut short"}},
+        {"{plain}", {"it is no certificate file"}},
+        {"{value}", {"its field 'Good' holds an apostrophe", "U+2019"}},
+        {"{it's}", {"its path holds an apostrophe"}},
+        {"{fieldless}", {"its text has no fields"}},
+        {"{lost}", {"it points to 'C:\\nothing.qzc': the file is missing"}},
+        {"{self}", {"it points to 'C:\\self.qzc', which points back"}},
+        {"{link0}", {"more than 16 certificates"}},
+        {"{folder}", {"it cannot be read"}},
+    };
+    for (const auto& row : cases) {
+        const ChildResult result = RunTool({"certificate", "check", row.subject});
+        EXPECT_EQ(result.exitCode, 1) << row.subject;
+        EXPECT_THAT(result.output, HasSubstr(": not in the catalogue\n")) << row.subject;
         for (const std::string& part : row.expected) {
-            EXPECT_THAT(result.output, HasSubstr(part)) << row.name;
-        }
-        RemoveEntry("{G}");
-        for (const fs::directory_entry& entry : fs::directory_iterator(HostPath("C:\\"))) {
-            if (entry.path().extension() == ".qzc") {
-                fs::remove_all(entry.path());
-            }
+            EXPECT_THAT(result.output, HasSubstr(part)) << row.subject;
         }
     }
 }
@@ -296,11 +222,11 @@ TEST_F(BrevikctlCatalogue, CheckOfAMachineWithoutAReader) {
         "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\CLSID\\{91C11C22-4B99-439F-90A6-A0F3758E1717}]"
         "\n");
     Install("{G}", "C:\\g.qzc", "G");
-    EXPECT_THAT(Tool({"certificate", "check", "{G}"}).output,
+    EXPECT_THAT(RunTool({"certificate", "check", "{G}"}).output,
                 AllOf(HasSubstr("no certificate reader"), HasSubstr("brevikctl machine create")));
 }
 
-TEST_F(BrevikctlCatalogue, CheckTellsWhatIsOddAboutACertificateThatIsThere) {
+TEST_F(BrevikctlCatalogue, CheckSaysWhatIsOddAboutACertificateThatIsThere) {
     Install("{A}", "C:\\a.qzc", "Mixer");
     EXPECT_EQ(OutputOf({"certificate", "check", "{A}"}), "c:\\a.qzc: in the catalogue\n");
     EXPECT_EQ(OutputOf({"certificate", "check", HostPath("C:\\a.qzc")}),
@@ -336,7 +262,7 @@ TEST_F(BrevikctlCatalogue, CheckTellsWhatIsOddAboutACertificateThatIsThere) {
     Register("{O}", "C:\\Odd\\\\o.qzc");
     const std::string odd = "its path 'c:\\odd\\\\o.qzc' names no file";
     EXPECT_THAT(AsciiToLower(OutputOf({"certificate", "check", "{O}"})), HasSubstr(odd));
-    EXPECT_THAT(Tool({"database", "rebuild"}).errors, HasSubstr("warning: " + odd));
+    EXPECT_THAT(RunTool({"database", "rebuild"}).errors, HasSubstr("warning: " + odd));
 }
 
 }  // namespace

@@ -9,10 +9,10 @@
 #include "catalogue/VerificationKey.h"
 #include "catalogue/records/SQLCertificate.h"
 #include "modules/SmartComInitializer.h"
-#include "support/child_process.h"
 #include "support/drive_files.h"
 #include "support/registry_machine.h"
 #include "support/test_machine.h"
+#include "support/tool.h"
 
 namespace {
 
@@ -25,46 +25,26 @@ using testing::StartsWith;
 const std::string kKey = BREVIK_TEST_KEYS "/DEVELOPMENT-ONLY-private-key.txt";
 const std::string kNextKey = BREVIK_TEST_KEYS "/DEVELOPMENT-ONLY-next-private-key.txt";
 
-class BrevikctlCertificate : public RegistryMachine {
+class BrevikctlCertificate : public RegistryMachine, protected Tool {
   protected:
+    BrevikctlCertificate() : Tool({"certificate"}) {}
+
     void SetUp() override {
         RegistryMachine::SetUp();
         folder_ = NewFolder("App");
         WriteHostFile(folder_ / "product.exe");
-        ASSERT_EQ(RunChild({BREVIK_TEST_TOOL, "machine", "create"}).exitCode, 0);
-    }
-
-    static ChildResult Run(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {BREVIK_TEST_TOOL, "certificate"});
-        return RunChild(arguments);
-    }
-
-    // The output of a command that has nothing to complain about.
-    static std::string OutputOf(const std::vector<std::string>& arguments) {
-        const ChildResult result = Run(arguments);
-        EXPECT_EQ(result.exitCode, 0) << result.errors;
-        EXPECT_EQ(result.errors, "") << arguments.front();
-        return result.output;
-    }
-
-    // What a command that fails says; it leaves the registry as it was.
-    static std::string ErrorOf(const std::vector<std::string>& arguments) {
-        const std::string before = ReadRegistry();
-        const ChildResult result = Run(arguments);
-        EXPECT_EQ(result.exitCode, 1) << arguments.front();
-        EXPECT_EQ(ReadRegistry(), before) << arguments.front();
-        EXPECT_THAT(result.errors, StartsWith("brevikctl: "));
-        return result.errors;
+        ASSERT_EQ(Tool().RunTool({"machine", "create"}).exitCode, 0);
     }
 
     static fs::path Scratch(const std::string& name) { return TestMachine::ScratchFolder() / name; }
 
     // A signed certificate file in the scratch folder.
-    static std::string Signed(const std::string& name, const std::string& text,
-                              const std::string& key = kKey) {
+    std::string Signed(const std::string& name, const std::string& text,
+                       const std::string& key = kKey) const {
         WriteHostFile(Scratch(name + ".txt"), text);
         const fs::path file = Scratch(name + ".qzc");
-        const ChildResult result = Run({"sign", Scratch(name + ".txt"), "-o", file, "--key", key});
+        const ChildResult result =
+            RunTool({"sign", Scratch(name + ".txt"), "-o", file, "--key", key});
         EXPECT_EQ(result.exitCode, 0) << result.errors;
         return file.string();
     }
@@ -116,7 +96,7 @@ TEST_F(BrevikctlCertificate, SignedInstalledAndRemoved) {
     OutputOf({"remove", "{abc-1}", "--file"});
     EXPECT_FALSE(fs::exists(folder_ / "one.qzc"));
     OutputOf({"remove", "{ABC-2}"});
-    EXPECT_EQ(Run({"list"}).errors, "brevikctl: no certificates are installed\n");
+    EXPECT_EQ(RunTool({"list"}).errors, "brevikctl: no certificates are installed\n");
     EXPECT_THAT(ErrorOf({"remove", "{ABC-1}"}), HasSubstr("certificate list"));
 }
 
@@ -161,7 +141,7 @@ TEST_F(BrevikctlCertificate, NothingIsInstalledThatTheLibraryWouldNotFind) {
         {{foreign, "--language", "1031"}, "it was changed, or signed with another key"},
         {{Scratch("good.txt").string(), "--language", "1031"}, "it is no certificate file"},
         {{"C:\\none.qzc", "--language", "1031"}, "no file"},
-        {{nameless, "--language", "1031"}, "--guid tells it"},
+        {{nameless, "--language", "1031"}, "--guid gives it"},
         {{good, "--language", "1600"}, "1600 is no language"},
         {{good, "--language", "66567"}, "66567 is no language"},
         {{good, "--language", "1031", "--guid", "a\\b"}, "is no GUID"},
@@ -177,9 +157,9 @@ TEST_F(BrevikctlCertificate, NothingIsInstalledThatTheLibraryWouldNotFind) {
     }
     EXPECT_TRUE(fs::is_empty(folder_ / "it's"));
     EXPECT_TRUE(fs::is_empty(folder_ / deep));
-    EXPECT_EQ(Run({"install", good}).exitCode, 2);
+    EXPECT_EQ(RunTool({"install", good}).exitCode, 2);
 
-    const ChildResult bad = Run({"show", Scratch("changed.qzc").string(), "--json"});
+    const ChildResult bad = RunTool({"show", Scratch("changed.qzc").string(), "--json"});
     EXPECT_EQ(bad.exitCode, 1);
     EXPECT_THAT(bad.output,
                 AllOf(HasSubstr("\"good\":false,\"state\":\"it was changed"),
@@ -231,7 +211,7 @@ TEST_F(BrevikctlCertificate, ATextThatCannotBeACertificateIsNotSigned) {
     }
     WriteHostFile(Scratch("bare.txt"), "\xEF\xBB\xBFSKUName = x\n");
     const ChildResult bare =
-        Run({"sign", Scratch("bare.txt").string(), "-o", target, "--key", kKey});
+        RunTool({"sign", Scratch("bare.txt").string(), "-o", target, "--key", kKey});
     EXPECT_EQ(bare.exitCode, 0);
     EXPECT_THAT(bare.errors, AllOf(HasSubstr("without QDR_ProductName"), HasSubstr("--guid")));
     EXPECT_EQ(OutputOf({"show", target}), "good, 1 values\nSKUName = x\n");
@@ -264,7 +244,7 @@ TEST_F(BrevikctlCertificate, KeysFollowOneAnother) {
         for (std::size_t signer = 0; signer < 3; ++signer) {
             const std::string file = Signed("k", ProductText("K", "{K}"), keys[signer]);
             const bool isKnown = signer == text || signer + 1 == text;
-            EXPECT_EQ(Run({"show", file, "--verification-key", texts[text]}).exitCode,
+            EXPECT_EQ(RunTool({"show", file, "--verification-key", texts[text]}).exitCode,
                       isKnown ? 0 : 1)
                 << text << signer;
         }

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "support/child_process.h"
 #include "support/stand_in.h"
+#include "support/tool.h"
 #include "support/updatable_product.h"
 
 namespace {
@@ -17,30 +17,9 @@ using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 
-class BrevikctlDispatch : public testing::Test {
+class BrevikctlDispatch : public testing::Test, protected Tool {
   protected:
     void SetUp() override { RegisterReader(BREVIK_TEST_READER_COMPONENT); }
-
-    static ChildResult Tool(std::vector<std::string> words) {
-        words.insert(words.begin(), BREVIK_TEST_TOOL);
-        return RunChild(words);
-    }
-
-    // Output of a command that has nothing to complain about.
-    static std::string OutputOf(const std::vector<std::string>& words) {
-        const ChildResult result = Tool(words);
-        EXPECT_EQ(result.exitCode, 0) << result.errors;
-        EXPECT_EQ(result.errors, "") << words.front();
-        return result.output;
-    }
-
-    // What a command that fails says, with nothing on standard output.
-    static std::string ErrorOf(const std::vector<std::string>& words) {
-        const ChildResult result = Tool(words);
-        EXPECT_EQ(result.exitCode, 1) << words.front();
-        EXPECT_EQ(result.output, "");
-        return result.errors;
-    }
 };
 
 TEST_F(BrevikctlDispatch, UpdateReachesTheService) {
@@ -53,7 +32,7 @@ TEST_F(BrevikctlDispatch, UpdateReachesTheService) {
     EXPECT_THAT(sibling.Take()[1], AllOf(HasSubstr("\"slot\":20"), HasSubstr("\"langId\":1033")));
     sibling.Set("RunUpdate = 1");
     EXPECT_THAT(ErrorOf({"update", "Mixer"}), HasSubstr("status 4: the update service answered"));
-    EXPECT_EQ(Tool({"update", "Mixer", "--check", "--background"}).exitCode, 2);
+    EXPECT_EQ(RunTool({"update", "Mixer", "--check", "--background"}).exitCode, 2);
 }
 
 TEST_F(BrevikctlDispatch, CheckAnswersAvailableOrNot) {
@@ -65,7 +44,7 @@ TEST_F(BrevikctlDispatch, CheckAnswersAvailableOrNot) {
     EXPECT_EQ(OutputOf({"update", "--check", "Mixer"}), "not available\n");
     EXPECT_EQ(OutputOf({"update", "--check", "Mixer", "--json"}),
               "{\"product\":\"Mixer\",\"status\":4,\"available\":false}\n");
-    const ChildResult none = Tool({"update", "--check", "None"});
+    const ChildResult none = RunTool({"update", "--check", "None"});
     EXPECT_EQ(none.output, "not available\n");
     EXPECT_EQ(none.exitCode, 0);
     EXPECT_THAT(none.errors, HasSubstr("no certificate has the product name 'None'"));
@@ -86,18 +65,18 @@ TEST_F(BrevikctlDispatch, WhyThereIsNoUpdateIsSaid) {
 TEST_F(BrevikctlDispatch, WithoutAServiceTheAnswerIsThatOfAnApplicationWithAHint) {
     UpdatableProduct::Install();
     for (const char* word : {"--json", "--check"}) {
-        const ChildResult result = Tool({"update", "Mixer", word, "--locale", "xyz"});
+        const ChildResult result = RunTool({"update", "Mixer", word, "--locale", "xyz"});
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_THAT(result.errors, AllOf(HasSubstr("'xyz' is no code of the suite"),
                                          HasSubstr("nothing was told"), HasSubstr("DllShared")));
     }
-    EXPECT_EQ(Tool({"update", "Mixer", "--json"}).output,
+    EXPECT_EQ(RunTool({"update", "Mixer", "--json"}).output,
               "{\"product\":\"Mixer\",\"status\":0,\"service\":false}\n");
-    EXPECT_EQ(Tool({"update", "Mixer"}).output, "");
+    EXPECT_EQ(RunTool({"update", "Mixer"}).output, "");
     EXPECT_THAT(ErrorOf({"profile", "u"}), AllOf(HasSubstr("result 2"), HasSubstr("DllShared")));
     StandIn sibling;
     sibling.Set("CreateInstance = 0x80040154");
-    EXPECT_THAT(Tool({"update", "Mixer"}).errors, HasSubstr("makes no object"));
+    EXPECT_THAT(RunTool({"update", "Mixer"}).errors, HasSubstr("makes no object"));
 }
 
 TEST_F(BrevikctlDispatch, ProfileIsPrinted) {
@@ -107,12 +86,12 @@ TEST_F(BrevikctlDispatch, ProfileIsPrinted) {
     EXPECT_THAT(lines[1], HasSubstr("\"locale\":\"fra\""));
     EXPECT_THAT(lines[4], HasSubstr("\"kindletUID\":\"user\",\"window\":0"));
     sibling.Set("profile = P\nGetProfileID = 1");
-    const ChildResult one = Tool({"profile", "user", "--json"});
+    const ChildResult one = RunTool({"profile", "user", "--json"});
     EXPECT_EQ(one.output, "{\"uid\":\"user\",\"result\":1,\"profile\":\"P\"}\n");
     EXPECT_EQ(one.exitCode, 1);
     EXPECT_THAT(one.errors, HasSubstr("result 1: the service answered 1"));
     sibling.Set("profile =");
-    EXPECT_EQ(Tool({"profile", "user", "--json"}).output,
+    EXPECT_EQ(RunTool({"profile", "user", "--json"}).output,
               "{\"uid\":\"user\",\"result\":2,\"profile\":null}\n");
     EXPECT_THAT(ErrorOf({"profile", "user"}), HasSubstr("gave no profile"));
 }

@@ -8,15 +8,16 @@
 #include <vector>
 
 #include "platform/posix/cookie_file.h"
-#include "support/child_process.h"
 #include "support/drive_files.h"
 #include "support/installed_products.h"
 #include "support/registry_machine.h"
 #include "support/test_machine.h"
+#include "support/tool.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using namespace InstalledProducts;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -56,7 +57,7 @@ const Fault kFaults[] = {
     {"the reader's file is none",
      [] {
          WriteHostFile(DriveC() / "reader.so", "x");
-         InstalledProducts::RegisterReader(DriveC() / "reader.so");
+         RegisterReader(DriveC() / "reader.so");
      },
      "certificate reader", "cannot be loaded (0x", "machine create"},
     {"a damaged database", [] { WriteHostFile(Database(), std::string(8192, 'x')); }, "database",
@@ -75,35 +76,34 @@ const Fault kFaults[] = {
      "Velmar' of user ", "chmod 1777"},
     {"a database that is shut", [] { fs::permissions(Database(), fs::perms(0600)); }, "database",
      "has the mode 0600", "chmod 0666"},
-    {"a missing certificate", [] { fs::remove(InstalledProducts::HostPath(kCertificate)); },
-     "certificates", "the file is missing", "certificate remove"},
+    {"a missing certificate", [] { fs::remove(HostPath(kCertificate)); }, "certificates",
+     "the file is missing", "certificate remove"},
     {"a certificate that nobody has signed",
-     [] { InstalledProducts::PutFile(kCertificate, InstalledProducts::ForeignCertificate(kText)); },
-     "certificates", "'{G}'", "certificate sign"},
+     [] { PutFile(kCertificate, ForeignCertificate(kText)); }, "certificates", "'{G}'",
+     "certificate sign"},
     {"a certificate with another text than the database",
-     [] { InstalledProducts::PutCertificate(kCertificate, "QDR_ProductName = Two\n"); },
-     "certificates", "the database says something else", "database rebuild"},
+     [] { PutCertificate(kCertificate, "QDR_ProductName = Two\n"); }, "certificates",
+     "the database says something else", "database rebuild"},
     {"a language that is none",
      [] {
-         InstalledProducts::SetEntry("{G}", {{"Filename", kCertificate}, {"Language", "de"}});
+         SetEntry("{G}", {{"Filename", kCertificate}, {"Language", "de"}});
      },
      "certificates", "its language 'de'", "--language"},
     {"an entry with an odd path",
      [] {
-         InstalledProducts::SetEntry("{G}",
-                                     {{"Filename", "C:\\App\\\\one.qzc"}, {"Language", "1031"}});
+         SetEntry("{G}", {{"Filename", "C:\\App\\\\one.qzc"}, {"Language", "1031"}});
      },
      "certificates", "'{G}': its path 'C:\\\\App\\\\\\\\one.qzc' names no file",
      "certificate install"},
     {"an entry without a file",
      [] {
-         InstalledProducts::SetEntry("{H}", {{"Language", "1031"}});
+         SetEntry("{H}", {{"Language", "1031"}});
      },
      "certificates", "'{H}': its registry key names no file", "certificate install"},
     {"rows of a certificate that went without its entry",
      [] {
-         fs::remove(InstalledProducts::HostPath(kCertificate));
-         InstalledProducts::RemoveEntry("{G}");
+         fs::remove(HostPath(kCertificate));
+         RemoveEntry("{G}");
      },
      "certificates", "still answers for 'c:\\\\app\\\\one.qzc'", "database rebuild"},
     {"no sibling library", [] { fs::remove(Sibling()); }, "sibling library",
@@ -113,12 +113,11 @@ const Fault kFaults[] = {
     {"another library under the sibling's name beside a product",
      [] { fs::copy(BREVIK_TEST_PLAIN_LIBRARY, DriveC() / "App/VelmarHTTPClient13.dll"); },
      "sibling library", "makes no objects", "another library"},
-    {"a folder in place of the cookie store",
-     [] { fs::create_directories(brevik::platform::CookieFilePath()); }, "cookie store",
-     "cannot be read: error 5", "plain file"},
+    {"a folder in place of the cookie store", [] { fs::create_directories(CookieFilePath()); },
+     "cookie store", "cannot be read: error 5", "plain file"},
     {"a link in place of the user's folder",
      [] {
-         const fs::path folder = fs::path(brevik::platform::CookieFilePath()).parent_path();
+         const fs::path folder = fs::path(CookieFilePath()).parent_path();
          setenv("XDG_DATA_HOME", TestMachine::ScratchFolder().c_str(), 1);
          fs::remove_all(folder);
          fs::create_directory_symlink("/", folder);
@@ -126,7 +125,7 @@ const Fault kFaults[] = {
      "cookie store", "is a link or somebody else's", "move your cookies"},
 };
 
-class BrevikctlDoctor : public RegistryMachine {
+class BrevikctlDoctor : public RegistryMachine, protected Tool {
   protected:
     // A machine that is well, with a product that has been asked for.
     void SetUp() override {
@@ -134,28 +133,21 @@ class BrevikctlDoctor : public RegistryMachine {
         fs::create_directories(Sibling().parent_path());
         fs::copy(BREVIK_TEST_COMPONENT, Sibling(), fs::copy_options::overwrite_existing);
         WriteRegistry("");
-        InstalledProducts::RegisterReader(BREVIK_TEST_READER_COMPONENT);
-        InstalledProducts::PutCertificate(kCertificate, kText);
-        InstalledProducts::SetEntry("{G}", {{"Filename", kCertificate}, {"Language", "1031"}});
-        ASSERT_EQ(RunChild({BREVIK_TEST_TOOL, "item", "--guid", "{G}", "QDR_ProductName"}).output,
-                  "One\n");
-    }
-
-    static ChildResult Run(const std::vector<std::string>& options = {}) {
-        std::vector<std::string> command = {BREVIK_TEST_TOOL, "doctor"};
-        command.insert(command.end(), options.begin(), options.end());
-        return RunChild(command);
+        RegisterReader(BREVIK_TEST_READER_COMPONENT);
+        PutCertificate(kCertificate, kText);
+        SetEntry("{G}", {{"Filename", kCertificate}, {"Language", "1031"}});
+        ASSERT_EQ(RunTool({"item", "--guid", "{G}", "QDR_ProductName"}).output, "One\n");
     }
 };
 
 TEST_F(BrevikctlDoctor, FindsNothingInAMachineThatIsWell) {
-    const ChildResult result = Run();
+    const ChildResult result = RunTool({"doctor"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_THAT(result.output, HasSubstr("good      cookie store\n"));
     EXPECT_THAT(result.output, Not(HasSubstr("wrong")));
     EXPECT_THAT(result.output, HasSubstr("note      built with a development key"));
-    EXPECT_THAT(Run({"--json"}).output,
+    EXPECT_THAT(RunTool({"doctor", "--json"}).output,
                 HasSubstr("\"good\":true,\"note\":\"built with a development key"));
 }
 
@@ -164,7 +156,7 @@ class BrevikctlDoctorFault : public BrevikctlDoctor, public testing::WithParamIn
 TEST_P(BrevikctlDoctorFault, IsFoundAndNamed) {
     const Fault& fault = GetParam();
     fault.plant();
-    const std::string output = Run({"--json"}).output;
+    const std::string output = RunTool({"doctor", "--json"}).output;
     const std::string wrong = "{\"check\":\"" + std::string(fault.check) + "\",\"state\":\"wrong\"";
     ASSERT_THAT(output, HasSubstr(wrong));
     const std::string said = output.substr(output.find(wrong));
@@ -173,7 +165,7 @@ TEST_P(BrevikctlDoctorFault, IsFoundAndNamed) {
     // Nothing else is named.
     EXPECT_THAT(said.substr(wrong.size()), Not(HasSubstr("wrong")));
     EXPECT_THAT(output.substr(0, output.find(wrong)), Not(HasSubstr("wrong")));
-    EXPECT_EQ(Run().exitCode, 1);
+    EXPECT_EQ(RunTool({"doctor"}).exitCode, 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Planted, BrevikctlDoctorFault, testing::ValuesIn(kFaults));
@@ -182,20 +174,19 @@ TEST_F(BrevikctlDoctor, MachineCreateOpensTheDatabaseToEveryUserAndFollowsNoLink
     const fs::path folder = Database().parent_path();
     fs::permissions(folder, fs::perms(0700));
     fs::permissions(Database(), fs::perms(0600));
-    EXPECT_EQ(RunChild({BREVIK_TEST_TOOL, "machine", "create"}).exitCode, 0);
-    EXPECT_EQ(Run().exitCode, 0);
+    EXPECT_EQ(RunTool({"machine", "create"}).exitCode, 0);
+    EXPECT_EQ(RunTool({"doctor"}).exitCode, 0);
     fs::rename(folder, DriveC() / "elsewhere");
     fs::permissions(DriveC() / "elsewhere", fs::perms(0700));
     fs::create_symlink(DriveC() / "elsewhere", folder);
-    EXPECT_THAT(RunChild({BREVIK_TEST_TOOL, "machine", "create"}).errors,
-                HasSubstr("brevikctl doctor says why"));
+    EXPECT_THAT(RunTool({"machine", "create"}).errors, HasSubstr("brevikctl doctor says why"));
     EXPECT_EQ(fs::status(DriveC() / "elsewhere").permissions(), fs::perms(0700));
 }
 
 TEST_F(BrevikctlDoctor, FindsAMachineThatCannotBeMade) {
     WriteHostFile(TestMachine::ScratchFolder() / "file", "x");
-    const ChildResult result = RunChild(
-        {BREVIK_TEST_TOOL, "doctor"}, {{"BREVIK_MACHINE", TestMachine::ScratchFolder() / "file"}});
+    const ChildResult result =
+        RunTool({"doctor"}, {{"BREVIK_MACHINE", TestMachine::ScratchFolder() / "file"}});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.output, HasSubstr("cannot be made\n            Let yourself write there"));
     EXPECT_THAT(result.output, HasSubstr("untested  registry\n"));

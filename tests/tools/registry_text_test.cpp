@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "brevikctl/registry_writer.h"
+#include "brevikctl/registry/registry_writer.h"
 #include "platform/posix/host_text.h"
 #include "platform/posix/registry_text.h"
 #include "support/registry_machine.h"

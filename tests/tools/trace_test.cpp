@@ -1,8 +1,5 @@
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <pty.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,10 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/scoped_descriptor.h"
 #include "platform/viewer_window.h"
-#include "support/child_process.h"
 #include "support/test_machine.h"
+#include "support/tool.h"
 #include "trace/TraceRecord.h"
 
 namespace {
@@ -60,10 +56,6 @@ class Viewer : public ChildProcess {
         EXPECT_EQ(ReadLine(), Waiting());
     }
 };
-
-ChildResult RunViewer() {
-    return RunChild({BREVIK_TEST_TOOL, "trace"});
-}
 
 bool IsSocketLeft() {
     for (const auto& entry :
@@ -137,7 +129,7 @@ TEST(BrevikctlTrace, JsonIsAlwaysWellFormed) {
                                             "\",\"text\":\"" + replaced + "\"}"));
 }
 
-TEST(BrevikctlTrace, MalformedPacketsAreToldAndSkipped) {
+TEST(BrevikctlTrace, MalformedPacketsAreReportedAndSkipped) {
     Viewer viewer;
     const HWND window = FindWindowW(UTrace::kViewerClass, nullptr);
     const auto spoil = [window](auto change) {
@@ -189,7 +181,7 @@ TEST(BrevikctlTrace, TakesTheSendersOfItsMachine) {
 TEST(BrevikctlTrace, OneViewerAtATimeAndTheNextTakesOver) {
     {
         Viewer killed;
-        const ChildResult second = RunViewer();
+        const ChildResult second = Tool().RunTool({"trace"});
         EXPECT_EQ(second.exitCode, 1);
         EXPECT_THAT(second.errors, HasSubstr("already running"));
         EXPECT_EQ(second.output, "");
@@ -201,16 +193,6 @@ TEST(BrevikctlTrace, OneViewerAtATimeAndTheNextTakesOver) {
     Viewer next;
     EXPECT_EQ(Send(MakeRecord(1, "client", "hello")), TRUE);
     EXPECT_THAT(next.ReadLine(), EndsWith("hello"));
-}
-
-TEST(BrevikctlTrace, RefusesAFolderOpenToOthers) {
-    const std::filesystem::path folder = TestMachine::RuntimeFolder() / "brevikconfig";
-    std::filesystem::create_directory(folder);
-    chmod(folder.c_str(), 0750);
-    unsetenv("HOME");
-    const ChildResult result = RunViewer();
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(result.errors, HasSubstr("chmod 700 " + folder.string()));
 }
 
 TEST(BrevikctlTrace, AClosedOutputEndsItQuietly) {
@@ -228,29 +210,13 @@ TEST(BrevikctlTrace, AClosedOutputEndsItQuietly) {
 }
 
 TEST(BrevikctlTrace, NothingOfARecordSteersTheTerminal) {
+    setenv("TERM", "xterm", 1);
     const auto show = [](const char* noColor, const TraceRecord& record) {
-        int primary = -1;
-        const pid_t child = forkpty(&primary, nullptr, nullptr, nullptr);
-        if (child == 0) {
-            setenv("TERM", "xterm", 1);
-            setenv("NO_COLOR", noColor, 1);
-            execl(BREVIK_TEST_TOOL, "brevikctl", "trace", nullptr);
-            _exit(127);
-        }
-        const ScopedDescriptor terminal(primary);
-        std::string shown;
-        const auto readLine = [&] {
-            shown.clear();
-            for (char byte = 0; byte != '\n' && read(primary, &byte, 1) == 1;) {
-                shown += byte;
-            }
-        };
-        readLine();
+        setenv("NO_COLOR", noColor, 1);
+        const ToolOnTerminal tool({"trace"});
+        tool.ReadLine();
         Send(record);
-        readLine();
-        kill(child, SIGTERM);
-        waitpid(child, nullptr, 0);
-        return shown;
+        return tool.ReadLine();
     };
     const TraceRecord record = MakeRecord(1, "a\nb",
                                           "\x1b]0;title\x07\r\xC2\x9B"
@@ -262,17 +228,15 @@ TEST(BrevikctlTrace, NothingOfARecordSteersTheTerminal) {
 }
 
 TEST(Brevikctl, TellsWhatItCanDo) {
-    const ChildResult help = RunChild({BREVIK_TEST_TOOL, "--help"});
+    const ChildResult help = Tool().RunTool({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_THAT(help.output, AllOf(HasSubstr("trace"), HasSubstr("Exit codes: 0 ")));
     EXPECT_THAT(
-        RunChild({BREVIK_TEST_TOOL, "--version"}).output,
+        Tool().RunTool({"--version"}).output,
         MatchesRegex("brevikctl [0-9]+\\.[0-9]+\\.[0-9]+\nbuilt with a development key.*\n"));
     for (const std::vector<std::string>& misuse :
          {std::vector<std::string>{}, {"trac"}, {"trace", "--level", "high"}, {"trace", "more"}}) {
-        std::vector<std::string> command = {BREVIK_TEST_TOOL};
-        command.insert(command.end(), misuse.begin(), misuse.end());
-        const ChildResult result = RunChild(command);
+        const ChildResult result = Tool().RunTool(misuse);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.output, "");
         EXPECT_THAT(result.errors, AllOf(StartsWith("brevikctl: "), HasSubstr("\nTry: brevikctl")));

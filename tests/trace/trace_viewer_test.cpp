@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 
+#include "brevikctl/trace/trace_socket.h"
 #include "platform/clock.h"
-#include "platform/posix/trace_socket.h"
 #include "trace/TraceRecord.h"
 #include "trace/TraceState.h"
 #include "trace/UTrace.h"

@@ -1,24 +1,15 @@
 // brevikctl: inspects and repairs what the library works on.
 //
-// Results go to standard output, everything else to standard error. A command fails by throwing: a
-// std::exception's text is shown, a CLI::RuntimeError means that all has been said and bears the
-// exit code.
+// Results go to standard output, everything else to standard error. A command fails by throwing,
+// see output/trouble.h.
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
 #include <string>
 
-#include "catalogue.h"
-#include "certificate.h"
-#include "cookie.h"
-#include "database.h"
-#include "dispatch.h"
-#include "doctor.h"
-#include "file.h"
-#include "machine.h"
-#include "registry.h"
-#include "trace.h"
+#include "brevikctl/commands/commands.h"
+#include "brevikctl/files/file_argument.h"
+#include "brevikctl/output/trouble.h"
 
 namespace {
 
@@ -34,7 +25,7 @@ int Misused(const CLI::App& app, const CLI::ParseError& error) {
     for (const CLI::App* sub : app.get_subcommands()) {
         command += " " + sub->get_name();
     }
-    std::fprintf(stderr, "brevikctl: %s\nTry: %s --help\n", error.what(), command.c_str());
+    Say(error.what() + ("\nTry: " + command + " --help"));
     return kMisused;
 }
 
@@ -51,21 +42,21 @@ int main(int argc, char** argv) {
     AddCatalogueCommands(app);
     AddCookieCommands(app);
     AddDatabaseCommands(app);
-    AddDispatchCommands(app);
+    AddUpdateAndProfileCommands(app);
     AddDoctorCommand(app);
     AddFileCommands(app);
     AddRegistryCommands(app);
-    AddTraceCommands(app);
+    AddTraceCommand(app);
     try {
         app.parse(argc, argv);
         return 0;
-    } catch (const CLI::RuntimeError& error) {
-        return error.get_exit_code();
+    } catch (const AllSaid&) {
+        return kFailed;
     } catch (const CLI::ParseError& error) {
         // Help and version come this way too.
         return error.get_exit_code() == 0 ? app.exit(error) : Misused(app, error);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "brevikctl: %s\n", error.what());
+        Say(Explanation(error));
         return kFailed;
     }
 }

@@ -22,7 +22,7 @@ namespace brevik::platform {
 using SocketName = std::array<char, 24>;
 
 // The name for windows of this class that belong to the machine of this process.
-SocketName SocketNameOf(const WCHAR* windowClass);
+PLATFORM_API SocketName SocketNameOf(const WCHAR* windowClass);
 
 struct RuntimeFolder {
     std::string path;
@@ -31,13 +31,13 @@ struct RuntimeFolder {
 
     // The address of a socket in the folder, of any length of path. Valid while the descriptor is
     // open.
-    sockaddr_un Address(const SocketName& name) const;
+    PLATFORM_API sockaddr_un Address(const SocketName& name) const;
 };
 
 // In the order of their choice.
-std::vector<std::string> RuntimeFolderPaths();
+PLATFORM_API std::vector<std::string> RuntimeFolderPaths();
 
 // Opens the folder, making it first with mode 0700 where `make` is set. Its parent is never made.
-RuntimeFolder OpenRuntimeFolder(const std::string& path, bool make);
+PLATFORM_API RuntimeFolder OpenRuntimeFolder(const std::string& path, bool make);
 
 }  // namespace brevik::platform

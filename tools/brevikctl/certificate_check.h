@@ -1,6 +1,0 @@
-// brevikctl certificate check: tells why a certificate is not in the catalogue.
-#pragma once
-
-#include <CLI/CLI.hpp>
-
-void AddCertificateCheck(CLI::App* certificate);
