@@ -1,11 +1,13 @@
 #include "catalogue/RecordAccess.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <iterator>
 
 #include "catalogue/RecordGathering.h"
 #include "catalogue/RecordTable.h"
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "catalogue/SharedRecordStore.h"
 #include "trace/UTrace.h"
 
@@ -41,9 +43,13 @@ class WriteTransaction {
 }  // namespace
 
 RecordAccess::RecordAccess(SQLite3WrapperDB& db)
-    : lock_(SharedRecordStore::Get().mutex_),
+    : lock_(SharedRecordStore::Get().mutex_,
+            std::chrono::milliseconds(RecordGathering::LongestWait())),
       db_(db),
       snapshot_(&db == &SharedRecordStore::Get().db_ ? SharedRecordStore::Get().snapshot_ : own_) {
+    if (!lock_) {
+        throw SQLite3WrapperException(kSqliteBusy, "another thread waits for the database");
+    }
     if (&snapshot_ != &own_) {
         db_.SetBusyTimeout(static_cast<std::int32_t>(RecordGathering::LongestWait()));
     }

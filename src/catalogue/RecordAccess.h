@@ -15,8 +15,8 @@
 
 class RecordAccess {
   public:
-    // Waits for other threads. Statements on the shared connection wait for other processes as long
-    // as the thread's RecordGathering allows.
+    // Waits for other threads, and statements on the shared connection wait for other processes, as
+    // long in all as the thread's RecordGathering allows.
     explicit RecordAccess(SQLite3WrapperDB& db);
     RecordAccess(const RecordAccess&) = delete;
     RecordAccess& operator=(const RecordAccess&) = delete;
@@ -43,7 +43,7 @@ class RecordAccess {
     void Edit(const std::function<void(SQLite3WrapperDB&)>& change);
 
   private:
-    const std::lock_guard<std::mutex> lock_;
+    const std::unique_lock<std::timed_mutex> lock_;
     SQLite3WrapperDB& db_;
     RecordSnapshot own_;  // of a connection other than the shared one
     RecordSnapshot& snapshot_;

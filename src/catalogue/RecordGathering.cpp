@@ -15,13 +15,14 @@ namespace {
 
 constexpr DWORD kLongestWait = 60000;
 
-// What tells nothing of the next try.
-constexpr std::int32_t kPassingFailures[] = {kSqliteBusy,       kSqliteLocked,  kSqliteNoMemory,
-                                             kSqliteInterrupt,  kSqliteIoError, kSqliteFull,
-                                             kSqliteCannotOpen, kSqliteProtocol};
+// What the next try will meet as well. Any other failure of the database may pass: a library that is
+// short of memory may report anything.
+constexpr std::int32_t kLastingFailures[] = {kSqlitePermission, kSqliteReadOnly, kSqliteCorrupt,
+                                             kSqliteEmpty,      kSqliteNotADatabase, kSqliteOk};
 
-// The same of the operating system: rights, memory, descriptors, other programs and the disk. What
-// is absent or malformed will be at the next try, and a network that is down may take long to tell.
+// What may pass of the operating system's: rights, memory, descriptors, other programs and the disk.
+// What is absent or malformed will be at the next try, and a network that is down may take long to
+// answer.
 constexpr DWORD kPassingErrors[] = {
     ERROR_TOO_MANY_OPEN_FILES, ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY,   ERROR_OUTOFMEMORY,
     ERROR_GEN_FAILURE,         ERROR_IO_DEVICE,     ERROR_SHARING_VIOLATION,   ERROR_MOD_NOT_FOUND,
@@ -30,6 +31,7 @@ constexpr DWORD kPassingErrors[] = {
 
 thread_local RecordGathering* current = nullptr;
 
+// kSqliteOk for a failure that is not the database's.
 std::int32_t CodeOf(const std::exception& failure) {
     const auto* const known = dynamic_cast<const SQLite3WrapperException*>(&failure);
     return known != nullptr ? known->GetCode() : kSqliteOk;
@@ -62,7 +64,7 @@ DWORD RecordGathering::LongestWait() {
 bool RecordGathering::IsPassing(const std::exception& failure) {
     return dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ||
            dynamic_cast<const SqliteLibraryMissing*>(&failure) != nullptr ||
-           std::ranges::find(kPassingFailures, CodeOf(failure)) != std::end(kPassingFailures);
+           std::ranges::find(kLastingFailures, CodeOf(failure)) == std::end(kLastingFailures);
 }
 
 void RecordGathering::Note(DWORD error, const std::string& what) {

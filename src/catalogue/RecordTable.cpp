@@ -94,6 +94,16 @@ void DeleteAllRows(SQLite3WrapperDB& db) {
     db.Execute("DELETE FROM CertificateData");
 }
 
+void CheckForm(SQLite3WrapperDB& db) {
+    const char* const oddities =
+        "select (select count(*) from sqlite_master where tbl_name='CertificateData' and type in "
+        "('view', 'trigger')) + (select count(*) from CertificateData where "
+        "instr(qzc || fieldname || fieldvalue, char(0)))";
+    if (db.QueryScalar(oddities) != 0) {
+        throw SQLite3WrapperException(kSqliteCorrupt, "The record table is not as it was made");
+    }
+}
+
 SharedHandle<SQLite3WrapperTable> LoadRows(SQLite3WrapperDB& db, const std::string& key) {
     return db.LoadTable(kName, "qzc=" + Quoted(key));
 }

@@ -102,22 +102,28 @@ void SharedRecordStore::Reopen() {
     opened_ = true;
 }
 
-// Reads all rows, which a load needs in a moment anyway: damage may lie in any of them. While it
-// cannot be told how the file is, the next call looks again.
+// Reads all rows, which a load needs in a moment anyway: damage may lie in any of them. While it is
+// unknown how the file is, the next call looks again.
 void SharedRecordStore::Examine(RecordAccess& access) {
     examined_ = true;
     try {
         if (existed_) {
-            access.Keys();
+            ReadAll(access);
         }
     } catch (const std::exception& failure) {
-        RecordGathering::Note(failure);
         UTrace::Error("TableList failed ");
-        examined_ = !RecordGathering::IsPassing(failure);
         if (IsDamage(failure)) {
             Repair(access);
+        } else {
+            RecordGathering::Note(failure);
+            examined_ = !RecordGathering::IsPassing(failure);
         }
     }
+}
+
+void SharedRecordStore::ReadAll(RecordAccess& access) {
+    access.Keys();
+    RecordTable::CheckForm(db_);
 }
 
 bool SharedRecordStore::Repair(RecordAccess& access) {
@@ -134,7 +140,7 @@ bool SharedRecordStore::Repair(RecordAccess& access) {
 
 bool SharedRecordStore::IsDamaged(RecordAccess& access) {
     try {
-        access.Keys();
+        ReadAll(access);
         // Pages without rows are not read above, and needed for new rows.
         const SharedHandle<SQLite3WrapperQuery> check = db_.Query("PRAGMA quick_check(1)");
         return check->IsAtEnd() || std::string("ok") != check->GetColumnText(0);
@@ -158,6 +164,8 @@ void SharedRecordStore::ReplaceIfDamaged(RecordAccess& access) {
     if (!IsDamaged(access)) {
         return;
     }
+    // For want of memory it may be the cipher that has failed.
+    SQLite3WrapperDB::ProveCipher();
     db_.Close();
     const bool isGone = DeleteOrEmpty(NarrowToWide(path));
     Sleep(kRepairPause);

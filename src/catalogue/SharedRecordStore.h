@@ -46,10 +46,11 @@ class SharedRecordStore {
     void Examine(RecordAccess& access);
     bool Repair(RecordAccess& access);
     void ReplaceIfDamaged(RecordAccess& access);
+    void ReadAll(RecordAccess& access);
     bool IsDamaged(RecordAccess& access);
     void Purge(RecordAccess& access);
 
-    std::mutex mutex_;  // held by a RecordAccess, guards the rest
+    std::timed_mutex mutex_;  // held by a RecordAccess, guards the rest
     SQLite3WrapperDB db_;
     RecordSnapshot snapshot_;
     bool existed_ = false;  // before this process opened it

@@ -31,6 +31,9 @@ class SQLite3WrapperDB {
 
     void Close();
 
+    // Encrypts and decrypts a temporary database. Throws what fails in that.
+    static void ProveCipher();
+
     // Whether the file holds no bytes on the disk now.
     bool IsEmptyFile() const;
 

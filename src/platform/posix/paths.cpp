@@ -364,12 +364,14 @@ class Roots {
 
     Roots() {
         clock_gettime(CLOCK_REALTIME, &start_);
-        if (!Machine::Current().Exists()) {
+        const Machine& machine = Machine::Current();
+        if (!machine.Exists()) {
             roots_.push_back({"", u"Z:"});
+            lasting_ = certain_ = machine.IsKnown();
             return;
         }
-        ReadDrives(Machine::Current().Folder() + "/drives");
-        ReadShares(Machine::Current().Folder() + "/shares");
+        ReadDrives(machine.Folder() + "/drives");
+        ReadShares(machine.Folder() + "/shares");
         std::stable_sort(roots_.begin(), roots_.end(), [](const Root& left, const Root& right) {
             return left.hostFolder.size() > right.hostFolder.size();
         });

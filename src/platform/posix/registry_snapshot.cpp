@@ -119,14 +119,16 @@ class RegistryCache {
 }  // namespace
 
 std::shared_ptr<const RegistrySnapshot> NewestRegistry() {
+    if (!Machine::Current().IsKnown()) {
+        const auto unknown = std::make_shared<RegistrySnapshot>();
+        unknown->error = ERROR_ACCESS_DENIED;
+        return unknown;
+    }
     return RegistryCache::Current().Newest();
 }
 
-const std::string& RegistryFilePath() {
-    // Never destroyed: a thread may still ask while the process ends.
-    static const std::string& path =
-        *new std::string(Machine::Current().Folder() + "/registry.reg");
-    return path;
+std::string RegistryFilePath() {
+    return Machine::Current().Folder() + "/registry.reg";
 }
 
 }  // namespace brevik::platform
