@@ -43,6 +43,10 @@ class RecordAccess {
     void Edit(const std::function<void(SQLite3WrapperDB&)>& change);
 
   private:
+    // Runs a change in a transaction that holds the database's write lock from its beginning, so
+    // that what is read in it stays true until it ends.
+    void Write(const std::function<void()>& change);
+
     const std::unique_lock<std::timed_mutex> lock_;
     SQLite3WrapperDB& db_;
     RecordSnapshot own_;  // of a connection other than the shared one

@@ -15,6 +15,9 @@ namespace {
 
 constexpr DWORD kLongestWait = 60000;
 
+// Of a call that took long without having waited in vain, such as one with many imports.
+constexpr DWORD kShortestWait = 500;
+
 // What the next try will meet as well. Any other failure of the database may pass: a library that is
 // short of memory may report anything.
 constexpr std::int32_t kLastingFailures[] = {kSqlitePermission, kSqliteReadOnly, kSqliteCorrupt,
@@ -39,7 +42,10 @@ std::int32_t CodeOf(const std::exception& failure) {
 
 }  // namespace
 
-RecordGathering::RecordGathering() : outer_(current), start_(GetTickCount()) {
+RecordGathering::RecordGathering()
+    : outer_(current),
+      outermost_(outer_ != nullptr ? outer_->outermost_ : this),
+      start_(GetTickCount()) {
     current = this;
 }
 
@@ -48,17 +54,18 @@ RecordGathering::~RecordGathering() {
 }
 
 bool RecordGathering::IsOver() {
-    return current != nullptr && current->hasWaitedInVain_;
+    return current != nullptr && current->outermost_->hasWaitedInVain_;
 }
 
 DWORD RecordGathering::LongestWait() {
     if (current == nullptr) {
         return kLongestWait;
     }
-    if (!current->wait_) {
-        current->wait_ = kLongestWait - std::min(GetTickCount() - current->start_, kLongestWait);
+    if (IsOver()) {
+        return 0;
     }
-    return *current->wait_;
+    const DWORD taken = GetTickCount() - current->outermost_->start_;
+    return std::max(kLongestWait - std::min(taken, kLongestWait), kShortestWait);
 }
 
 bool RecordGathering::IsPassing(const std::exception& failure) {
@@ -88,7 +95,6 @@ void RecordGathering::Note(const std::exception& failure) {
         current->missed_ = failure.what();
     }
     if (CodeOf(failure) == kSqliteBusy) {
-        current->hasWaitedInVain_ = true;
-        current->wait_ = 0;
+        current->outermost_->hasWaitedInVain_ = true;
     }
 }

@@ -105,7 +105,7 @@ void SharedRecordStore::Reopen() {
 // Reads all rows, which a load needs in a moment anyway: damage may lie in any of them. While it is
 // unknown how the file is, the next call looks again.
 void SharedRecordStore::Examine(RecordAccess& access) {
-    examined_ = true;
+    bool isKnown = true;
     try {
         if (existed_) {
             ReadAll(access);
@@ -113,12 +113,13 @@ void SharedRecordStore::Examine(RecordAccess& access) {
     } catch (const std::exception& failure) {
         UTrace::Error("TableList failed ");
         if (IsDamage(failure)) {
-            Repair(access);
+            isKnown = Repair(access) != Outcome::kMayPass;
         } else {
             RecordGathering::Note(failure);
-            examined_ = !RecordGathering::IsPassing(failure);
+            isKnown = !RecordGathering::IsPassing(failure);
         }
     }
+    examined_ = isKnown;
 }
 
 void SharedRecordStore::ReadAll(RecordAccess& access) {
@@ -126,15 +127,14 @@ void SharedRecordStore::ReadAll(RecordAccess& access) {
     RecordTable::CheckForm(db_);
 }
 
-bool SharedRecordStore::Repair(RecordAccess& access) {
+SharedRecordStore::Outcome SharedRecordStore::Repair(RecordAccess& access) {
     try {
         ReplaceIfDamaged(access);
-        return true;
+        return Outcome::kMended;
     } catch (const std::exception& failure) {
         RecordGathering::Note(failure);
         UTrace::Error("The damaged record database stays as it is: %s", failure.what());
-        examined_ = !RecordGathering::IsPassing(failure);
-        return false;
+        return RecordGathering::IsPassing(failure) ? Outcome::kMayPass : Outcome::kStays;
     }
 }
 
@@ -177,7 +177,12 @@ void SharedRecordStore::ReplaceIfDamaged(RecordAccess& access) {
 
 bool SharedRecordStore::RepairAfter(const std::exception& failure, const SQLite3WrapperDB& db) {
     RecordAccess access(db_);
-    return &db == &db_ && IsDamage(failure) && !std::exchange(triedRepair_, true) && Repair(access);
+    if (&db != &db_ || !IsDamage(failure) || triedRepair_) {
+        return false;
+    }
+    const Outcome outcome = Repair(access);
+    triedRepair_ = outcome != Outcome::kMayPass;
+    return outcome == Outcome::kMended;
 }
 
 void SharedRecordStore::Purge(RecordAccess& access) {
@@ -212,7 +217,7 @@ void SharedRecordStore::DropRecords() {
             access.Edit(RecordTable::DeleteAllRows);
         }
     } catch (const std::exception& failure) {
-        if (!IsDamage(failure) || !Repair(access)) {
+        if (!IsDamage(failure) || Repair(access) != Outcome::kMended) {
             throw;
         }
     }

@@ -44,7 +44,8 @@ class SharedRecordStore {
     // These belong to the thread that has the access.
     void Reopen();
     void Examine(RecordAccess& access);
-    bool Repair(RecordAccess& access);
+    enum class Outcome { kMended, kStays, kMayPass };
+    Outcome Repair(RecordAccess& access);
     void ReplaceIfDamaged(RecordAccess& access);
     void ReadAll(RecordAccess& access);
     bool IsDamaged(RecordAccess& access);

@@ -112,6 +112,13 @@ void SQLite3WrapperDB::Close() {
     path_.clear();
 }
 
+void SQLite3WrapperDB::Reconnect() {
+    if (db_ != nullptr) {
+        CloseQuietly(std::exchange(db_, nullptr));
+    }
+    Connect(HostPath());
+}
+
 void SQLite3WrapperDB::ProveCipher() {
     SQLite3WrapperDB scratch;
     scratch.path_ = WIDE("scratch");
@@ -161,8 +168,7 @@ bool SQLite3WrapperDB::KeyAnew(std::int32_t result) {
     if (result != kSqliteNotADatabase || SqliteLibrary::Get().get_autocommit(db_) == 0) {
         return false;
     }
-    CloseQuietly(std::exchange(db_, nullptr));
-    Connect(HostPath());
+    Reconnect();
     return true;
 }
 
