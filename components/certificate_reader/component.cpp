@@ -7,31 +7,11 @@
 
 #include "certificate_reader/reader.h"
 #include "platform/files.h"
+#include "platform/scoped_handle.h"
 #include "platform/text.h"
 
 namespace CertificateReader {
 namespace {
-
-class ScopedFile {
-  public:
-    explicit ScopedFile(const WCHAR* path)
-        : handle_(CreateFileW(path, GENERIC_READ,
-                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                              OPEN_EXISTING, 0, nullptr)) {}
-    ScopedFile(const ScopedFile&) = delete;
-    ScopedFile& operator=(const ScopedFile&) = delete;
-    ~ScopedFile() {
-        if (handle_ != INVALID_HANDLE_VALUE) {
-            CloseHandle(handle_);
-        }
-    }
-
-    explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return handle_; }
-
-  private:
-    HANDLE handle_;
-};
 
 HRESULT ResultOfSystem() {
     return static_cast<HRESULT>(0x80070000u | (GetLastError() & 0xFFFF));
@@ -39,7 +19,9 @@ HRESULT ResultOfSystem() {
 
 // All bytes of a file, or as many as show that it is too large.
 HRESULT ReadAll(const WCHAR* path, std::string* bytes) {
-    const ScopedFile file(path);
+    const ScopedHandle file(CreateFileW(path, GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, 0, nullptr));
     if (!file) {
         return ResultOfSystem();
     }

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/folders.h"
+#include "platform/streams.h"
 #include "text/StringFile.h"
 #include "text/VelmarText.h"
 

@@ -99,7 +99,7 @@ class ComponentLibrary : public testing::Test {
   protected:
     void SetUp() override {
         WCHAR path[MAX_PATH];
-        ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE));
+        ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, FALSE));
         const fs::path folder = TestMachine::Folder() / "drives/c/ProgramData";
         fs::copy_file(BREVIK_TEST_COMPONENT, folder / "Component.dll",
                       fs::copy_options::overwrite_existing);

@@ -1,4 +1,4 @@
-// The process's current folder, as a path of the Windows grammar.
+// The process's current folder, as a Windows path.
 #pragma once
 
 #include <string>

@@ -22,7 +22,7 @@ constexpr char kCreationName[] = "user.brevik.creation_time";
 
 constexpr DWORD kOfBoth = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
 
-// What of the stored attributes counts.
+// Which stored attributes count.
 constexpr DWORD StoredMask(bool folder) {
     return kOfBoth | (folder ? FILE_ATTRIBUTE_READONLY : 0);
 }
@@ -31,7 +31,7 @@ constexpr DWORD DefaultAttributes(bool folder) {
     return folder ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
 }
 
-// The value of an extended attribute; what is longer than any that is read here is cut.
+// The value of an extended attribute. One that is longer than any that is read here has none.
 class StoredValue {
   public:
     StoredValue(const char* path, const char* name)
@@ -44,6 +44,43 @@ class StoredValue {
     std::array<char, 256> bytes_;
     ssize_t size_;
 };
+
+std::uint32_t NumberAt(std::string_view bytes, std::size_t place, std::size_t size) {
+    std::uint32_t number = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        number |= std::uint32_t{static_cast<unsigned char>(bytes[place + i])} << (8 * i);
+    }
+    return number;
+}
+
+// The binary form: an empty text, the version, the version again as a tag, which fields there are,
+// and the fields, of which the attributes are the first.
+std::optional<DWORD> ParseBinaryAttributes(std::string_view value) {
+    constexpr std::size_t kVersion = 2, kTag = 4, kFields = 8, kAttributes = 12, kEnd = 16;
+    constexpr std::uint32_t kFirstVersion = 3, kLastVersion = 5, kHasAttributes = 1;
+    if (value.size() < kEnd || value[0] != '\0') {
+        return std::nullopt;
+    }
+    const std::uint32_t version = NumberAt(value, kVersion, 2);
+    const bool known = version >= kFirstVersion && version <= kLastVersion &&
+                       NumberAt(value, kTag, 2) == version &&
+                       (NumberAt(value, kFields, 4) & kHasAttributes) != 0;
+    return known ? std::optional<DWORD>(NumberAt(value, kAttributes, 4)) : std::nullopt;
+}
+
+// The attributes in a value of user.DOSATTRIB; nothing for one in no form that is known.
+std::optional<DWORD> ParseStoredAttributes(std::string_view value) {
+    if (!value.starts_with("0x") && !value.starts_with("0X")) {
+        return ParseBinaryAttributes(value);
+    }
+    // A NUL ends the text, whatever follows it.
+    const std::string_view digits = value.substr(2, value.find('\0') - 2);
+    DWORD bits = 0;
+    const auto [end, error] =
+        std::from_chars(digits.data(), digits.data() + digits.size(), bits, 16);
+    const bool whole = error == std::errc() && end == digits.data() + digits.size();
+    return whole ? std::optional(bits) : std::nullopt;
+}
 
 // All bits that are stored, also those that mean nothing here.
 DWORD ReadStoredAttributes(const char* path, bool folder) {
@@ -64,8 +101,8 @@ std::optional<FILETIME> ReadStoredCreationTime(const char* path) {
     return whole ? std::optional(FileTimeOfCount(count)) : std::nullopt;
 }
 
-// Which of the extended attributes of this layer a file has. Most files have none at all, and that
-// is one question to the host instead of one for each.
+// Which of the extended attributes of this layer a file has. Most files have none at all, which is
+// one question to the host instead of one for each.
 struct StoredNames {
     bool attributes = true;
     bool creation = true;
@@ -119,8 +156,8 @@ DWORD ChangeMode(const char* path, mode_t mode) {
     return chmod(path, mode & 07777) == 0 ? NO_ERROR : ErrorFromHost(errno);
 }
 
-// Stores the bits. `mode` is that of the file, and follows where it has to change: the host lets
-// nobody store anything with a file that its owner may not write to.
+// Stores the bits. `mode` is that of the file, and is changed where it has to change: the host
+// stores nothing with a file that its owner may not write to.
 DWORD StoreAttributes(const char* path, DWORD bits, mode_t& mode) {
     std::array<char, 16> text = {'0', 'x'};
     const char* end = std::to_chars(text.data() + 2, text.data() + text.size(), bits, 16).ptr;
@@ -144,43 +181,7 @@ DWORD StoreAttributes(const char* path, DWORD bits, mode_t& mode) {
     return ErrorFromHost(failure);
 }
 
-std::uint32_t NumberAt(std::string_view bytes, std::size_t place, std::size_t size) {
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        number |= std::uint32_t{static_cast<unsigned char>(bytes[place + i])} << (8 * i);
-    }
-    return number;
-}
-
-// The binary form: an empty text, the version and once more the version as a tag, which fields
-// there are, and the attributes first among these.
-std::optional<DWORD> ParseBinaryAttributes(std::string_view value) {
-    constexpr std::size_t kVersion = 2, kTag = 4, kFields = 8, kAttributes = 12, kEnd = 16;
-    constexpr std::uint32_t kFirstVersion = 3, kLastVersion = 5, kHasAttributes = 1;
-    if (value.size() < kEnd || value[0] != '\0') {
-        return std::nullopt;
-    }
-    const std::uint32_t version = NumberAt(value, kVersion, 2);
-    const bool known = version >= kFirstVersion && version <= kLastVersion &&
-                       NumberAt(value, kTag, 2) == version &&
-                       (NumberAt(value, kFields, 4) & kHasAttributes) != 0;
-    return known ? std::optional<DWORD>(NumberAt(value, kAttributes, 4)) : std::nullopt;
-}
-
 }  // namespace
-
-std::optional<DWORD> ParseStoredAttributes(std::string_view value) {
-    if (!value.starts_with("0x") && !value.starts_with("0X")) {
-        return ParseBinaryAttributes(value);
-    }
-    // A NUL ends the text, whatever follows it.
-    const std::string_view digits = value.substr(2, value.find('\0') - 2);
-    DWORD bits = 0;
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), bits, 16);
-    const bool whole = error == std::errc() && end == digits.data() + digits.size();
-    return whole ? std::optional(bits) : std::nullopt;
-}
 
 FileInformation FileInformationOf(const struct statx& status, const char* path) {
     const mode_t mode = status.stx_mode;

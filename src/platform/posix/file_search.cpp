@@ -94,10 +94,9 @@ std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_vie
 }
 
 std::string FindRegularFile(std::u16string_view path) {
-    const HostPlace place = PlaceOf(path);
-    const HostFile file = FindFile(place);
-    const bool regular = file.error == 0 && S_ISREG(file.status.st_mode);
-    return regular && !place.trailingSeparator ? file.path : std::string();
+    const HostFile file = FindFile(PlaceOf(path));
+    const bool isRegular = file.error == NO_ERROR && S_ISREG(file.status.st_mode);
+    return isRegular ? file.path : std::string();
 }
 
 std::string FindInSystemOrder(std::u16string_view bareName) {

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/processes.h"
+#include "platform/handles.h"
 
 namespace brevik::platform {
 namespace {

@@ -6,8 +6,8 @@
 
 namespace brevik::platform {
 
-// The error number for an errno; 31 for one that no row names. An operation for which an errno
-// means something else answers that itself, and says why.
+// The error number for an errno; ERROR_GEN_FAILURE for one that the table does not name. An
+// operation for which an errno means something else handles it itself, and says why.
 PLATFORM_API DWORD ErrorFromHost(int hostError);
 
 }  // namespace brevik::platform

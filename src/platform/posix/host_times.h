@@ -20,7 +20,7 @@ constexpr FILETIME FileTimeOfCount(std::uint64_t count) {
     return {static_cast<DWORD>(count), static_cast<DWORD>(count >> 32)};
 }
 
-// Steps are cut, not rounded. A time before 1601 becomes 0, the file time that stands for none.
+// Steps are cut, not rounded. A time before 1601 becomes 0, the file time that means none.
 constexpr FILETIME FileTimeFromHost(const timespec& time) {
     constexpr std::int64_t kFirst = -kFileTimeOf1970 / kFileTimeSteps;
     constexpr std::int64_t kLast = (INT64_MAX - kFileTimeOf1970) / kFileTimeSteps - 1;
