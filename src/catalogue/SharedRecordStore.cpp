@@ -15,7 +15,6 @@
 #include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/streams.h"
 #include "text/StringConversions.h"
 #include "trace/UTrace.h"
 

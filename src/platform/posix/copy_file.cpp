@@ -14,6 +14,7 @@
 
 #include "platform/files.h"
 #include "platform/posix/file_attributes.h"
+#include "platform/posix/file_stamp.h"
 #include "platform/posix/held_signal.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/open_file.h"
@@ -185,7 +186,7 @@ void Remove(const OpenFile& target, const std::string& path) {
     struct stat opened;
     struct stat named;
     if (fstat(target.Descriptor(), &opened) == 0 && lstat(path.c_str(), &named) == 0 &&
-        opened.st_dev == named.st_dev && opened.st_ino == named.st_ino) {
+        IsSameFile(opened, named)) {
         unlink(path.c_str());
     }
 }

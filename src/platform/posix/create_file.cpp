@@ -87,9 +87,9 @@ Attempt Finish(ScopedDescriptor descriptor, const struct stat& status, const Ope
             return Failed(error);
         }
     }
-    HANDLE handle = OpenHandle(
-        std::make_shared<OpenFile>(std::move(descriptor), opening.access, std::move(share)));
-    return {handle != nullptr ? NO_ERROR : ERROR_TOO_MANY_OPEN_FILES, false, handle};
+    return {NO_ERROR, false,
+            OpenHandle(std::make_shared<OpenFile>(std::move(descriptor), opening.access,
+                                                  std::move(share)))};
 }
 
 Attempt OpenExisting(const HostFile& file, const Opening& opening) {

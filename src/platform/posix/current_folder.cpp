@@ -38,19 +38,6 @@ std::u16string SpellingIfCurrent(const std::string& hostPath) {
     return spelled.hostPath == hostPath ? spelled.spelling : std::u16string();
 }
 
-// Empty when the host has no current folder any more.
-std::string HostCurrentFolder() {
-    std::error_code error;
-    std::string path = std::filesystem::current_path(error).string();
-    return path.starts_with('/') ? path : std::string();
-}
-
-bool IsCurrent(const HostFile& folder) {
-    struct stat current;
-    return folder.error == NO_ERROR && stat(".", &current) == 0 &&
-           FileStamp(folder.status).IsOfSameFile(FileStamp(current));
-}
-
 // Only the root of a drive keeps the separator at its end.
 std::u16string WithoutTrailingSeparator(std::u16string path) {
     if (path.ends_with(u'\\') && !(path.size() == 3 && BeginsWithDrive(path))) {
@@ -72,6 +59,17 @@ std::u16string SpellingOf(std::u16string_view path) {
 
 }  // namespace
 
+std::string HostCurrentFolder() {
+    std::error_code error;
+    std::string path = std::filesystem::current_path(error).string();
+    return path.starts_with('/') ? path : std::string();
+}
+
+bool IsCurrentFolder(const struct stat& folder) {
+    struct stat current;
+    return stat(".", &current) == 0 && IsSameFile(folder, current);
+}
+
 std::u16string CurrentFolder() {
     const std::string host = HostCurrentFolder();
     if (host.empty()) {
@@ -81,7 +79,8 @@ std::u16string CurrentFolder() {
     if (folder.empty()) {
         folder = WithoutTrailingSeparator(WindowsPath(host));
     }
-    return IsCurrent(FindFile(folder)) ? folder : std::u16string();
+    const HostFile found = FindFile(folder);
+    return found.error == NO_ERROR && IsCurrentFolder(found.status) ? folder : std::u16string();
 }
 
 DWORD GetCurrentDirectoryW(DWORD size, WCHAR* path) {

@@ -76,8 +76,7 @@ HANDLE OpenDriveDevice(std::u16string_view path) {
     if (GetDriveTypeW(root.c_str()) == DRIVE_NO_ROOT_DIR) {
         return Fail(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
     }
-    HANDLE device = OpenHandle(std::make_shared<DriveDevice>(std::move(root)));
-    return device != nullptr ? device : Fail(ERROR_TOO_MANY_OPEN_FILES, INVALID_HANDLE_VALUE);
+    return OpenHandle(std::make_shared<DriveDevice>(std::move(root)));
 }
 
 BOOL DeviceIoControl(HANDLE device, DWORD code, void*, DWORD, void*, DWORD, DWORD* returned,

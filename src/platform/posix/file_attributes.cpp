@@ -12,6 +12,7 @@
 
 #include "platform/files.h"
 #include "platform/posix/host_errors.h"
+#include "platform/posix/host_text.h"
 #include "platform/posix/host_times.h"
 
 namespace brevik::platform {
@@ -46,11 +47,16 @@ class StoredValue {
 };
 
 std::uint32_t NumberAt(std::string_view bytes, std::size_t place, std::size_t size) {
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        number |= std::uint32_t{static_cast<unsigned char>(bytes[place + i])} << (8 * i);
-    }
-    return number;
+    return NumberOfBytes(bytes.substr(place, size));
+}
+
+// The number that is all of the text.
+template <typename Number>
+std::optional<Number> ParseNumber(std::string_view text, int base) {
+    Number number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    const bool isWhole = error == std::errc() && end == text.data() + text.size();
+    return isWhole ? std::optional(number) : std::nullopt;
 }
 
 // The binary form: an empty text, the version, the version again as a tag, which fields there are,
@@ -74,12 +80,7 @@ std::optional<DWORD> ParseStoredAttributes(std::string_view value) {
         return ParseBinaryAttributes(value);
     }
     // A NUL ends the text, whatever follows it.
-    const std::string_view digits = value.substr(2, value.find('\0') - 2);
-    DWORD bits = 0;
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), bits, 16);
-    const bool whole = error == std::errc() && end == digits.data() + digits.size();
-    return whole ? std::optional(bits) : std::nullopt;
+    return ParseNumber<DWORD>(value.substr(2, value.find('\0') - 2), 16);
 }
 
 // All bits that are stored, also those that mean nothing here.
@@ -94,11 +95,8 @@ std::optional<FILETIME> ReadStoredCreationTime(const char* path) {
     if (!value.IsThere()) {
         return std::nullopt;
     }
-    const std::string_view text = value.Text();
-    std::uint64_t count = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole ? std::optional(FileTimeOfCount(count)) : std::nullopt;
+    const auto count = ParseNumber<std::uint64_t>(value.Text(), 10);
+    return count ? std::optional(FileTimeOfCount(*count)) : std::nullopt;
 }
 
 // Which of the extended attributes of this layer a file has. Most files have none at all, which is
@@ -153,7 +151,7 @@ FILETIME HostCreationTime(const struct statx& status) {
 }
 
 DWORD ChangeMode(const char* path, mode_t mode) {
-    return chmod(path, mode & 07777) == 0 ? NO_ERROR : ErrorFromHost(errno);
+    return ErrorOf(chmod(path, mode & 07777));
 }
 
 // Stores the bits. `mode` is that of the file, and is changed where it has to change: the host
@@ -162,23 +160,21 @@ DWORD StoreAttributes(const char* path, DWORD bits, mode_t& mode) {
     std::array<char, 16> text = {'0', 'x'};
     const char* end = std::to_chars(text.data() + 2, text.data() + text.size(), bits, 16).ptr;
     const auto size = static_cast<std::size_t>(end - text.data());
-    if (setxattr(path, kAttributesName, text.data(), size, 0) == 0) {
-        return NO_ERROR;
-    }
-    if (errno != EACCES || !IsReadOnlyFile(mode)) {
-        return ErrorFromHost(errno);
-    }
-    if (const DWORD error = ChangeMode(path, mode | S_IWUSR); error != NO_ERROR) {
+    const auto store = [&] {
+        return ErrorOf(setxattr(path, kAttributesName, text.data(), size, 0));
+    };
+    DWORD error = store();
+    if (error != ERROR_ACCESS_DENIED || !IsReadOnlyFile(mode) ||
+        ChangeMode(path, mode | S_IWUSR) != NO_ERROR) {
         return error;
     }
-    const bool stored = setxattr(path, kAttributesName, text.data(), size, 0) == 0;
-    const int failure = errno;
-    if (stored) {
+    error = store();
+    if (error == NO_ERROR) {
         mode |= S_IWUSR;
-        return NO_ERROR;
+    } else {
+        ChangeMode(path, mode);
     }
-    ChangeMode(path, mode);
-    return ErrorFromHost(failure);
+    return error;
 }
 
 }  // namespace
@@ -240,9 +236,7 @@ DWORD SetHostAttributes(const char* path, DWORD attributes) {
 
 DWORD SetCreationTime(int descriptor, const FILETIME& time) {
     const std::string text = std::to_string(CountOf(time));
-    return fsetxattr(descriptor, kCreationName, text.data(), text.size(), 0) == 0
-               ? NO_ERROR
-               : ErrorFromHost(errno);
+    return ErrorOf(fsetxattr(descriptor, kCreationName, text.data(), text.size(), 0));
 }
 
 }  // namespace brevik::platform

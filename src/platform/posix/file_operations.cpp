@@ -19,14 +19,13 @@ namespace {
 using FilePointer = std::shared_ptr<OpenFile>;
 
 // The file of the handle if it was opened for this; else null with the last error.
-FilePointer FindForReading(HANDLE handle) {
+FilePointer FindFor(bool (OpenFile::*may)() const, HANDLE handle) {
     FilePointer file = FindOpenFile(handle);
-    return file && !file->CanRead() ? Fail<FilePointer>(ERROR_ACCESS_DENIED) : file;
+    return file && !(*file.*may)() ? Fail<FilePointer>(ERROR_ACCESS_DENIED) : file;
 }
 
 FilePointer FindForWriting(HANDLE handle) {
-    FilePointer file = FindOpenFile(handle);
-    return file && !file->CanWrite() ? Fail<FilePointer>(ERROR_ACCESS_DENIED) : file;
+    return FindFor(&OpenFile::CanWrite, handle);
 }
 
 // The low half of a number. NO_ERROR becomes the last error, since a half may look like a failure.
@@ -52,7 +51,7 @@ timespec HostTimeOrOmitted(const FILETIME* time) {
 
 BOOL ReadFile(HANDLE handle, void* buffer, DWORD count, DWORD* done, OVERLAPPED*) {
     *done = 0;
-    const FilePointer file = FindForReading(handle);
+    const FilePointer file = FindFor(&OpenFile::CanRead, handle);
     return file && Answer(file->Read(buffer, count, done));
 }
 
@@ -119,7 +118,7 @@ BOOL SetFileTime(HANDLE handle, const FILETIME* creation, const FILETIME* access
         }
     }
     const timespec times[] = {HostTimeOrOmitted(access), HostTimeOrOmitted(write)};
-    return Answer(futimens(file->Descriptor(), times) == 0 ? NO_ERROR : ErrorFromHost(errno));
+    return Answer(ErrorOf(futimens(file->Descriptor(), times)));
 }
 
 }  // namespace brevik::platform

@@ -1,18 +1,19 @@
 #include "platform/posix/file_search.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <memory>
 #include <optional>
 #include <sstream>
 
+#include "platform/folders.h"
+#include "platform/posix/current_folder.h"
 #include "platform/posix/environment.h"
 #include "platform/posix/executables.h"
 #include "platform/posix/folder_index.h"
 #include "platform/posix/host_text.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/paths.h"
+#include "platform/posix/text_buffer.h"
 #include "platform/posix/trusted_places.h"
 
 namespace brevik::platform {
@@ -58,8 +59,8 @@ std::string FindInCurrentFolder(const FoldedName& name) {
     if (found.empty()) {
         return {};
     }
-    const std::unique_ptr<char, decltype(&free)> folder(getcwd(nullptr, 0), &free);
-    return folder && *folder == '/' ? folder.get() + found.substr(1) : std::string();
+    const std::string folder = HostCurrentFolder();
+    return folder.empty() ? folder : folder + found.substr(1);
 }
 
 std::string FindInPath(const FoldedName& name) {
@@ -114,6 +115,13 @@ std::string FindInSystemOrder(std::u16string_view bareName) {
         found = FindInCurrentFolder(name);
     }
     return found.empty() ? FindInPath(name) : found;
+}
+
+DWORD SearchPathW(const WCHAR*, const WCHAR* fileName, const WCHAR*, DWORD size, WCHAR* buffer,
+                  WCHAR**) {
+    const std::string found = FindInSystemOrder(fileName);
+    return found.empty() ? Fail<DWORD>(ERROR_FILE_NOT_FOUND)
+                         : CopyOrAskForRoom(WindowsPath(found), buffer, size);
 }
 
 }  // namespace brevik::platform

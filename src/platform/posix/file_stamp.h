@@ -10,6 +10,10 @@
 
 namespace brevik::platform {
 
+inline bool IsSameFile(const struct stat& left, const struct stat& right) {
+    return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
 // The host's clock, in nanoseconds since 1970.
 std::int64_t Now();
 

@@ -48,9 +48,7 @@ FILETIME Shift(const FILETIME& time, int minutes) {
 }
 
 int OffsetNow() {
-    timespec now;
-    clock_gettime(CLOCK_REALTIME, &now);
-    return ZoneOffsetAt(now.tv_sec);
+    return ZoneOffsetAt(time(nullptr));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "platform/posix/access_rights.h"
+#include "platform/posix/current_folder.h"
 #include "platform/posix/file_attributes.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/paths.h"
@@ -71,13 +72,7 @@ DWORD DeleteFound(const HostFile& file) {
             return error;
         }
     }
-    return unlink(file.path.c_str()) == 0 ? NO_ERROR : ErrorFromHost(errno);
-}
-
-bool IsCurrentFolder(const struct stat& folder) {
-    struct stat current;
-    return stat(".", &current) == 0 && current.st_dev == folder.st_dev &&
-           current.st_ino == folder.st_ino;
+    return ErrorOf(unlink(file.path.c_str()));
 }
 
 DWORD RemoveFound(const HostFile& file, const HostPlace& place) {
@@ -89,7 +84,7 @@ DWORD RemoveFound(const HostFile& file, const HostPlace& place) {
     }
     // A link to a folder is removed itself; the folder stays, so its state does not matter.
     if (IsLink(file.path.c_str())) {
-        return unlink(file.path.c_str()) == 0 ? NO_ERROR : ErrorFromHost(errno);
+        return ErrorOf(unlink(file.path.c_str()));
     }
     if (IsReadOnlyFolder(file.status.st_mode, file.path.c_str())) {
         return ERROR_ACCESS_DENIED;
@@ -101,11 +96,9 @@ DWORD RemoveFound(const HostFile& file, const HostPlace& place) {
     if (const DWORD error = share.EnterToDelete(file.status); error != NO_ERROR) {
         return error;
     }
-    if (rmdir(file.path.c_str()) == 0) {
-        return NO_ERROR;
-    }
+    const DWORD error = ErrorOf(rmdir(file.path.c_str()));
     // Some hosts report a folder that is not empty like this.
-    return errno == EEXIST ? ERROR_DIR_NOT_EMPTY : ErrorFromHost(errno);
+    return error == ERROR_ALREADY_EXISTS ? ERROR_DIR_NOT_EMPTY : error;
 }
 
 }  // namespace

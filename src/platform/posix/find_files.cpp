@@ -51,10 +51,7 @@ class Listing : public HandleObject {
     // NO_ERROR, ERROR_NO_MORE_FILES at the end, or another error.
     DWORD Next(WIN32_FIND_DATAW* data) {
         const std::lock_guard lock(mutex_);
-        data->ftCreationTime = data->ftLastAccessTime = data->ftLastWriteTime = {};
-        data->nFileSizeHigh = data->nFileSizeLow = 0;
-        data->dwReserved0 = data->dwReserved1 = 0;
-        data->cAlternateFileName[0] = u'\0';
+        *data = {};
         if (dotsGiven_ < 2) {
             ++dotsGiven_;
             data->dwFileAttributes = FILE_ATTRIBUTE_DIRECTORY;
@@ -128,11 +125,7 @@ HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* data) {
         error = listing->Next(data);
         error = error == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : error;
     }
-    HANDLE handle = error == NO_ERROR ? OpenHandle(std::move(listing)) : nullptr;
-    if (handle == nullptr) {
-        return Fail(error == NO_ERROR ? ERROR_TOO_MANY_OPEN_FILES : error, INVALID_HANDLE_VALUE);
-    }
-    return handle;
+    return error == NO_ERROR ? OpenHandle(std::move(listing)) : Fail(error, INVALID_HANDLE_VALUE);
 }
 
 BOOL FindNextFileW(HANDLE listing, WIN32_FIND_DATAW* data) {

@@ -78,8 +78,7 @@ DWORD RefusalOf(const Move& move) {
 DWORD Rename(const Move& move) {
     const std::string to = move.TargetPath();
     if (move.target.error == NO_ERROR) {
-        return std::rename(move.source.path.c_str(), to.c_str()) == 0 ? NO_ERROR
-                                                                      : ErrorFromHost(errno);
+        return ErrorOf(std::rename(move.source.path.c_str(), to.c_str()));
     }
     switch (const int failure = RenameWithoutReplacing(move.source.path, to)) {
         case 0:

@@ -97,7 +97,7 @@ DWORD OpenFile::SetSize(std::int64_t size) {
         return ERROR_DISK_FULL;
     }
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
-    return ftruncate(Descriptor(), size) == 0 ? NO_ERROR : ErrorFromHost(errno);
+    return ErrorOf(ftruncate(Descriptor(), size));
 }
 
 DWORD OpenFile::SetEnd() {

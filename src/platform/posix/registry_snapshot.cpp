@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/debugger.h"
+#include "platform/never_destroyed.h"
 #include "platform/posix/file_watch.h"
 #include "platform/posix/machine.h"
 #include "platform/posix/registry_text.h"
@@ -45,9 +46,8 @@ FileReading ReadRegistryFile(const std::string& path, const FileStamp& stamp) {
 class RegistryCache {
   public:
     static RegistryCache& Current() {
-        // Never destroyed: a thread may still ask while the process ends.
-        static RegistryCache& cache = *new RegistryCache;
-        return cache;
+        static NeverDestroyed<RegistryCache> cache;
+        return *cache;
     }
 
     std::shared_ptr<const RegistrySnapshot> Newest() {

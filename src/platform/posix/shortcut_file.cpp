@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 
 #include "platform/posix/host_text.h"
@@ -52,17 +51,6 @@ std::u16string DecodeNarrow(std::string_view text) {
     return wide;
 }
 
-std::u16string DecodeWide(std::string_view text) {
-    std::u16string wide(text.size() / sizeof(char16_t), u'\0');
-    std::memcpy(wide.data(), text.data(), wide.size() * sizeof(char16_t));
-    return wide;
-}
-
-std::u16string UpToNul(std::u16string text) {
-    text.resize(std::min(text.find(u'\0'), text.size()));
-    return text;
-}
-
 // Bytes with places in them. What lies beyond their end reads as zeros and empty texts, and marks
 // the block as broken.
 class Block {
@@ -79,16 +67,8 @@ class Block {
         return bytes_.substr(place, size);
     }
 
-    std::uint32_t Number(std::size_t place, std::size_t size) {
-        std::uint32_t number = 0;
-        const std::string_view part = Part(place, size);
-        for (std::size_t index = part.size(); index > 0; --index) {
-            number = number << 8 | static_cast<unsigned char>(part[index - 1]);
-        }
-        return number;
-    }
-    std::uint32_t Word(std::size_t place) { return Number(place, 2); }
-    std::uint32_t DoubleWord(std::size_t place) { return Number(place, 4); }
+    std::uint32_t Word(std::size_t place) { return NumberOfBytes(Part(place, 2)); }
+    std::uint32_t DoubleWord(std::size_t place) { return NumberOfBytes(Part(place, 4)); }
 
     // The text at a place, which ends in a NUL.
     std::u16string NarrowText(std::size_t place) {
@@ -100,7 +80,7 @@ class Block {
         while (!broken_ && Word(end) != 0) {
             end += 2;
         }
-        return broken_ ? std::u16string() : DecodeWide(Part(place, end - place));
+        return broken_ ? std::u16string() : Utf16OfBytes(Part(place, end - place));
     }
 
     // A text that may be there in two forms, each by its place. The wide one is the text itself,
@@ -198,7 +178,8 @@ class ShortcutReader {
         const std::size_t size = file_.Word(next_) * (wide ? std::size_t{2} : std::size_t{1});
         const std::string_view text = file_.Part(next_ + 2, size);
         next_ += 2 + size;
-        return UpToNul(wide ? DecodeWide(text) : DecodeNarrow(text));
+        const std::u16string decoded = wide ? Utf16OfBytes(text) : DecodeNarrow(text);
+        return decoded.substr(0, decoded.find(u'\0'));
     }
 
     Block file_;

@@ -99,16 +99,12 @@ DWORD FindRoot(const HostPlace& place, const VolumeSettings& settings, HostFile*
                                  : ERROR_PATH_NOT_FOUND;
 }
 
-VolumeSettings SettingsOf(const RegistrySnapshot& registry, const HostPlace& place) {
-    return place.error == NO_ERROR ? ReadVolumeSettings(registry, place) : VolumeSettings();
-}
-
 // Reads what a root leads to, and keeps it where that lasts. NO_ERROR or an error number.
 DWORD ReadVolume(const WCHAR* root, std::shared_ptr<const KnownVolume>* result) {
     auto known = std::make_shared<KnownVolume>();
     const HostPlace place = PlaceOf(root);
     known->registry = NewestRegistry();
-    const VolumeSettings settings = SettingsOf(*known->registry, place);
+    const VolumeSettings settings = ReadVolumeSettings(*known->registry, place);
     HostFile folder;
     DWORD error = FindRoot(place, settings, &folder);
     if (error == NO_ERROR) {
@@ -148,7 +144,7 @@ BOOL GetVolumeInformationW(const WCHAR* root, WCHAR* label, DWORD labelSize, DWO
 
 UINT GetDriveTypeW(const WCHAR* root) {
     const HostPlace place = PlaceOf(root);
-    const VolumeSettings settings = SettingsOf(*NewestRegistry(), place);
+    const VolumeSettings settings = ReadVolumeSettings(*NewestRegistry(), place);
     HostFile folder;
     const DWORD error = FindRoot(place, settings, &folder);
     if (error != NO_ERROR && error != ERROR_NOT_READY) {
@@ -170,7 +166,7 @@ BOOL GetDiskFreeSpaceExW(const WCHAR* root, ULARGE_INTEGER* freeForCaller, ULARG
     const HostPlace place = PlaceOf(root);
     HostFile folder;
     HostVolume host;
-    DWORD error = FindRoot(place, SettingsOf(*NewestRegistry(), place), &folder);
+    DWORD error = FindRoot(place, ReadVolumeSettings(*NewestRegistry(), place), &folder);
     if (error == NO_ERROR) {
         error = ReadHostVolume(folder.path, &host);
     }
