@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -42,10 +43,15 @@ std::vector<std::string> NamesIn(const std::string& path, SeenFiles& seen) {
         return names;
     }
     seen.Add(path, FileStamp(status));
+    errno = 0;
     while (const dirent* entry = readdir(folder.get())) {
         if (IsValidName(WideFromUtf8(entry->d_name))) {
             names.push_back(entry->d_name);
         }
+        errno = 0;
+    }
+    if (errno != 0) {
+        seen.Distrust();
     }
     std::sort(names.begin(), names.end());
     return names;
