@@ -15,6 +15,7 @@
 #include "catalogue/SQLite3Wrapper/SqliteLibrary.h"
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/never_destroyed.h"
 #include "text/StringConversions.h"
 #include "trace/UTrace.h"
 
@@ -60,8 +61,8 @@ bool DeleteOrEmpty(const WideString& path) {
 }  // namespace
 
 SharedRecordStore& SharedRecordStore::Get() {
-    static SharedRecordStore& store = *new SharedRecordStore;
-    return store;
+    static NeverDestroyed<SharedRecordStore> store;
+    return *store;
 }
 
 void SharedRecordStore::LoadLibrary() {

@@ -9,6 +9,7 @@
 
 #include "catalogue/RecordSnapshot.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
+#include "platform/never_destroyed.h"
 
 class RecordAccess;
 
@@ -38,6 +39,7 @@ class SharedRecordStore {
 
   private:
     friend class RecordAccess;
+    friend class NeverDestroyed<SharedRecordStore>;
 
     SharedRecordStore() = default;
 
