@@ -16,6 +16,7 @@
 
 #include "platform/files.h"
 #include "platform/never_destroyed.h"
+#include "platform/posix/file_stamp.h"
 #include "platform/posix/host_errors.h"
 #include "platform/posix/machine.h"
 #include "platform/posix/scoped_folder.h"
@@ -190,8 +191,7 @@ class SpareLockFile {
         }
         LockFile taken = std::move(spare_);
         struct stat status;
-        if (fstat(taken.file.Get(), &status) != 0 || status.st_dev != taken.ownDevice ||
-            status.st_ino != taken.ownNumber) {
+        if (fstat(taken.file.Get(), &status) != 0 || !IsSameFile(status, taken.own)) {
             // The host has closed a descriptor that it does not know; the number may now be its
             // own.
             taken.file.Release();
@@ -239,7 +239,7 @@ DWORD ShareMode::OpenLockFile(const struct stat& file) {
     if (!opened || fstat(opened.Get(), &own) != 0) {
         return IsShortage(errno) ? ErrorFromHost(errno) : NO_ERROR;
     }
-    lockFile_ = {std::move(opened), process, file.st_dev, highBits, own.st_dev, own.st_ino};
+    lockFile_ = {std::move(opened), process, file.st_dev, highBits, own};
     return NO_ERROR;
 }
 

@@ -46,8 +46,7 @@ struct LockFile {
     pid_t owner = 0;             // the process that opened it
     dev_t device = 0;            // of the files that are locked with it
     std::uint64_t highBits = 0;  // of their numbers
-    dev_t ownDevice = 0;         // of the lock file itself
-    ino_t ownNumber = 0;
+    struct stat own = {};        // of the lock file itself
 };
 
 // What one handle holds. For one thread at a time.

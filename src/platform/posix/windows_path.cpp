@@ -65,8 +65,10 @@ void AddRoot(const std::string& hostPath, std::u16string windowsPath, Roots& roo
         roots.seen.Distrust();
         return;
     }
-    roots.answer.push_back({folder == "/" ? std::string() : std::move(folder),  //
-                            std::move(windowsPath)});
+    if (folder == "/") {
+        folder.clear();
+    }
+    roots.answer.push_back({std::move(folder), std::move(windowsPath)});
 }
 
 std::shared_ptr<const Roots> ReadRoots(const std::string& machine) {
