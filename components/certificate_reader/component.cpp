@@ -7,7 +7,7 @@
 #include "certificate_reader/reader.h"
 #include "common/objects.h"
 #include "platform/files.h"
-#include "platform/posix/scoped_handle.h"
+#include "platform/scoped_handle.h"
 
 namespace CertificateReader {
 namespace {
@@ -21,7 +21,7 @@ HRESULT ReadAll(const WCHAR* path, std::string* bytes) {
     const ScopedHandle file(CreateFileW(path, GENERIC_READ,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, 0, nullptr));
-    if (!file.IsOpen()) {
+    if (!file) {
         return ResultOfSystem();
     }
     constexpr std::size_t kBlock = 65536;

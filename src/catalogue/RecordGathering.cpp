@@ -15,13 +15,17 @@ namespace {
 
 constexpr DWORD kLongestWait = 60000;
 
-// What tells nothing of the next try.
-constexpr std::int32_t kPassingFailures[] = {kSqliteBusy,       kSqliteLocked,  kSqliteNoMemory,
-                                             kSqliteInterrupt,  kSqliteIoError, kSqliteFull,
-                                             kSqliteCannotOpen, kSqliteProtocol};
+// Of a call that took long without having waited in vain, such as one with many imports.
+constexpr DWORD kShortestWait = 500;
 
-// The same of the operating system: rights, memory, descriptors, other programs and the disk. What
-// is absent or malformed will be at the next try, and a network that is down may take long to tell.
+// What the next try will meet as well. Any other failure of the database may pass: a library that is
+// short of memory may report anything.
+constexpr std::int32_t kLastingFailures[] = {kSqlitePermission, kSqliteReadOnly, kSqliteCorrupt,
+                                             kSqliteEmpty,      kSqliteNotADatabase, kSqliteOk};
+
+// What may pass of the operating system's: rights, memory, descriptors, other programs and the disk.
+// What is absent or malformed will be at the next try, and a network that is down may take long to
+// answer.
 constexpr DWORD kPassingErrors[] = {
     ERROR_TOO_MANY_OPEN_FILES, ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY,   ERROR_OUTOFMEMORY,
     ERROR_GEN_FAILURE,         ERROR_IO_DEVICE,     ERROR_SHARING_VIOLATION,   ERROR_MOD_NOT_FOUND,
@@ -30,6 +34,7 @@ constexpr DWORD kPassingErrors[] = {
 
 thread_local RecordGathering* current = nullptr;
 
+// kSqliteOk for a failure that is not the database's.
 std::int32_t CodeOf(const std::exception& failure) {
     const auto* const known = dynamic_cast<const SQLite3WrapperException*>(&failure);
     return known != nullptr ? known->GetCode() : kSqliteOk;
@@ -37,7 +42,10 @@ std::int32_t CodeOf(const std::exception& failure) {
 
 }  // namespace
 
-RecordGathering::RecordGathering() : outer_(current), start_(GetTickCount()) {
+RecordGathering::RecordGathering()
+    : outer_(current),
+      outermost_(outer_ != nullptr ? outer_->outermost_ : this),
+      start_(GetTickCount()) {
     current = this;
 }
 
@@ -46,23 +54,24 @@ RecordGathering::~RecordGathering() {
 }
 
 bool RecordGathering::IsOver() {
-    return current != nullptr && current->hasWaitedInVain_;
+    return current != nullptr && current->outermost_->hasWaitedInVain_;
 }
 
 DWORD RecordGathering::LongestWait() {
     if (current == nullptr) {
         return kLongestWait;
     }
-    if (!current->wait_) {
-        current->wait_ = kLongestWait - std::min(GetTickCount() - current->start_, kLongestWait);
+    if (IsOver()) {
+        return 0;
     }
-    return *current->wait_;
+    const DWORD taken = GetTickCount() - current->outermost_->start_;
+    return std::max(kLongestWait - std::min(taken, kLongestWait), kShortestWait);
 }
 
 bool RecordGathering::IsPassing(const std::exception& failure) {
     return dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ||
            dynamic_cast<const SqliteLibraryMissing*>(&failure) != nullptr ||
-           std::ranges::find(kPassingFailures, CodeOf(failure)) != std::end(kPassingFailures);
+           std::ranges::find(kLastingFailures, CodeOf(failure)) == std::end(kLastingFailures);
 }
 
 void RecordGathering::Note(DWORD error, const std::string& what) {
@@ -86,7 +95,6 @@ void RecordGathering::Note(const std::exception& failure) {
         current->missed_ = failure.what();
     }
     if (CodeOf(failure) == kSqliteBusy) {
-        current->hasWaitedInVain_ = true;
-        current->wait_ = 0;
+        current->outermost_->hasWaitedInVain_ = true;
     }
 }

@@ -7,6 +7,7 @@
 
 #include "platform/component_model.h"
 #include "platform/cookie_store.h"
+#include "platform/never_destroyed.h"
 #include "text/CriticalSection.h"
 #include "trace/UTrace.h"
 
@@ -21,8 +22,8 @@ struct ProcessDomain {
 };
 
 ProcessDomain& TheProcessDomain() {
-    static ProcessDomain& domain = *new ProcessDomain;  // a host may call while the process ends
-    return domain;
+    static NeverDestroyed<ProcessDomain> domain;
+    return *domain;
 }
 
 bool HasSign(const Utf8String& text, std::string_view signs) {

@@ -3,6 +3,7 @@
 #include "modules/DllPathManager.h"
 #include "modules/ModuleFolders.h"
 #include "platform/modules.h"
+#include "platform/never_destroyed.h"
 
 namespace BrevikConfig {
 namespace {
@@ -34,9 +35,8 @@ void BrevikConfigModule::LoadSiblingLibrary() {
 }
 
 BrevikConfigModule& GetModule() {
-    // Never destroyed: a host may call while the process ends.
-    static BrevikConfigModule& module = *new BrevikConfigModule;
-    return module;
+    static NeverDestroyed<BrevikConfigModule> module;
+    return *module;
 }
 
 }  // namespace BrevikConfig

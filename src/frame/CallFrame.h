@@ -1,11 +1,13 @@
 // The frame that every exported function runs in.
 //
 // It makes the component model usable on the calling thread, starts the file library and the trace
-// on the first call in the process, sees to the sibling library, and runs the call. It is also the
+// on the first call in the process, sees to the sibling library, and runs the call, whose catalogue
+// loads wait for other processes as if they were one. It is also the
 // barrier that no exception passes: one that reaches it is written to the trace and becomes the
 // call's failure result.
 #pragma once
 
+#include "catalogue/RecordGathering.h"
 #include "frame/BrevikConfigModule.h"
 #include "modules/SmartComInitializer.h"
 #include "platform/threads.h"
@@ -29,6 +31,7 @@ Result RunCall(const char* exportName, Result failure, WriteLine writeLine,
         StartFrame();
         writeLine();
         GetModule().LoadSiblingLibrary();
+        const RecordGathering waitsOnce;
         return forward();
     } catch (...) {
         ReportException(exportName);

@@ -12,14 +12,6 @@ namespace {
 std::mutex lock;
 constinit DllPathManager* latest = nullptr;
 
-WideString CurrentFolder() {
-    WideString path(GetCurrentDirectoryW(0, nullptr), WCHAR{});
-    const DWORD length = GetCurrentDirectoryW(static_cast<DWORD>(path.size()), path.data());
-    // Longer than announced: the host has changed it in between.
-    path.resize(length < path.size() ? length : 0);
-    return path;
-}
-
 }  // namespace
 
 DllPathManager::DllPathManager(const WideString& folder) {
@@ -27,9 +19,9 @@ DllPathManager::DllPathManager(const WideString& folder) {
         return;
     }
     const std::lock_guard hold(lock);
-    // A current folder that no path leads to could not be put back, so it is not left.
-    WideString current = CurrentFolder();
-    if (current.empty() || !SetCurrentDirectoryW(folder.c_str())) {
+    // A current folder without a way back is not left.
+    KeptFolder current = KeptFolder::Current();
+    if (!current || !SetCurrentDirectoryW(folder.c_str())) {
         return;
     }
     previous_ = std::move(current);
@@ -41,16 +33,16 @@ DllPathManager::DllPathManager(const WideString& folder) {
 }
 
 DllPathManager::~DllPathManager() {
-    if (previous_.empty()) {
+    if (!previous_) {
         return;
     }
     const std::lock_guard hold(lock);
     if (later_ != nullptr) {
-        // Whoever came since goes back to where this one came from.
+        // The next object goes back to where this one came from.
         later_->previous_ = std::move(previous_);
         later_->earlier_ = earlier_;
     } else {
-        SetCurrentDirectoryW(previous_.c_str());
+        previous_.MakeCurrent();
         latest = earlier_;
     }
     if (earlier_ != nullptr) {

@@ -2,9 +2,10 @@
 //
 // The current folder belongs to all threads of the process. Objects may end in any order, on any
 // thread: the current folder is that of the latest object that has not ended, and the one that was
-// current ahead of them all when the last one ends. A change that fails is passed over.
+// current before them all when the last one ends. A change that fails is passed over.
 #pragma once
 
+#include "platform/kept_folder.h"
 #include "platform/types.h"
 
 namespace BrevikUtils {
@@ -18,7 +19,7 @@ class DllPathManager {
     virtual ~DllPathManager();
 
   private:
-    WideString previous_;              // empty when nothing was changed
+    KeptFolder previous_;              // empty when nothing was changed
     DllPathManager* later_ = nullptr;  // the next object that has made a folder current since
     DllPathManager* earlier_ = nullptr;
 };

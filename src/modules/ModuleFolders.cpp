@@ -9,6 +9,7 @@
 #include "platform/folders.h"
 #include "platform/modules.h"
 #include "platform/processes.h"
+#include "platform/streams.h"
 #include "platform/text.h"
 
 namespace {

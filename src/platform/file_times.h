@@ -48,12 +48,12 @@ struct TIME_ZONE_INFORMATION {
 PLATFORM_API DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* information);
 PLATFORM_API void GetLocalTime(SYSTEMTIME* time);
 
-// These two shift by the zone's offset that is in force now, whatever the time shifted.
+// These two shift by the zone's offset that is in force now, whatever the time is.
 PLATFORM_API BOOL FileTimeToLocalFileTime(const FILETIME* time, FILETIME* local);
 PLATFORM_API BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* time);
 
-// Years from 1601 to 30827. False with error 87 for a time or fields beyond; wDayOfWeek is not
-// looked at on the way in.
+// Years from 1601 to 30827. False with ERROR_INVALID_PARAMETER for a time or fields beyond them;
+// SystemTimeToFileTime does not look at wDayOfWeek.
 PLATFORM_API BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* fields);
 PLATFORM_API BOOL SystemTimeToFileTime(const SYSTEMTIME* fields, FILETIME* time);
 

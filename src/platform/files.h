@@ -1,7 +1,7 @@
 // Files and folders by path, and open files.
 //
-// Paths are of the Windows grammar, with or without the prefix \\?\; their names are found without
-// regard to case. Operations tell a failure by their result and by GetLastError. Any thread.
+// Paths are Windows paths, with or without the prefix \\?\; their names are found without regard to
+// case. Operations report a failure by their result and by GetLastError. Any thread.
 #pragma once
 
 #include "platform/errors.h"
@@ -27,10 +27,8 @@ inline constexpr DWORD FILE_SHARE_READ = 0x1;
 inline constexpr DWORD FILE_SHARE_WRITE = 0x2;
 inline constexpr DWORD FILE_SHARE_DELETE = 0x4;
 inline constexpr DWORD CREATE_NEW = 1;
-inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
 inline constexpr DWORD OPEN_ALWAYS = 4;
-inline constexpr DWORD TRUNCATE_EXISTING = 5;
 inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
 inline constexpr DWORD FILE_ATTRIBUTE_HIDDEN = 0x2;
 inline constexpr DWORD FILE_ATTRIBUTE_SYSTEM = 0x4;
@@ -41,7 +39,6 @@ inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 inline constexpr DWORD FILE_FLAG_BACKUP_SEMANTICS = 0x02000000;
 inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
-inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 inline constexpr DWORD FSCTL_LOCK_VOLUME = 0x00090018;
@@ -79,36 +76,39 @@ struct WIN32_FIND_DATAW {
 
 enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard = 0 };
 
-// Opens a file, a folder (with FILE_FLAG_BACKUP_SEMANTICS) or, as \\.\X:, the device of a drive.
-// Share modes hold between all processes of the machine that open through this operation.
-// INVALID_HANDLE_VALUE on failure; error 183 beside a handle when OPEN_ALWAYS or CREATE_ALWAYS met
-// an existing file.
+// Opens a file, a folder (with FILE_FLAG_BACKUP_SEMANTICS) or, as \\.\X:, the device of a drive;
+// the other flags are not looked at. Share modes hold between all processes of the machine that
+// open through this operation. INVALID_HANDLE_VALUE on failure.
 PLATFORM_API HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share,
                                 SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
                                 HANDLE model);
 
+// `done` receives how many bytes were read or written, also after a failure.
 PLATFORM_API BOOL ReadFile(HANDLE file, void* buffer, DWORD count, DWORD* done, OVERLAPPED* none);
 PLATFORM_API BOOL WriteFile(HANDLE file, const void* buffer, DWORD count, DWORD* done,
                             OVERLAPPED* none);
 PLATFORM_API BOOL FlushFileBuffers(HANDLE file);
 
-// Both give the low half of a 64-bit number and the high half through the pointer; 0xFFFFFFFF is a
-// failure when GetLastError is not 0 as well, which it is after every success.
+// Both return the low half of a 64-bit number and give the high half through the pointer; the value
+// 0xFFFFFFFF is a failure when GetLastError is not NO_ERROR as well, which it is after every
+// success. SetFilePointer takes a 32-bit distance where `high` is null.
 PLATFORM_API DWORD GetFileSize(HANDLE file, DWORD* high);
 PLATFORM_API DWORD SetFilePointer(HANDLE file, LONG distance, LONG* high, DWORD method);
 
 PLATFORM_API BOOL SetEndOfFile(HANDLE file);
 
-// A null time is left as it is.
+// Leaves a time as it is for null and for 0.
 PLATFORM_API BOOL SetFileTime(HANDLE file, const FILETIME* creation, const FILETIME* access,
                               const FILETIME* write);
+
+// Locks or dismounts the volume of a drive. Only a handle that has not locked it yet may lock it.
 PLATFORM_API BOOL DeviceIoControl(HANDLE device, DWORD code, void* input, DWORD inputSize,
                                   void* output, DWORD outputSize, DWORD* returned,
                                   OVERLAPPED* none);
 
-// Off Windows links are followed; a folder that is reached through one bears the attribute of a
-// reparse point, and so does a link that leads nowhere, which can be deleted and moved but has
-// nothing to be opened.
+// Off Windows links are followed; a folder that is reached through one has the attribute of a
+// reparse point, and so has a link that leads nowhere, which can be deleted and moved but not
+// opened.
 PLATFORM_API BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS level,
                                        void* information);
 PLATFORM_API BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes);
@@ -128,17 +128,20 @@ using LPPROGRESS_ROUTINE = DWORD (*)(LARGE_INTEGER total, LARGE_INTEGER done,
                                      DWORD stream, DWORD reason, HANDLE source, HANDLE target,
                                      void* data);
 
-// Copies a file with its attributes and its time of last write. A copy that fails or is cancelled
-// (error 1235) leaves no target that was not there before.
+// Copies a file with its attributes and its time of last write to where none is. A copy that fails
+// or is cancelled (ERROR_REQUEST_ABORTED) leaves no target. REQUIRES: `cancel` is null and `flags`
+// is COPY_FILE_FAIL_IF_EXISTS.
 PLATFORM_API BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress,
                               void* data, BOOL* cancel, DWORD flags);
 
-// A listing; the pattern is the last component, see posix/name_pattern.h. INVALID_HANDLE_VALUE with
-// error 2 when nothing matches, 3 when the folder is missing. FindNextFileW ends with error 18.
-// Off Windows the data tell a name and whether it is a folder's, which costs no look at the file;
-// times, sizes and other attributes but that of a reparse point are 0 there, and
-// GetFileAttributesExW tells them. Names that no path can hold, and those that end in a dot or
-// blank and need the prefix \\?\, are passed over.
+// Lists a folder. INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND when it has no entries, with
+// ERROR_PATH_NOT_FOUND when it is missing. FindNextFileW ends with ERROR_NO_MORE_FILES. REQUIRES:
+// the pattern is the folder's path with \*.* after it.
+//
+// Off Windows the data hold a name and whether it is a folder's, which costs no look at the file;
+// times, sizes and other attributes but that of a reparse point are 0, and GetFileAttributesExW
+// reports them. Names that no path can hold, and those that end in a dot or blank and need the
+// prefix \\?\, are left out.
 PLATFORM_API HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* data);
 PLATFORM_API BOOL FindNextFileW(HANDLE listing, WIN32_FIND_DATAW* data);
 PLATFORM_API BOOL FindClose(HANDLE listing);

@@ -31,11 +31,12 @@ inline constexpr DWORD SLGP_UNCPRIORITY = 0x2;
 // The operations that the library calls; not laid out like the system's.
 class IShellLinkW : public IUnknown {
   public:
-    // The target's path into `size` units; S_FALSE and an empty text where the link has none.
+    // The path that Resolve has found, cut to `size` units with its NUL; S_FALSE and an empty text
+    // for a link without a path. REQUIRES: `data` is null and `flags` is SLGP_UNCPRIORITY.
     virtual HRESULT STDMETHODCALLTYPE GetPath(WCHAR* path, int size, WIN32_FIND_DATAW* data,
                                               DWORD flags) = 0;
 
-    // Settles where the target is; a failure when it cannot be told.
+    // Finds out where the target is; a failure when it is nowhere. The flags are not looked at.
     virtual HRESULT STDMETHODCALLTYPE Resolve(HWND owner, DWORD flags) = 0;
 
   protected:

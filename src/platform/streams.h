@@ -1,4 +1,4 @@
-// Handing an open file over to the run-time library.
+// Streams of the run-time library: on a wide path, and on an open file that is handed over to it.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +13,10 @@
 #else
 
 namespace brevik::platform {
+
+// Opens a file for reading; `mode` is "r" or "rb", which are the same here. Null on failure, and
+// for a folder.
+PLATFORM_API std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode);
 
 // A descriptor of the run-time library for an open file. It owns the file from then on, and the
 // handle is closed. -1 with errno on failure.

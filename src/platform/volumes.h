@@ -23,12 +23,20 @@ union ULARGE_INTEGER {
     ULONGLONG QuadPart;
 };
 
-// Asks about the volume with this root, which ends in a backslash. Each out pointer may be null.
+// Each takes the root of a drive or share, with the backslash at its end. Errors:
+// ERROR_PATH_NOT_FOUND for a missing drive, ERROR_BAD_NETPATH for a missing share, ERROR_NOT_READY
+// for a drive without its medium.
+
+// REQUIRES: there is room for a label of 256 and a file system of 16 units.
 PLATFORM_API BOOL GetVolumeInformationW(const WCHAR* root, WCHAR* label, DWORD labelSize,
                                         DWORD* serial, DWORD* maximumNameLength, DWORD* flags,
                                         WCHAR* fileSystem, DWORD fileSystemSize);
+
+// DRIVE_NO_ROOT_DIR where there is no such drive or share.
 PLATFORM_API UINT GetDriveTypeW(const WCHAR* root);
-PLATFORM_API BOOL GetDiskFreeSpaceExW(const WCHAR* folder, ULARGE_INTEGER* freeForCaller,
+
+// The first two out pointers may be null. REQUIRES: the last is.
+PLATFORM_API BOOL GetDiskFreeSpaceExW(const WCHAR* root, ULARGE_INTEGER* freeForCaller,
                                       ULARGE_INTEGER* total, ULARGE_INTEGER* free);
 
 }  // namespace brevik::platform

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/never_destroyed.h"
 #include "registry/CRegKeyW.h"
 #include "services/ServiceCall.h"
 
@@ -48,9 +49,8 @@ using Service = VelmarUpdateService::Service;
 class ProcessService {
   public:
     static ProcessService& Current() {
-        // Never destroyed: a host may call while the process ends, and then makes an object anew.
-        static ProcessService& service = *new ProcessService;
-        return service;
+        static NeverDestroyed<ProcessService> service;
+        return *service;
     }
 
     std::shared_ptr<Service> Get() {

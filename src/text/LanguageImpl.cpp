@@ -6,7 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/folders.h"
+#include "platform/never_destroyed.h"
+#include "platform/streams.h"
 #include "text/StringFile.h"
 #include "text/VelmarText.h"
 
@@ -58,9 +59,8 @@ std::optional<std::string> ReadWholeFile(const WideString& path) {
 }  // namespace
 
 VelmarText::LanguageImpl& VelmarText::LanguageImpl::Instance() {
-    // Never destroyed: texts may be asked for while the process ends.
-    static LanguageImpl& instance = *new LanguageImpl;
-    return instance;
+    static NeverDestroyed<LanguageImpl> instance;
+    return *instance;
 }
 
 const LanguageInfo* VelmarText::LanguageImpl::GetLanguageInfo(int index) {

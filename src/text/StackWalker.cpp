@@ -3,6 +3,8 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/never_destroyed.h"
+
 namespace StackWalker {
 namespace {
 
@@ -11,20 +13,18 @@ struct Installed {
     SharedHandle<StackWalker_IF> walker;
 };
 
-// Never destroyed: an exception may be made while the process ends.
 Installed& State() {
-    static Installed& installed = *new Installed;
-    return installed;
+    static NeverDestroyed<Installed> installed;
+    return *installed;
 }
 
 }  // namespace
 
 SharedHandle<StackWalker_IF> Current() {
-    static const auto& dummy =
-        *new SharedHandle<StackWalker_IF>(std::make_shared<DummyStackWalker>());
+    static NeverDestroyed<SharedHandle<StackWalker_IF>> dummy(std::make_shared<DummyStackWalker>());
     Installed& installed = State();
     const std::lock_guard hold(installed.lock);
-    return installed.walker != nullptr ? installed.walker : dummy;
+    return installed.walker != nullptr ? installed.walker : *dummy;
 }
 
 void SetCurrent(SharedHandle<StackWalker_IF> walker) {

@@ -121,6 +121,12 @@ TEST_F(SharedDatabase, ADamagedFileIsReplacedAndFilledAgain) {
     Execute({"insert into CertificateData values('c:\\certs\\product0.qzc', 'Long', '" +
              std::string(5000, 'x') + "')"});
     const std::string whole = ReadHostFile(DatabaseFile());
+    const auto after = [&](const TextList& statements) {
+        Execute(statements);
+        const std::string bytes = ReadHostFile(DatabaseFile());
+        WriteHostFile(DatabaseFile(), whole);
+        return bytes;
+    };
     const std::string page(1024, '\0');
     const std::pair<const char*, std::string> cases[] = {
         {"end cut", whole.substr(0, whole.size() - 100)},
@@ -130,6 +136,13 @@ TEST_F(SharedDatabase, ADamagedFileIsReplacedAndFilledAgain) {
         {"one bit of the long value", WithOtherBit(whole, whole.size() - 99)},
         {"no database", "this is no database\n"},
         {"no table", noTable},
+        {"end of the long value zeroed", whole.substr(0, whole.size() - 1024) + page},
+        {"a view in the table's place", after({"alter table CertificateData rename to rows",
+                                               "create view CertificateData as select * from rows"})},
+        {"a trigger", after({"create trigger t before insert on CertificateData begin select "
+                             "raise(abort, 'no'); end"})},
+        {"one column more", after({"alter table CertificateData add column more"})},
+        {"rows kept apart", after({"create unique index i on CertificateData(qzc, fieldname)"})},
     };
     for (const auto& [what, damaged] : cases) {
         SCOPED_TRACE(what);
@@ -177,7 +190,7 @@ TEST_F(SharedDatabase, AFileThatMemoryIsTooShortForIsNoDamagedOne) {
     GTEST_SKIP() << "the sanitizers need all of the address space";
 #endif
     ASSERT_EQ(RunRecordHost(1).output, "ok\n");
-    Execute({"insert into CertificateData values('k', 'Long', zeroblob(60000000))"});
+    Execute({"insert into CertificateData values('k', 'Long', hex(zeroblob(30000000)))"});
     rlimit all;
     getrlimit(RLIMIT_AS, &all);
     const std::string pages = ReadHostFile("/proc/self/statm");
@@ -207,7 +220,7 @@ TEST_F(SharedDatabase, OneLoadWaitsOnceForAnotherProcess) {
         EXPECT_LT(GetTickCount() - start, 30000u);
     }
     RecordGathering next;
-    EXPECT_EQ(RecordGathering::LongestWait(), 60000u);
+    EXPECT_GT(RecordGathering::LongestWait(), 59000u);
     other.Execute("rollback");
     EXPECT_TRUE(SQLCertificate::GetDatabaseKeys(&keys));
     EXPECT_FALSE(next.HasMissed());

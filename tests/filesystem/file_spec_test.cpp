@@ -9,13 +9,10 @@
 #include <functional>
 #include <thread>
 
-#include "filesystem/AliasSpec_IF.h"
 #include "filesystem/Volume_IF.h"
 #include "filesystem/dates/DateTime.h"
-#include "platform/component_model.h"
 #include "support/faulty_api.h"
 #include "support/file_library.h"
-#include "support/shortcut_bytes.h"
 
 namespace {
 
@@ -25,10 +22,6 @@ using FileSpecTest = FileLibrary;
 
 FileSpec_IF& ImplOf(const FileSpec& file) {
     return *FileSpec_Impl(file).Get();
-}
-
-SharedHandle<FileSpec_IF> Resolve(const FileSpec& file) {
-    return dynamic_cast<AliasSpec_IF&>(ImplOf(file)).ResolveAlias();
 }
 
 TEST_F(FileSpecTest, NullObject) {
@@ -158,24 +151,11 @@ TEST_F(FileSpecTest, RenamesOntoFreePathsAlone) {
     EXPECT_EQ(ReadHostFile(folder / "b"), "b");
 }
 
-TEST_F(FileSpecTest, Shortcuts) {
+TEST_F(FileSpecTest, ShortcutsByTheirName) {
     EXPECT_TRUE(File("c:\\x.lnk").IsAlias());
     EXPECT_TRUE(File("c:\\x.LnK").IsAlias());
     EXPECT_FALSE(File("c:\\x.lnk.txt").IsAlias());
     EXPECT_FALSE(File("c:\\lnk").IsAlias());
-
-    WriteHostFile(folder / "target");
-    WriteHostFile(folder / "good.lnk", MakeShortcut({.local = "C:\\work\\target"}));
-    EXPECT_EQ(Text(Resolve(Child("good.lnk"))->GetPath()), "C:\\work\\target");
-    WriteHostFile(folder / "empty.lnk", MakeShortcut({}));
-    EXPECT_EQ(Resolve(Child("empty.lnk")), nullptr);
-
-    WriteHostFile(folder / "broken.lnk", "no shortcut");
-    const Failure failure = FailureOf([&] { Resolve(Child("broken.lnk")); });
-    EXPECT_NE(failure.message.find("HRESULT"), std::string::npos) << failure.message;
-    EXPECT_EQ(failure.path, "C:\\work\\broken.lnk");
-    EXPECT_EQ(CoInitialize(nullptr), S_OK) << "the thread was left in an apartment";
-    CoUninitialize();
 }
 
 // Every operation that fails tells the kind of its error, with the path, and closes what it opened.

@@ -80,9 +80,8 @@ TEST(DllPathManager, MakesAFolderCurrentForItsLifetime) {
     EXPECT_EQ(CurrentFolder(), before);
 }
 
-// A folder that no path of the library's leads to could not be put back, so it is never left, also
-// where its path leads to another one.
-TEST(DllPathManager, StaysWhereItCouldNotComeBackTo) {
+// Also to one that no path of the library's leads to, or whose path leads to another one.
+TEST(DllPathManager, ComesBackToAnyFolder) {
     const fs::path before = fs::current_path();
     fs::create_directory(TestMachine::ScratchFolder() / "dot");
     fs::create_directory(TestMachine::ScratchFolder() / "x\uFFFD");
@@ -100,7 +99,7 @@ class ComponentLibrary : public testing::Test {
   protected:
     void SetUp() override {
         WCHAR path[MAX_PATH];
-        ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE));
+        ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, FALSE));
         const fs::path folder = TestMachine::Folder() / "drives/c/ProgramData";
         fs::copy_file(BREVIK_TEST_COMPONENT, folder / "Component.dll",
                       fs::copy_options::overwrite_existing);

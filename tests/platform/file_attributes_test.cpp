@@ -56,8 +56,6 @@ TEST_F(FileAttributes, AreReadAsTheSystemDoes) {
         {u"C:\\", 0x10, 0},
         {u"C:\\attributes\\folder\\", 0x10, 0},
         {u"C:\\attributes\\Folder", 0x10, 0},
-        {u"C:\\Attributes\\File.txt\\", 0, 3},
-        {u"C:\\Attributes\\FILE.txt\\", 0, 3},
         {u"C:\\Attributes\\File.txt.", 0x20, 0},
         {u"C:\\Attributes\\File.txt ", 0x20, 0},
         {u"\\\\?\\C:\\Attributes\\File.txt ", 0, 2},

@@ -96,12 +96,11 @@ TEST(Modules, AreFoundInTheOrderOfTheSystem) {
     for (const fs::path& place : places) {
         Install(kPlain, place / "Order-Test.dll");
         WCHAR path[1024];
-        WCHAR* file = nullptr;
-        ASSERT_NE(SearchPathW(nullptr, u"order-test.dll", nullptr, 1024, path, &file), 0u) << place;
+        ASSERT_NE(SearchPathW(nullptr, u"order-test.dll", nullptr, 1024, path, nullptr), 0u)
+            << place;
         HMODULE module = LoadLibraryExW(u"ORDER-TEST", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
         ASSERT_NE(module, nullptr) << place;
         EXPECT_EQ(FileOf(module), Utf8FromWide(path));
-        EXPECT_STREQ(Utf8FromWide(file).c_str(), "Order-Test.dll");
         EXPECT_TRUE(fs::equivalent(FindFile(path).path, place / "Order-Test.dll"));
         EXPECT_EQ(Call(module, "PlainAnswer"), 41);
         EXPECT_TRUE(FreeLibrary(module));

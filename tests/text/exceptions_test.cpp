@@ -101,7 +101,7 @@ TEST(SystemMessages, EveryFileErrorHasAWording) {
 // search.
 TEST(SystemMessages, LibrariesOfAFacilityInTheirOrder) {
     WCHAR path[MAX_PATH];
-    ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE));
+    ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, FALSE));
     const auto put = [](const char* name) {
         std::filesystem::copy_file(BREVIK_TEST_MESSAGE_LIBRARY,
                                    TestMachine::Folder() / "drives/c/Windows/System32" / name);

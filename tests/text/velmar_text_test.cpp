@@ -107,7 +107,7 @@ class LanguageFiles : public testing::Test {
   protected:
     void SetUp() override {
         WCHAR path[MAX_PATH];
-        ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE));
+        ASSERT_TRUE(SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, FALSE));
         folder_ = WideToUtf8(path);
         Write("DEU", "\xEF\xBB\xBF-10005 Datei fehlt\n-10003   \n-2 Fehler %0, Zeile %1\n");
         Write("ENU", "\xEF\xBB\xBF-10005 no such file\n");

@@ -112,6 +112,27 @@ void SQLite3WrapperDB::Close() {
     path_.clear();
 }
 
+void SQLite3WrapperDB::Reconnect() {
+    if (db_ != nullptr) {
+        CloseQuietly(std::exchange(db_, nullptr));
+    }
+    Connect(HostPath());
+}
+
+void SQLite3WrapperDB::ProveCipher() {
+    SQLite3WrapperDB scratch;
+    scratch.path_ = WIDE("scratch");
+    // Without a path the library takes a file that nobody else sees, and which ends with the
+    // connection. More pages than it keeps in memory go there and come back.
+    scratch.Connect("");
+    scratch.Execute("PRAGMA cache_size = 4");
+    scratch.Execute("create table t(x)");
+    scratch.Execute("insert into t values(zeroblob(100000))");
+    if (scratch.QueryScalar("select x = zeroblob(100000) from t") != 1) {
+        throw SQLite3WrapperException(kSqliteNoMemory, "The cipher does not work");
+    }
+}
+
 sqlite3* SQLite3WrapperDB::Connection(Need need) {
     if (path_.empty()) {
         throw SQLite3WrapperException(kWrapperError, "Database not open");
@@ -147,8 +168,7 @@ bool SQLite3WrapperDB::KeyAnew(std::int32_t result) {
     if (result != kSqliteNotADatabase || SqliteLibrary::Get().get_autocommit(db_) == 0) {
         return false;
     }
-    CloseQuietly(std::exchange(db_, nullptr));
-    Connect(HostPath());
+    Reconnect();
     return true;
 }
 

@@ -7,6 +7,7 @@
 
 #include "catalogue/RecordGathering.h"
 #include "modules/ModuleFolders.h"
+#include "platform/never_destroyed.h"
 #include "trace/UTrace.h"
 
 namespace {
@@ -28,9 +29,8 @@ struct CertificateCache {
 };
 
 CertificateCache& Cache() {
-    // Never destroyed: a host may call while the process ends.
-    static CertificateCache& cache = *new CertificateCache;
-    return cache;
+    static NeverDestroyed<CertificateCache> cache;
+    return *cache;
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "catalogue/records/SharedFolder.h"
 #include "platform/files.h"
 #include "platform/folders.h"
+#include "platform/never_destroyed.h"
 #include "text/StringConversions.h"
 #include "trace/UTrace.h"
 
@@ -34,11 +35,11 @@ WideString DatabaseFileIn(const WideString& folder) {
 }
 
 std::string SQLCertificate::SqlDatabasePath() {
-    static std::mutex& mutex = *new std::mutex;  // never destroyed, as what it guards
-    static Utf8String& known = *new Utf8String;
-    const std::lock_guard lock(mutex);
-    if (!known.empty()) {
-        return Utf8ToNarrow(known);
+    static NeverDestroyed<std::mutex> mutex;
+    static NeverDestroyed<Utf8String> known;
+    const std::lock_guard lock(*mutex);
+    if (!known->empty()) {
+        return Utf8ToNarrow(*known);
     }
     const WideString folder = FindDatabaseFolder();
     if (!folder.empty() && !PathFileExistsW(folder.c_str())) {
@@ -48,7 +49,7 @@ std::string SQLCertificate::SqlDatabasePath() {
     UTrace::Info("SqlDatabasePath result = %s)", Utf8ToNarrow(path).c_str());
     // A folder that could not be made now is made by a later call.
     if (PathFileExistsW(folder.c_str())) {
-        known = path;
+        *known = path;
     }
     return Utf8ToNarrow(path);
 }

@@ -1,18 +1,19 @@
 #include "catalogue/records/RecordAccess.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <iterator>
 
 #include "catalogue/RecordGathering.h"
+#include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "catalogue/records/RecordTable.h"
 #include "catalogue/records/SharedRecordStore.h"
 #include "trace/UTrace.h"
 
 namespace {
 
-// A transaction that holds the database's write lock from its beginning, so that what is read in it
-// stays true until it ends. Without a Commit that succeeded, nothing has been done.
+// Without a Commit that succeeded, nothing has been done.
 class WriteTransaction {
   public:
     explicit WriteTransaction(SQLite3WrapperDB& db) : db_(db) { db_.Execute("begin immediate"); }
@@ -41,9 +42,13 @@ class WriteTransaction {
 }  // namespace
 
 RecordAccess::RecordAccess(SQLite3WrapperDB& db)
-    : lock_(SharedRecordStore::Get().mutex_),
+    : lock_(SharedRecordStore::Get().mutex_,
+            std::chrono::milliseconds(RecordGathering::LongestWait())),
       db_(db),
       snapshot_(&db == &SharedRecordStore::Get().db_ ? SharedRecordStore::Get().snapshot_ : own_) {
+    if (!lock_) {
+        throw SQLite3WrapperException(kSqliteBusy, "another thread waits for the database");
+    }
     if (&snapshot_ != &own_) {
         db_.SetBusyTimeout(static_cast<std::int32_t>(RecordGathering::LongestWait()));
     }
@@ -62,27 +67,42 @@ bool RecordAccess::ListKeys(std::vector<std::string>* keys) {
 
 void RecordAccess::EnsureTable() {
     if (!db_.TableExists(RecordTable::kName)) {
-        WriteTransaction transaction(db_);
-        RecordTable::CreateIfMissing(db_);
-        transaction.Commit();
+        Write([&] { RecordTable::CreateIfMissing(db_); });
     }
 }
 
 void RecordAccess::Import(const std::string& key,
                           const std::vector<std::string>& insertStatements) {
-    WriteTransaction transaction(db_);
-    // Another process may have imported the file since.
-    if (RowsOf(key) == nullptr) {
-        for (const std::string& statement : insertStatements) {
-            db_.Execute(statement);
+    Write([&] {
+        // Another process may have imported the file since.
+        if (RowsOf(key) == nullptr) {
+            for (const std::string& statement : insertStatements) {
+                db_.Execute(statement);
+            }
         }
-        transaction.Commit();
-    }
+    });
 }
 
 void RecordAccess::Edit(const std::function<void(SQLite3WrapperDB&)>& change) {
     snapshot_.Clear();
-    WriteTransaction transaction(db_);
-    change(db_);
-    transaction.Commit();
+    Write([&] { change(db_); });
+}
+
+void RecordAccess::Write(const std::function<void()>& change) {
+    for (bool again = false;; again = true) {
+        try {
+            WriteTransaction transaction(db_);
+            change();
+            transaction.Commit();
+            return;
+        } catch (const SQLite3WrapperException& failure) {
+            if (again || failure.GetCode() != kSqliteReadOnly) {
+                throw;
+            }
+        }
+        // Another process may have replaced the file since, or opening it for writing have failed
+        // in passing: the library then goes on as with a file that nobody may write.
+        snapshot_.Clear();
+        db_.Reconnect();
+    }
 }

@@ -15,8 +15,8 @@
 
 class RecordAccess {
   public:
-    // Waits for other threads. Statements on the shared connection wait for other processes as long
-    // as the thread's RecordGathering allows.
+    // Waits for other threads, and statements on the shared connection wait for other processes, as
+    // long in all as the thread's RecordGathering allows.
     explicit RecordAccess(SQLite3WrapperDB& db);
     RecordAccess(const RecordAccess&) = delete;
     RecordAccess& operator=(const RecordAccess&) = delete;
@@ -43,7 +43,11 @@ class RecordAccess {
     void Edit(const std::function<void(SQLite3WrapperDB&)>& change);
 
   private:
-    const std::lock_guard<std::mutex> lock_;
+    // Runs a change in a transaction that holds the database's write lock from its beginning, so
+    // that what is read in it stays true until it ends.
+    void Write(const std::function<void()>& change);
+
+    const std::unique_lock<std::timed_mutex> lock_;
     SQLite3WrapperDB& db_;
     RecordSnapshot own_;  // of a connection other than the shared one
     RecordSnapshot& snapshot_;

@@ -94,6 +94,21 @@ void DeleteAllRows(SQLite3WrapperDB& db) {
     db.Execute("DELETE FROM CertificateData");
 }
 
+void CheckForm(SQLite3WrapperDB& db) {
+    // An index that lets equal rows be does no harm.
+    const char* const oddities =
+        "select (select count(*) from sqlite_master where lower(tbl_name) = 'certificatedata' and "
+        "case type when 'table' then name <> 'CertificateData' or "
+        "replace(replace(replace(lower(sql), '''', ''), '\"', ''), ' ', '') <> "
+        "'createtablecertificatedata(qzcchar[512],fieldnamechar(256),fieldvaluechar(256))' "
+        "when 'index' then sql is null or sql like '%unique%' else 1 end) + "
+        "(select count(*) from CertificateData where "
+        "instr(qzc || fieldname || fieldvalue, char(0)))";
+    if (db.QueryScalar(oddities) != 0) {
+        throw SQLite3WrapperException(kSqliteCorrupt, "The record table is not as it was made");
+    }
+}
+
 SharedHandle<SQLite3WrapperTable> LoadRows(SQLite3WrapperDB& db, const std::string& key) {
     return db.LoadTable(kName, "qzc=" + Quoted(key));
 }

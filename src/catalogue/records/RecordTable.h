@@ -35,6 +35,10 @@ void DeleteRows(SQLite3WrapperDB& db, const std::string& key);
 void DeleteRows(SQLite3WrapperDB& db, const std::vector<std::string>& keys);
 void DeleteAllRows(SQLite3WrapperDB& db);
 
+// Throws kSqliteCorrupt when something else stands in the table's place or hangs on it, or a value
+// holds a NUL, as of a page that was lost; kSqliteError without the table or one of its columns.
+void CheckForm(SQLite3WrapperDB& db);
+
 // The rows of a certificate.
 SharedHandle<SQLite3WrapperTable> LoadRows(SQLite3WrapperDB& db, const std::string& key);
 

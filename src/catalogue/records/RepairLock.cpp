@@ -31,14 +31,14 @@ RepairLock::RepairLock(const std::string& databasePath) {
     const WideString path = NarrowToWide(databasePath + ".repair");
     MakeSharedFile(path.c_str());
     const DWORD longestWait = RecordGathering::LongestWait();
-    for (DWORD waited = 0;; waited += kPause) {
+    for (const DWORD start = GetTickCount();;) {
         file_ = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                             FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file_ != INVALID_HANDLE_VALUE) {
             return;
         }
         const DWORD error = GetLastError();
-        if (error != ERROR_SHARING_VIOLATION || waited >= longestWait) {
+        if (error != ERROR_SHARING_VIOLATION || GetTickCount() - start >= longestWait) {
             throw SQLite3WrapperException(CodeOf(error), "it cannot be locked");
         }
         Sleep(kPause);

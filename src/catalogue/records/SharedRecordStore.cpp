@@ -15,6 +15,7 @@
 #include "catalogue/records/SQLCertificate.h"
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/never_destroyed.h"
 #include "text/StringConversions.h"
 #include "trace/UTrace.h"
 
@@ -60,8 +61,8 @@ bool DeleteOrEmpty(const WideString& path) {
 }  // namespace
 
 SharedRecordStore& SharedRecordStore::Get() {
-    static SharedRecordStore& store = *new SharedRecordStore;
-    return store;
+    static NeverDestroyed<SharedRecordStore> store;
+    return *store;
 }
 
 void SharedRecordStore::LoadLibrary() {
@@ -102,39 +103,45 @@ void SharedRecordStore::Reopen() {
     opened_ = true;
 }
 
-// Reads all rows, which a load needs in a moment anyway: damage may lie in any of them. While it
-// cannot be told how the file is, the next call looks again.
+// Reads all rows, which a load needs in a moment anyway: damage may lie in any of them. While it is
+// unknown how the file is, the next call looks again.
 void SharedRecordStore::Examine(RecordAccess& access) {
-    examined_ = true;
+    bool isKnown = true;
     try {
         if (existed_) {
-            access.Keys();
+            ReadAll(access);
         }
     } catch (const std::exception& failure) {
-        RecordGathering::Note(failure);
         UTrace::Error("TableList failed ");
-        examined_ = !RecordGathering::IsPassing(failure);
         if (IsDamage(failure)) {
-            Repair(access);
+            isKnown = Repair(access) != Outcome::kMayPass;
+        } else {
+            RecordGathering::Note(failure);
+            isKnown = !RecordGathering::IsPassing(failure);
         }
     }
+    examined_ = isKnown;
 }
 
-bool SharedRecordStore::Repair(RecordAccess& access) {
+void SharedRecordStore::ReadAll(RecordAccess& access) {
+    access.Keys();
+    RecordTable::CheckForm(db_);
+}
+
+SharedRecordStore::Outcome SharedRecordStore::Repair(RecordAccess& access) {
     try {
         ReplaceIfDamaged(access);
-        return true;
+        return Outcome::kMended;
     } catch (const std::exception& failure) {
         RecordGathering::Note(failure);
         UTrace::Error("The damaged record database stays as it is: %s", failure.what());
-        examined_ = !RecordGathering::IsPassing(failure);
-        return false;
+        return RecordGathering::IsPassing(failure) ? Outcome::kMayPass : Outcome::kStays;
     }
 }
 
 bool SharedRecordStore::IsDamaged(RecordAccess& access) {
     try {
-        access.Keys();
+        ReadAll(access);
         // Pages without rows are not read above, and needed for new rows.
         const SharedHandle<SQLite3WrapperQuery> check = db_.Query("PRAGMA quick_check(1)");
         return check->IsAtEnd() || std::string("ok") != check->GetColumnText(0);
@@ -158,6 +165,8 @@ void SharedRecordStore::ReplaceIfDamaged(RecordAccess& access) {
     if (!IsDamaged(access)) {
         return;
     }
+    // For want of memory it may be the cipher that has failed.
+    SQLite3WrapperDB::ProveCipher();
     db_.Close();
     const bool isGone = DeleteOrEmpty(NarrowToWide(path));
     Sleep(kRepairPause);
@@ -169,7 +178,12 @@ void SharedRecordStore::ReplaceIfDamaged(RecordAccess& access) {
 
 bool SharedRecordStore::RepairAfter(const std::exception& failure, const SQLite3WrapperDB& db) {
     RecordAccess access(db_);
-    return &db == &db_ && IsDamage(failure) && !std::exchange(triedRepair_, true) && Repair(access);
+    if (&db != &db_ || !IsDamage(failure) || triedRepair_) {
+        return false;
+    }
+    const Outcome outcome = Repair(access);
+    triedRepair_ = outcome != Outcome::kMayPass;
+    return outcome == Outcome::kMended;
 }
 
 void SharedRecordStore::Purge(RecordAccess& access) {
@@ -204,7 +218,7 @@ void SharedRecordStore::DropRecords() {
             access.Edit(RecordTable::DeleteAllRows);
         }
     } catch (const std::exception& failure) {
-        if (!IsDamage(failure) || !Repair(access)) {
+        if (!IsDamage(failure) || Repair(access) != Outcome::kMended) {
             throw;
         }
     }

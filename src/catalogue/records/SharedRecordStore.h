@@ -9,6 +9,7 @@
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/records/RecordSnapshot.h"
+#include "platform/never_destroyed.h"
 
 class RecordAccess;
 
@@ -38,18 +39,21 @@ class SharedRecordStore {
 
   private:
     friend class RecordAccess;
+    friend class NeverDestroyed<SharedRecordStore>;
 
     SharedRecordStore() = default;
 
     // These belong to the thread that has the access.
     void Reopen();
     void Examine(RecordAccess& access);
-    bool Repair(RecordAccess& access);
+    enum class Outcome { kMended, kStays, kMayPass };
+    Outcome Repair(RecordAccess& access);
     void ReplaceIfDamaged(RecordAccess& access);
+    void ReadAll(RecordAccess& access);
     bool IsDamaged(RecordAccess& access);
     void Purge(RecordAccess& access);
 
-    std::mutex mutex_;  // held by a RecordAccess, guards the rest
+    std::timed_mutex mutex_;  // held by a RecordAccess, guards the rest
     SQLite3WrapperDB db_;
     RecordSnapshot snapshot_;
     bool existed_ = false;  // before this process opened it

@@ -4,16 +4,17 @@
 #include <mutex>
 
 #include "filesystem/FileSpec_IF.h"
+#include "platform/never_destroyed.h"
 #include "text/VelmarException.h"
 
 namespace {
 
-// The lock and the factory are never destroyed: a host may make its last calls while the process
-// ends.
 std::mutex& GetFactoryLock() {
-    static std::mutex& lock = *new std::mutex;
-    return lock;
+    static NeverDestroyed<std::mutex> lock;
+    return *lock;
 }
+
+// Never destroyed, as its lock.
 constinit SharedHandle<ClassFactory_IF>* factory = nullptr;
 
 // The factory once it is set, for readers without the lock.

@@ -8,6 +8,7 @@
 #include "filesystem/Private/Windows/ClassFactory.h"
 #include "filesystem/Private/Windows/VolumeRegistry.h"
 #include "platform/errors.h"
+#include "platform/never_destroyed.h"
 
 namespace {
 
@@ -65,15 +66,14 @@ HMODULE GetModule() {
     return start_module;
 }
 
-// Never destroyed, nor is its lock: a host may make its last calls while the process ends.
 FolderSpec& GetTempFolderState() {
-    static FolderSpec& temp_folder = *new FolderSpec;
-    return temp_folder;
+    static NeverDestroyed<FolderSpec> temp_folder;
+    return *temp_folder;
 }
 
 BaseCriticalSection& GetTempFolderLock() {
-    static VelmarCriticalSection& lock = *new VelmarCriticalSection;
-    return lock;
+    static NeverDestroyed<VelmarCriticalSection> lock;
+    return *lock;
 }
 
 }  // namespace FileSystem

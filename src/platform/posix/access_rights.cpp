@@ -85,10 +85,8 @@ mode_t ShutMode(OtherUsersRights rights) {
 
 // Makes the folder where it is to be, and opens it to others afterwards.
 DWORD MakeInPlace(const std::string& path, OtherUsersRights rights) {
-    if (mkdir(path.c_str(), ShutMode(rights)) != 0) {
-        return ErrorFromHost(errno);
-    }
-    return GrantToOthers(path, rights);
+    const DWORD error = ErrorOf(mkdir(path.c_str(), ShutMode(rights)));
+    return error == NO_ERROR ? GrantToOthers(path, rights) : error;
 }
 
 }  // namespace
@@ -101,7 +99,7 @@ DWORD GrantToOthers(const std::string& path, OtherUsersRights rights) {
 
 DWORD MakeFolderWithRights(const std::string& path, OtherUsersRights rights) {
     if (rights == OtherUsersRights::kAsTheMaskSays) {
-        return mkdir(path.c_str(), 0777) == 0 ? NO_ERROR : ErrorFromHost(errno);
+        return ErrorOf(mkdir(path.c_str(), 0777));
     }
     // Made under another name and renamed when it is ready: a process that ends half-way must not
     // leave a folder that is shut to all others for good.
@@ -109,9 +107,8 @@ DWORD MakeFolderWithRights(const std::string& path, OtherUsersRights rights) {
     if (mkdtemp(scratch.data()) == nullptr) {
         return ErrorFromHost(errno);
     }
-    const DWORD error = chmod(scratch.c_str(), ShutMode(rights)) == 0
-                            ? GrantToOthers(scratch, rights)
-                            : ErrorFromHost(errno);
+    DWORD error = ErrorOf(chmod(scratch.c_str(), ShutMode(rights)));
+    error = error == NO_ERROR ? GrantToOthers(scratch, rights) : error;
     if (error == NO_ERROR &&
         renameat2(AT_FDCWD, scratch.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) {
         return NO_ERROR;

@@ -9,6 +9,7 @@
 
 #include "platform/component_model.h"
 #include "platform/modules.h"
+#include "platform/never_destroyed.h"
 #include "platform/posix/built_in_classes.h"
 #include "platform/posix/host_text.h"
 #include "platform/registry.h"
@@ -77,8 +78,8 @@ HRESULT FindServer(REFCLSID classId, std::u16string* server) {
 class Servers {
   public:
     static Servers& Current() {
-        static Servers& servers = *new Servers;
-        return servers;
+        static NeverDestroyed<Servers> servers;
+        return *servers;
     }
 
     // The library's class objects. S_OK, or why it has none.

@@ -7,20 +7,19 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstdint>
-#include <iterator>
 #include <memory>
 #include <string>
 
 #include "platform/files.h"
 #include "platform/posix/file_attributes.h"
+#include "platform/posix/file_stamp.h"
 #include "platform/posix/held_signal.h"
-#include "platform/posix/host_errors.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/open_file.h"
 #include "platform/posix/paths.h"
-#include "platform/posix/scoped_handle.h"
+#include "platform/scoped_handle.h"
 
 namespace brevik::platform {
 namespace {
@@ -29,37 +28,24 @@ constexpr std::int64_t kChunk = 4 << 20;
 constexpr std::int64_t kBlock = 1 << 20;  // where the host does not copy by itself
 constexpr DWORD kStream = 1;
 
-// Whoever watches a copy and may end it.
+// Reports the progress of a copy to a routine, which may end it.
 struct Watcher {
-    LPPROGRESS_ROUTINE routine;
+    LPPROGRESS_ROUTINE routine;  // may be null
     void* data;
-    BOOL* cancel;
     HANDLE source;
     HANDLE target;
     std::int64_t size;
 
-    bool HasCancelled() const {
-        return cancel != nullptr && std::atomic_ref<BOOL>(*cancel).load() != FALSE;
-    }
-
-    // 0, or 1235 when the copy is to end.
-    DWORD Tell(DWORD reason, std::int64_t done) const {
+    // NO_ERROR, or ERROR_REQUEST_ABORTED when the copy is to end.
+    DWORD Report(DWORD reason, std::int64_t done) const {
         const LARGE_INTEGER total = {size};
         const LARGE_INTEGER part = {done};
-        if (routine != nullptr && routine(total, part, total, part, kStream, reason, source, target,
-                                          data) != PROGRESS_CONTINUE) {
-            return ERROR_REQUEST_ABORTED;
-        }
-        return HasCancelled() ? ERROR_REQUEST_ABORTED : NO_ERROR;
+        const bool goesOn =
+            routine == nullptr || routine(total, part, total, part, kStream, reason, source, target,
+                                          data) == PROGRESS_CONTINUE;
+        return goesOn ? NO_ERROR : ERROR_REQUEST_ABORTED;
     }
 };
-
-// What a host gives that cannot copy between these two files by itself.
-bool IsNoWayOfCopying(int hostError) {
-    constexpr int kErrors[] = {EXDEV,  EINVAL, ENOSYS, EOPNOTSUPP, EPERM,
-                               EACCES, EBADF,  EIO,    ETXTBSY};
-    return std::find(std::begin(kErrors), std::end(kErrors), hostError) != std::end(kErrors);
-}
 
 // Copies the contents of one file into another of the same size that is all holes.
 class ContentCopy {
@@ -70,7 +56,7 @@ class ContentCopy {
         hasHoles_ = fstat(source_, &status) == 0 && status.st_blocks * 512 < watcher_.size;
     }
 
-    // 0 or an error number. `done` is how much there was.
+    // NO_ERROR or why it failed. `done` is how much the source held.
     DWORD Run(std::int64_t* done) {
         for (*done = 0; *done < watcher_.size;) {
             const std::int64_t end = FindChunk(done);
@@ -79,11 +65,11 @@ class ContentCopy {
                 return ErrorFromHost(errno);
             }
             if (count == 0 && *done < end) {
-                // Somebody has cut the source since.
+                // Another program has cut the source meanwhile.
                 return NO_ERROR;
             }
             *done += count;
-            if (const DWORD error = watcher_.Tell(CALLBACK_CHUNK_FINISHED, *done);
+            if (const DWORD error = watcher_.Report(CALLBACK_CHUNK_FINISHED, *done);
                 error != NO_ERROR) {
                 return error;
             }
@@ -92,19 +78,18 @@ class ContentCopy {
     }
 
   private:
-    // Moves the place beyond a hole. The end of what is to be copied from there at once.
-    std::int64_t FindChunk(std::int64_t* place) {
+    // Moves the place past a hole. The result is the end of what is to be copied from there at
+    // once.
+    std::int64_t FindChunk(std::int64_t* place) const {
         std::int64_t end = watcher_.size;
         if (hasHoles_) {
             const off_t data = lseek(source_, *place, SEEK_DATA);
             const off_t hole = data < 0 ? data : lseek(source_, data, SEEK_HOLE);
-            if (data < 0 && errno == ENXIO) {
-                *place = end;
-            } else if (hole < 0) {
-                hasHoles_ = false;
-            } else {
+            if (hole >= 0) {
                 *place = std::min<std::int64_t>(data, end);
                 end = std::min<std::int64_t>(hole, end);
+            } else if (errno == ENXIO) {
+                *place = end;
             }
         }
         return std::min(end, *place + kChunk);
@@ -112,7 +97,7 @@ class ContentCopy {
 
     // How much was copied, 0 at the end of the source; negative with errno on failure.
     std::int64_t CopyPart(std::int64_t place, std::int64_t count) {
-        while (hostCopies_) {
+        if (hostCopies_) {
             off_t from = place;
             off_t to = place;
             const ssize_t done =
@@ -120,12 +105,9 @@ class ContentCopy {
             if (done > 0) {
                 return done;
             }
-            // Some hosts say so by copying nothing.
-            if (done == 0 || IsNoWayOfCopying(errno)) {
-                hostCopies_ = false;
-            } else if (errno != EINTR) {
-                return -1;
-            }
+            // Hosts refuse files of two kinds in many ways, or copy nothing. If this is a failure
+            // of the disk or the end of the source, the blocks meet it as well.
+            hostCopies_ = false;
         }
         return CopyBlock(place, std::min(count, kBlock));
     }
@@ -153,40 +135,30 @@ class ContentCopy {
     int source_;
     int target_;
     const Watcher& watcher_;
-    bool hasHoles_ = false;
+    bool hasHoles_;
     bool hostCopies_ = true;
     std::unique_ptr<char[]> block_;
 };
 
-DWORD SetSize(HANDLE file, std::int64_t size) {
-    LONG high = static_cast<LONG>(size >> 32);
-    if (SetFilePointer(file, static_cast<LONG>(size), &high, FILE_BEGIN) ==
-            INVALID_SET_FILE_POINTER &&
-        GetLastError() != NO_ERROR) {
-        return GetLastError();
-    }
-    return SetEndOfFile(file) ? NO_ERROR : GetLastError();
-}
-
-DWORD CopyContents(const OpenFile& source, const OpenFile& target, const Watcher& watcher) {
+DWORD CopyContents(const OpenFile& source, OpenFile& target, const Watcher& watcher) {
     if (watcher.size == 0) {
         return NO_ERROR;
     }
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
     // Where the host lets two files share their blocks, that is all there is to do.
     if (ioctl(target.Descriptor(), FICLONE, source.Descriptor()) == 0) {
-        return watcher.Tell(CALLBACK_CHUNK_FINISHED, watcher.size);
+        return watcher.Report(CALLBACK_CHUNK_FINISHED, watcher.size);
     }
-    // A disk without the room for it refuses ahead of the work.
-    DWORD error = SetSize(watcher.target, watcher.size);
+    // First, so that a disk without the room refuses before the work.
+    DWORD error = target.SetSize(watcher.size);
     std::int64_t done = 0;
     if (error == NO_ERROR) {
         error = ContentCopy(source.Descriptor(), target.Descriptor(), watcher).Run(&done);
     }
-    return error == NO_ERROR && done < watcher.size ? SetSize(watcher.target, done) : error;
+    return error == NO_ERROR && done < watcher.size ? target.SetSize(done) : error;
 }
 
-// Nobody gets at a copy who does not get at the source, and what may be run may be so as a copy.
+// A copy is open only to those that the source is open to, and a program stays one.
 void LimitPermissions(const struct stat& source, const OpenFile& target) {
     struct stat status;
     if (fstat(target.Descriptor(), &status) == 0) {
@@ -214,26 +186,18 @@ void Remove(const OpenFile& target, const std::string& path) {
     struct stat opened;
     struct stat named;
     if (fstat(target.Descriptor(), &opened) == 0 && lstat(path.c_str(), &named) == 0 &&
-        opened.st_dev == named.st_dev && opened.st_ino == named.st_ino) {
+        IsSameFile(opened, named)) {
         unlink(path.c_str());
     }
 }
 
-BOOL Fail(DWORD error) {
-    SetLastError(error);
-    return FALSE;
-}
-
 }  // namespace
 
-BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress, void* data,
-                 BOOL* cancel, DWORD flags) {
-    if (from == nullptr || to == nullptr) {
-        return Fail(ERROR_PATH_NOT_FOUND);
-    }
+BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress, void* data, BOOL*,
+                 DWORD) {
     const ScopedHandle source(CreateFileW(from, GENERIC_READ, FILE_SHARE_READ, nullptr,
                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!source.IsOpen()) {
+    if (!source) {
         return FALSE;
     }
     const std::shared_ptr<OpenFile> sourceFile = FindOpenFile(source.Get());
@@ -241,21 +205,16 @@ BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress
     if (fstat(sourceFile->Descriptor(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return Fail(ERROR_ACCESS_DENIED);
     }
-    const bool isNew = (flags & COPY_FILE_FAIL_IF_EXISTS) != 0;
-    const ScopedHandle target(CreateFileW(to, GENERIC_WRITE, 0, nullptr,
-                                          isNew ? CREATE_NEW : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
-                                          nullptr));
-    if (!target.IsOpen()) {
+    const ScopedHandle target(
+        CreateFileW(to, GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!target) {
         return FALSE;
     }
-    const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
     const std::shared_ptr<OpenFile> targetFile = FindOpenFile(target.Get());
     const std::string targetPath = FindFile(PlaceOf(to)).path;
-    if (!existed) {
-        LimitPermissions(status, *targetFile);
-    }
-    const Watcher watcher = {progress, data, cancel, source.Get(), target.Get(), status.st_size};
-    DWORD error = watcher.Tell(CALLBACK_STREAM_SWITCH, 0);
+    LimitPermissions(status, *targetFile);
+    const Watcher watcher = {progress, data, source.Get(), target.Get(), status.st_size};
+    DWORD error = watcher.Report(CALLBACK_STREAM_SWITCH, 0);
     if (error == NO_ERROR) {
         error = CopyContents(*sourceFile, *targetFile, watcher);
     }

@@ -5,12 +5,12 @@
 
 #include <cerrno>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 
 #include "platform/files.h"
 #include "platform/posix/handle.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/paths.h"
 #include "platform/posix/share_modes.h"
 #include "platform/volumes.h"
@@ -18,30 +18,21 @@
 namespace brevik::platform {
 namespace {
 
-constexpr std::u16string_view kPrefix = u"\\\\.\\";
-
 class DriveDevice : public HandleObject {
   public:
     explicit DriveDevice(std::u16string root) : root_(std::move(root)) {}
 
+    // REQUIRES: this handle has no lock yet.
     DWORD Lock() {
         HostFile folder;
         if (const DWORD error = FindVolume(folder); error != NO_ERROR) {
             return error;
         }
-        const std::lock_guard guard(mutex_);
-        if (locked_) {
-            return NO_ERROR;
-        }
-        if (AnyOpenBelow(folder.path, OpenFiles::kAll)) {
-            return ERROR_ACCESS_DENIED;
-        }
-        const DWORD error = lock_.LockVolume(folder.status);
-        locked_ = error == NO_ERROR;
-        return error;
+        return AnyOpenBelow(folder.path, OpenFiles::kAll) ? ERROR_ACCESS_DENIED
+                                                          : lock_.LockVolume(folder.status);
     }
 
-    // Writes out what the host still holds back of the volume.
+    // Writes out what the host still holds in memory of the volume.
     DWORD Dismount() {
         HostFile folder;
         if (const DWORD error = FindVolume(folder); error != NO_ERROR) {
@@ -59,8 +50,9 @@ class DriveDevice : public HandleObject {
         if (kind != DRIVE_REMOVABLE && kind != DRIVE_CDROM) {
             return ERROR_ACCESS_DENIED;
         }
-        if (!GetVolumeInformationW(root_.c_str(), nullptr, 0, nullptr, nullptr, nullptr, nullptr,
-                                   0)) {
+        // Fails where there is no medium.
+        ULARGE_INTEGER ignored;
+        if (!GetDiskFreeSpaceExW(root_.c_str(), &ignored, nullptr, nullptr)) {
             return GetLastError();
         }
         folder = FindFile(PlaceOf(root_));
@@ -68,45 +60,31 @@ class DriveDevice : public HandleObject {
     }
 
     const std::u16string root_;
-    std::mutex mutex_;
-    bool locked_ = false;
     ShareMode lock_;
 };
-
-BOOL Answer(DWORD error) {
-    if (error != NO_ERROR) {
-        SetLastError(error);
-    }
-    return error == NO_ERROR;
-}
 
 }  // namespace
 
 bool IsDriveDevice(std::u16string_view path) {
-    return path.size() == kPrefix.size() + 2 && path.starts_with(kPrefix) && path.back() == u':';
+    return path.size() == kDevicePrefix.size() + 2 && path.starts_with(kDevicePrefix) &&
+           path.back() == u':';
 }
 
 HANDLE OpenDriveDevice(std::u16string_view path) {
-    std::u16string root(path.substr(kPrefix.size()));
+    std::u16string root(path.substr(kDevicePrefix.size()));
     root += u'\\';
-    HANDLE device = nullptr;
-    DWORD error = ERROR_FILE_NOT_FOUND;
-    if (GetDriveTypeW(root.c_str()) != DRIVE_NO_ROOT_DIR) {
-        device = OpenHandle(std::make_shared<DriveDevice>(std::move(root)));
-        error = device == nullptr ? ERROR_TOO_MANY_OPEN_FILES : NO_ERROR;
+    if (GetDriveTypeW(root.c_str()) == DRIVE_NO_ROOT_DIR) {
+        return Fail(ERROR_FILE_NOT_FOUND, INVALID_HANDLE_VALUE);
     }
-    SetLastError(error);
-    return device != nullptr ? device : INVALID_HANDLE_VALUE;
+    return OpenHandle(std::make_shared<DriveDevice>(std::move(root)));
 }
 
 BOOL DeviceIoControl(HANDLE device, DWORD code, void*, DWORD, void*, DWORD, DWORD* returned,
                      OVERLAPPED*) {
-    if (returned != nullptr) {
-        *returned = 0;
-    }
+    *returned = 0;
     const std::shared_ptr<DriveDevice> drive = FindHandle<DriveDevice>(device);
     if (!drive) {
-        return Answer(FindHandleObject(device) ? ERROR_INVALID_PARAMETER : ERROR_INVALID_HANDLE);
+        return Fail(ERROR_INVALID_HANDLE);
     }
     switch (code) {
         case FSCTL_LOCK_VOLUME:
@@ -114,7 +92,7 @@ BOOL DeviceIoControl(HANDLE device, DWORD code, void*, DWORD, void*, DWORD, DWOR
         case FSCTL_DISMOUNT_VOLUME:
             return Answer(drive->Dismount());
         default:
-            return Answer(ERROR_NOT_SUPPORTED);
+            return Fail(ERROR_NOT_SUPPORTED);
     }
 }
 

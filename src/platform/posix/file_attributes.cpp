@@ -12,6 +12,7 @@
 
 #include "platform/files.h"
 #include "platform/posix/host_errors.h"
+#include "platform/posix/host_text.h"
 #include "platform/posix/host_times.h"
 
 namespace brevik::platform {
@@ -22,7 +23,7 @@ constexpr char kCreationName[] = "user.brevik.creation_time";
 
 constexpr DWORD kOfBoth = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
 
-// What of the stored attributes counts.
+// Which stored attributes count.
 constexpr DWORD StoredMask(bool folder) {
     return kOfBoth | (folder ? FILE_ATTRIBUTE_READONLY : 0);
 }
@@ -31,7 +32,7 @@ constexpr DWORD DefaultAttributes(bool folder) {
     return folder ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
 }
 
-// The value of an extended attribute; what is longer than any that is read here is cut.
+// The value of an extended attribute. One that is longer than any that is read here has none.
 class StoredValue {
   public:
     StoredValue(const char* path, const char* name)
@@ -45,6 +46,43 @@ class StoredValue {
     ssize_t size_;
 };
 
+std::uint32_t NumberAt(std::string_view bytes, std::size_t place, std::size_t size) {
+    return NumberOfBytes(bytes.substr(place, size));
+}
+
+// The number that is all of the text.
+template <typename Number>
+std::optional<Number> ParseNumber(std::string_view text, int base) {
+    Number number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    const bool isWhole = error == std::errc() && end == text.data() + text.size();
+    return isWhole ? std::optional(number) : std::nullopt;
+}
+
+// The binary form: an empty text, the version, the version again as a tag, which fields there are,
+// and the fields, of which the attributes are the first.
+std::optional<DWORD> ParseBinaryAttributes(std::string_view value) {
+    constexpr std::size_t kVersion = 2, kTag = 4, kFields = 8, kAttributes = 12, kEnd = 16;
+    constexpr std::uint32_t kFirstVersion = 3, kLastVersion = 5, kHasAttributes = 1;
+    if (value.size() < kEnd || value[0] != '\0') {
+        return std::nullopt;
+    }
+    const std::uint32_t version = NumberAt(value, kVersion, 2);
+    const bool known = version >= kFirstVersion && version <= kLastVersion &&
+                       NumberAt(value, kTag, 2) == version &&
+                       (NumberAt(value, kFields, 4) & kHasAttributes) != 0;
+    return known ? std::optional<DWORD>(NumberAt(value, kAttributes, 4)) : std::nullopt;
+}
+
+// The attributes in a value of user.DOSATTRIB; nothing for one in no form that is known.
+std::optional<DWORD> ParseStoredAttributes(std::string_view value) {
+    if (!value.starts_with("0x") && !value.starts_with("0X")) {
+        return ParseBinaryAttributes(value);
+    }
+    // A NUL ends the text, whatever follows it.
+    return ParseNumber<DWORD>(value.substr(2, value.find('\0') - 2), 16);
+}
+
 // All bits that are stored, also those that mean nothing here.
 DWORD ReadStoredAttributes(const char* path, bool folder) {
     const StoredValue value(path, kAttributesName);
@@ -57,15 +95,12 @@ std::optional<FILETIME> ReadStoredCreationTime(const char* path) {
     if (!value.IsThere()) {
         return std::nullopt;
     }
-    const std::string_view text = value.Text();
-    std::uint64_t count = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole ? std::optional(FileTimeOfCount(count)) : std::nullopt;
+    const auto count = ParseNumber<std::uint64_t>(value.Text(), 10);
+    return count ? std::optional(FileTimeOfCount(*count)) : std::nullopt;
 }
 
-// Which of the extended attributes of this layer a file has. Most files have none at all, and that
-// is one question to the host instead of one for each.
+// Which of the extended attributes of this layer a file has. Most files have none at all, which is
+// one question to the host instead of one for each.
 struct StoredNames {
     bool attributes = true;
     bool creation = true;
@@ -116,71 +151,33 @@ FILETIME HostCreationTime(const struct statx& status) {
 }
 
 DWORD ChangeMode(const char* path, mode_t mode) {
-    return chmod(path, mode & 07777) == 0 ? NO_ERROR : ErrorFromHost(errno);
+    return ErrorOf(chmod(path, mode & 07777));
 }
 
-// Stores the bits. `mode` is that of the file, and follows where it has to change: the host lets
-// nobody store anything with a file that its owner may not write to.
+// Stores the bits. `mode` is that of the file, and is changed where it has to change: the host
+// stores nothing with a file that its owner may not write to.
 DWORD StoreAttributes(const char* path, DWORD bits, mode_t& mode) {
     std::array<char, 16> text = {'0', 'x'};
     const char* end = std::to_chars(text.data() + 2, text.data() + text.size(), bits, 16).ptr;
     const auto size = static_cast<std::size_t>(end - text.data());
-    if (setxattr(path, kAttributesName, text.data(), size, 0) == 0) {
-        return NO_ERROR;
-    }
-    if (errno != EACCES || !IsReadOnlyFile(mode)) {
-        return ErrorFromHost(errno);
-    }
-    if (const DWORD error = ChangeMode(path, mode | S_IWUSR); error != NO_ERROR) {
+    const auto store = [&] {
+        return ErrorOf(setxattr(path, kAttributesName, text.data(), size, 0));
+    };
+    DWORD error = store();
+    if (error != ERROR_ACCESS_DENIED || !IsReadOnlyFile(mode) ||
+        ChangeMode(path, mode | S_IWUSR) != NO_ERROR) {
         return error;
     }
-    const bool stored = setxattr(path, kAttributesName, text.data(), size, 0) == 0;
-    const int failure = errno;
-    if (stored) {
+    error = store();
+    if (error == NO_ERROR) {
         mode |= S_IWUSR;
-        return NO_ERROR;
+    } else {
+        ChangeMode(path, mode);
     }
-    ChangeMode(path, mode);
-    return ErrorFromHost(failure);
-}
-
-std::uint32_t NumberAt(std::string_view bytes, std::size_t place, std::size_t size) {
-    std::uint32_t number = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        number |= std::uint32_t{static_cast<unsigned char>(bytes[place + i])} << (8 * i);
-    }
-    return number;
-}
-
-// The binary form: an empty text, the version and once more the version as a tag, which fields
-// there are, and the attributes first among these.
-std::optional<DWORD> ParseBinaryAttributes(std::string_view value) {
-    constexpr std::size_t kVersion = 2, kTag = 4, kFields = 8, kAttributes = 12, kEnd = 16;
-    constexpr std::uint32_t kFirstVersion = 3, kLastVersion = 5, kHasAttributes = 1;
-    if (value.size() < kEnd || value[0] != '\0') {
-        return std::nullopt;
-    }
-    const std::uint32_t version = NumberAt(value, kVersion, 2);
-    const bool known = version >= kFirstVersion && version <= kLastVersion &&
-                       NumberAt(value, kTag, 2) == version &&
-                       (NumberAt(value, kFields, 4) & kHasAttributes) != 0;
-    return known ? std::optional<DWORD>(NumberAt(value, kAttributes, 4)) : std::nullopt;
+    return error;
 }
 
 }  // namespace
-
-std::optional<DWORD> ParseStoredAttributes(std::string_view value) {
-    if (!value.starts_with("0x") && !value.starts_with("0X")) {
-        return ParseBinaryAttributes(value);
-    }
-    // A NUL ends the text, whatever follows it.
-    const std::string_view digits = value.substr(2, value.find('\0') - 2);
-    DWORD bits = 0;
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), bits, 16);
-    const bool whole = error == std::errc() && end == digits.data() + digits.size();
-    return whole ? std::optional(bits) : std::nullopt;
-}
 
 FileInformation FileInformationOf(const struct statx& status, const char* path) {
     const mode_t mode = status.stx_mode;
@@ -239,9 +236,7 @@ DWORD SetHostAttributes(const char* path, DWORD attributes) {
 
 DWORD SetCreationTime(int descriptor, const FILETIME& time) {
     const std::string text = std::to_string(CountOf(time));
-    return fsetxattr(descriptor, kCreationName, text.data(), text.size(), 0) == 0
-               ? NO_ERROR
-               : ErrorFromHost(errno);
+    return ErrorOf(fsetxattr(descriptor, kCreationName, text.data(), text.size(), 0));
 }
 
 }  // namespace brevik::platform

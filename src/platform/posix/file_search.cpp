@@ -1,18 +1,19 @@
 #include "platform/posix/file_search.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <memory>
 #include <optional>
 #include <sstream>
 
+#include "platform/folders.h"
+#include "platform/posix/current_folder.h"
 #include "platform/posix/environment.h"
 #include "platform/posix/executables.h"
 #include "platform/posix/folder_index.h"
 #include "platform/posix/host_text.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/paths.h"
+#include "platform/posix/text_buffer.h"
 #include "platform/posix/trusted_places.h"
 
 namespace brevik::platform {
@@ -58,8 +59,8 @@ std::string FindInCurrentFolder(const FoldedName& name) {
     if (found.empty()) {
         return {};
     }
-    const std::unique_ptr<char, decltype(&free)> folder(getcwd(nullptr, 0), &free);
-    return folder && *folder == '/' ? folder.get() + found.substr(1) : std::string();
+    const std::string folder = HostCurrentFolder();
+    return folder.empty() ? folder : folder + found.substr(1);
 }
 
 std::string FindInPath(const FoldedName& name) {
@@ -94,10 +95,9 @@ std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_vie
 }
 
 std::string FindRegularFile(std::u16string_view path) {
-    const HostPlace place = PlaceOf(path);
-    const HostFile file = FindFile(place);
-    const bool regular = file.error == 0 && S_ISREG(file.status.st_mode);
-    return regular && !place.trailingSeparator ? file.path : std::string();
+    const HostFile file = FindFile(PlaceOf(path));
+    const bool isRegular = file.error == NO_ERROR && S_ISREG(file.status.st_mode);
+    return isRegular ? file.path : std::string();
 }
 
 std::string FindInSystemOrder(std::u16string_view bareName) {
@@ -115,6 +115,13 @@ std::string FindInSystemOrder(std::u16string_view bareName) {
         found = FindInCurrentFolder(name);
     }
     return found.empty() ? FindInPath(name) : found;
+}
+
+DWORD SearchPathW(const WCHAR*, const WCHAR* fileName, const WCHAR*, DWORD size, WCHAR* buffer,
+                  WCHAR**) {
+    const std::string found = FindInSystemOrder(fileName);
+    return found.empty() ? Fail<DWORD>(ERROR_FILE_NOT_FOUND)
+                         : CopyOrAskForRoom(WindowsPath(found), buffer, size);
 }
 
 }  // namespace brevik::platform

@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "platform/posix/host_times.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/time_zone.h"
 
 namespace brevik::platform {
@@ -24,11 +25,6 @@ constexpr StepTime kEpoch = sys_days(std::chrono::year(kFirstYear) / 1 / 1);
 
 static_assert((StepTime() - kEpoch).count() == kFileTimeOf1970);
 
-BOOL Refuse() {
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return FALSE;
-}
-
 SYSTEMTIME FieldsOf(StepTime time) {
     const auto day = std::chrono::floor<days>(time);
     const year_month_day date(day);
@@ -44,17 +40,15 @@ SYSTEMTIME FieldsOf(StepTime time) {
             static_cast<WORD>(clock.subseconds().count())};
 }
 
-// Local time, in the count of steps that wraps at its ends as the system's does: a time that is out
-// of the calendar then is refused when its fields are asked for.
+// The count of steps wraps at its ends as the system's does: a time that leaves the calendar is
+// refused when its fields are asked for.
 FILETIME Shift(const FILETIME& time, int minutes) {
     const std::int64_t steps = std::int64_t{minutes} * 60 * kFileTimeSteps;
     return FileTimeOfCount(CountOf(time) + static_cast<std::uint64_t>(steps));
 }
 
 int OffsetNow() {
-    timespec now;
-    clock_gettime(CLOCK_REALTIME, &now);
-    return ZoneOffsetAt(now.tv_sec);
+    return ZoneOffsetAt(time(nullptr));
 }
 
 }  // namespace
@@ -79,7 +73,7 @@ BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* time) {
 BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* fields) {
     const std::uint64_t count = CountOf(*time);
     if (count > INT64_MAX) {
-        return Refuse();
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     *fields = FieldsOf(kEpoch + Steps(static_cast<std::int64_t>(count)));
     return TRUE;
@@ -91,7 +85,7 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* fields, FILETIME* time) {
     if (fields->wYear < kFirstYear || fields->wYear > kLastYear || fields->wMonth > 12 ||
         fields->wDay > 31 || !date.ok() || fields->wHour > 23 || fields->wMinute > 59 ||
         fields->wSecond > 59 || fields->wMilliseconds > 999) {
-        return Refuse();
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     const StepTime moment =
         sys_days(date) + std::chrono::hours(fields->wHour) + std::chrono::minutes(fields->wMinute) +

@@ -1,56 +1,11 @@
 #include "platform/posix/file_watch.h"
 
 #include <fcntl.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <utility>
 
 namespace brevik::platform {
-namespace {
-
-constexpr std::int64_t kNanosecondsOfSecond = 1'000'000'000;
-
-// Twice the coarsest step in which a kernel's time stamps advance.
-constexpr std::int64_t kSettlingNanoseconds = 20'000'000;
-
-std::int64_t Nanoseconds(const timespec& time) {
-    return time.tv_sec * kNanosecondsOfSecond + time.tv_nsec;
-}
-
-}  // namespace
-
-FileStamp::FileStamp(const struct stat& status)
-    : error(0),
-      device(status.st_dev),
-      number(status.st_ino),
-      links(status.st_nlink),
-      size(status.st_size),
-      modified(Nanoseconds(status.st_mtim)),
-      changed(Nanoseconds(status.st_ctim)) {}
-
-bool FileStamp::IsMissing() const {
-    return error == ENOENT || error == ENOTDIR;
-}
-
-bool FileStamp::IsSettledAt(std::int64_t moment) const {
-    return error != 0 || std::abs(moment - changed) > kSettlingNanoseconds;
-}
-
-FileStamp StampOf(const std::string& path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 ? FileStamp(status) : FileStamp(errno);
-}
-
-std::int64_t Now() {
-    timespec now;
-    clock_gettime(CLOCK_REALTIME, &now);
-    return Nanoseconds(now);
-}
-
-FileWatch::FileWatch(std::string path) : path_(std::move(path)) {}
 
 FileStamp FileWatch::Begin() {
     Forget();
@@ -69,8 +24,7 @@ FileStamp FileWatch::Begin() {
 }
 
 bool FileWatch::Settle() {
-    const FileStamp& decisive = isDirect_ ? watched_ : file_;
-    isSettled_ = decisive.IsSettledAt(started_);
+    isSettled_ = (isDirect_ ? watched_ : file_).IsSettledAt(started_);
     isSettled_ = IsUnchanged() && StampOf(path_) == file_;
     return isSettled_;
 }
@@ -81,7 +35,7 @@ FileStamp FileWatch::Look() const {
 }
 
 // A host that closes descriptors it does not know may have given the number to a file of its own,
-// which is not to be closed here.
+// which is not ours to close.
 void FileWatch::Forget() {
     if (descriptor_ >= 0 && Look().IsOfSameFile(watched_)) {
         close(descriptor_);

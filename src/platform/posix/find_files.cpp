@@ -1,48 +1,27 @@
 // Listings of folders.
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <memory>
 #include <mutex>
-#include <string>
 #include <string_view>
 #include <utility>
 
 #include "platform/files.h"
 #include "platform/posix/handle.h"
-#include "platform/posix/host_errors.h"
-#include "platform/posix/name_pattern.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/paths.h"
+#include "platform/posix/scoped_folder.h"
 #include "platform/posix/unicode.h"
 
 namespace brevik::platform {
 namespace {
 
-struct CloseFolder {
-    void operator()(DIR* folder) const { closedir(folder); }
-};
-using ScopedFolder = std::unique_ptr<DIR, CloseFolder>;
-
-// ASCII that no name of a path may hold.
-constexpr auto kForbidden = [] {
-    std::array<bool, 128> table = {};
-    for (unsigned unit = 0; unit < 0x20; ++unit) {
-        table[unit] = true;
-    }
-    for (const char unit : std::string_view("\"*<>?|:/\\")) {
-        table[static_cast<unsigned char>(unit)] = true;
-    }
-    return table;
-}();
-
-// A path without the prefix \\?\ loses dots and blanks at its end, so it would name another file:
-// the one without them or, for a name of dots alone, the folder itself.
+// A path without the literal prefix loses dots and blanks at its end, so it would name another
+// file: the one without them or, for a name of dots alone, the folder itself.
 bool EndsUnspellably(std::string_view name) {
     return name.ends_with('.') || name.ends_with(' ');
 }
@@ -51,13 +30,9 @@ bool EndsUnspellably(std::string_view name) {
 bool ConvertName(std::string_view name, WCHAR (&target)[MAX_PATH]) {
     UnitWriter<WCHAR> writer(target, MAX_PATH - 1);
     while (!name.empty()) {
-        const auto byte = static_cast<unsigned char>(name.front());
-        DecodedCharacter character = {byte, 1, true};
-        if (byte >= 0x80) {
-            character = DecodeCharacter(name);
-        }
+        const DecodedCharacter character = DecodeCharacter(name);
         std::array<WCHAR, 4> units;
-        if (!character.wellFormed || (byte < 0x80 && kForbidden[byte]) ||
+        if (!character.wellFormed || IsForbidden(character.value) ||
             !writer.Append(units.data(), EncodeCharacter(character.value, units))) {
             return false;
         }
@@ -67,25 +42,20 @@ bool ConvertName(std::string_view name, WCHAR (&target)[MAX_PATH]) {
     return true;
 }
 
-// The entries of a folder, one after the other as the host gives them.
+// The entries of a folder, in the order in which the host lists them. A root has no "." and "..".
 class Listing : public HandleObject {
   public:
-    Listing(ScopedFolder folder, std::u16string_view pattern, bool isRoot)
-        : folder_(std::move(folder)), pattern_(pattern) {
-        dots_ = isRoot || !pattern_.MatchesFolderItself() ? 2 : 0;
-    }
+    Listing(ScopedFolder folder, bool isRoot)
+        : folder_(std::move(folder)), dotsGiven_(isRoot ? 2 : 0) {}
 
-    // 0, or an error number, which is 18 at the end.
+    // NO_ERROR, ERROR_NO_MORE_FILES at the end, or another error.
     DWORD Next(WIN32_FIND_DATAW* data) {
         const std::lock_guard lock(mutex_);
-        data->ftCreationTime = data->ftLastAccessTime = data->ftLastWriteTime = {};
-        data->nFileSizeHigh = data->nFileSizeLow = 0;
-        data->dwReserved0 = data->dwReserved1 = 0;
-        data->cAlternateFileName[0] = u'\0';
-        if (dots_ < 2) {
-            ++dots_;
+        *data = {};
+        if (dotsGiven_ < 2) {
+            ++dotsGiven_;
             data->dwFileAttributes = FILE_ATTRIBUTE_DIRECTORY;
-            ConvertName(std::string_view("..").substr(2 - dots_), data->cFileName);
+            ConvertName(std::string_view("..").substr(2 - dotsGiven_), data->cFileName);
             return NO_ERROR;
         }
         for (;;) {
@@ -94,147 +64,76 @@ class Listing : public HandleObject {
             if (entry == nullptr) {
                 return errno == 0 ? ERROR_NO_MORE_FILES : ErrorFromHost(errno);
             }
-            if (Take(*entry, data)) {
+            if (!EndsUnspellably(entry->d_name) && ConvertName(entry->d_name, data->cFileName) &&
+                ReadAttributes(*entry, &data->dwFileAttributes)) {
                 return NO_ERROR;
             }
         }
     }
 
   private:
-    bool Take(const dirent& entry, WIN32_FIND_DATAW* data) const {
-        const std::string_view name = entry.d_name;
-        if (EndsUnspellably(name) || !ConvertName(name, data->cFileName) ||
-            !pattern_.Matches(data->cFileName)) {
-            return false;
-        }
+    // False for a name that is gone by now.
+    bool ReadAttributes(const dirent& entry, DWORD* attributes) const {
         if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) {
-            data->dwFileAttributes = entry.d_type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : 0;
+            *attributes = entry.d_type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : 0;
             return true;
         }
-        return LookAt(entry.d_name, &data->dwFileAttributes);
-    }
-
-    // False for a name that has gone since.
-    bool LookAt(const char* name, DWORD* attributes) const {
         const int folder = dirfd(folder_.get());
         struct stat status;
-        if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
             return false;
         }
-        *attributes = S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : 0;
-        if (S_ISLNK(status.st_mode)) {
-            const bool leadsOn = fstatat(folder, name, &status, 0) == 0;
-            if (!leadsOn) {
-                *attributes = FILE_ATTRIBUTE_REPARSE_POINT;
-            } else if (S_ISDIR(status.st_mode)) {
-                *attributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
-            }
-        }
+        const bool isLink = S_ISLNK(status.st_mode);
+        const bool leadsOn = !isLink || fstatat(folder, entry.d_name, &status, 0) == 0;
+        const bool isFolder = leadsOn && S_ISDIR(status.st_mode);
+        *attributes = (isFolder ? FILE_ATTRIBUTE_DIRECTORY : 0) |
+                      (isLink && (isFolder || !leadsOn) ? FILE_ATTRIBUTE_REPARSE_POINT : 0);
         return true;
     }
 
     std::mutex mutex_;
     ScopedFolder folder_;
-    NamePattern pattern_;
-    unsigned dots_;  // how many of "." and ".." are done with
+    unsigned dotsGiven_;  // how many of "." and ".." have been given
 };
-
-// A folder and the pattern of names in it.
-struct Search {
-    std::u16string folder;
-    std::u16string pattern;
-};
-
-bool IsLiteral(std::u16string_view text) {
-    return text.starts_with(u"\\\\?\\");
-}
-
-Search Split(std::u16string_view text) {
-    const std::size_t end = text.find_last_of(IsLiteral(text) ? u"\\" : u"\\/:") + 1;
-    Search search = {std::u16string(text.substr(0, end)), std::u16string(text.substr(end))};
-    if (end == 0 || search.folder.back() == u':') {
-        search.folder += u'.';
-    }
-    return search;
-}
-
-// Takes apart what FindFirstFileW is given.
-Search ParseSearch(std::u16string_view text) {
-    Search search = Split(text);
-    if (IsLiteral(text)) {
-        return search;
-    }
-    std::u16string& pattern = search.pattern;
-    if (pattern.find_first_of(u"*?") == pattern.npos && !pattern.empty()) {
-        // One name, or what leads to it.
-        search = Split(FullPath(text));
-    }
-    const bool starAndDot = pattern.ends_with(u"*.");
-    pattern.resize(pattern.find_last_not_of(u" .") + 1);
-    pattern += starAndDot ? u"." : u"";
-    return search;
-}
 
 // The listing, or null with an error number.
-std::shared_ptr<Listing> OpenListing(const Search& search, DWORD* error) {
-    const HostPlace place = PlaceOf(search.folder);
+std::shared_ptr<Listing> OpenListing(std::u16string_view pattern, DWORD* error) {
+    pattern.remove_suffix(std::u16string_view(u"*.*").size());
+    HostPlace place = PlaceOf(pattern);
+    place.trailingSeparator = false;  // a file has an error of its own here
     const HostFile folder = FindFile(place);
     *error = folder.error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : folder.error;
     if (*error != NO_ERROR) {
         return nullptr;
     }
-    if (!S_ISDIR(folder.status.st_mode)) {
-        *error = ERROR_DIRECTORY;
-    } else if (!NamePattern::IsValid(search.pattern)) {
-        *error = ERROR_INVALID_NAME;
-    } else if (search.pattern.empty()) {
-        *error = ERROR_FILE_NOT_FOUND;
-    }
-    if (*error != NO_ERROR) {
-        return nullptr;
-    }
     ScopedFolder opened(opendir(folder.path.c_str()));
     if (!opened) {
-        *error = errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorFromHost(errno);
+        *error = errno == ENOENT    ? ERROR_PATH_NOT_FOUND
+                 : errno == ENOTDIR ? ERROR_DIRECTORY
+                                    : ErrorFromHost(errno);
         return nullptr;
     }
-    return std::make_shared<Listing>(std::move(opened), search.pattern, place.IsRoot());
+    return std::make_shared<Listing>(std::move(opened), place.IsRoot());
 }
 
 }  // namespace
 
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* data) {
-    DWORD error = ERROR_PATH_NOT_FOUND;
-    std::shared_ptr<Listing> listing;
-    if (pattern != nullptr && *pattern != u'\0') {
-        listing = OpenListing(ParseSearch(pattern), &error);
-    }
+    DWORD error = NO_ERROR;
+    std::shared_ptr<Listing> listing = OpenListing(pattern, &error);
     if (listing) {
         error = listing->Next(data);
         error = error == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : error;
     }
-    HANDLE handle = error == NO_ERROR ? OpenHandle(std::move(listing)) : nullptr;
-    if (handle == nullptr) {
-        SetLastError(error == NO_ERROR ? ERROR_TOO_MANY_OPEN_FILES : error);
-        return INVALID_HANDLE_VALUE;
-    }
-    return handle;
+    return error == NO_ERROR ? OpenHandle(std::move(listing)) : Fail(error, INVALID_HANDLE_VALUE);
 }
 
 BOOL FindNextFileW(HANDLE listing, WIN32_FIND_DATAW* data) {
     const std::shared_ptr<Listing> found = FindHandle<Listing>(listing);
-    const DWORD error = found ? found->Next(data) : ERROR_INVALID_HANDLE;
-    if (error != NO_ERROR) {
-        SetLastError(error);
-    }
-    return error == NO_ERROR;
+    return Answer(found ? found->Next(data) : ERROR_INVALID_HANDLE);
 }
 
 BOOL FindClose(HANDLE listing) {
-    if (!FindHandle<Listing>(listing)) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
     return CloseHandle(listing);
 }
 

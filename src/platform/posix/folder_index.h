@@ -3,8 +3,8 @@
 // Two names are the same when their UTF-16 forms are the same after upper-casing each unit. A name
 // that is not well-formed UTF-8 has no such form and is never found.
 //
-// Listings of folders are kept, in bounds, and are good as long as the folder has not changed; a
-// miss in a kept listing costs no system call. Safe on any thread.
+// Listings of folders are kept within bounds and are good until the folder changes; a miss in a
+// kept listing costs no system call. Safe on any thread.
 #pragma once
 
 #include <sys/stat.h>
@@ -16,21 +16,6 @@
 #include "platform/types.h"
 
 namespace brevik::platform {
-
-// What changes whenever a name enters a folder or leaves it.
-struct FolderStamp {
-    dev_t device;
-    ino_t number;
-    timespec modified;
-    timespec changed;
-
-    explicit FolderStamp(const struct stat& status);
-    bool operator==(const FolderStamp& other) const;
-
-    // Whether the folder's last change lies so long before `moment`, in real time, that no change
-    // from then on can leave the same stamp: the host's time stamps advance in steps.
-    bool IsSettledAt(const timespec& moment) const;
-};
 
 // A name to look for, folded once for any number of folders.
 class PLATFORM_API FoldedName {
@@ -60,8 +45,8 @@ struct NameInFolder {
     int error = 0;
 };
 
-// The name in `folder` that is `name`, or else the first in byte order that is the same but for
-// case. `status` is what stat has just told of the folder.
+// The name in `folder` that is `name`, or else the first in byte order that differs from it only in
+// case. `status` is what stat has just reported of the folder.
 PLATFORM_API NameInFolder FindName(const std::string& folder, const struct stat& status,
                                    const FoldedName& name);
 

@@ -1,10 +1,13 @@
 #include "platform/posix/handle.h"
 
 #include <mutex>
+#include <new>
 #include <utility>
 #include <vector>
 
-#include "platform/processes.h"
+#include "platform/handles.h"
+#include "platform/never_destroyed.h"
+#include "platform/posix/last_error.h"
 
 namespace brevik::platform {
 namespace {
@@ -20,16 +23,15 @@ constexpr std::uintptr_t kUseMask = (std::uintptr_t{1} << kUseBits) - 1;
 class HandleTable {
   public:
     static HandleTable& Current() {
-        // Never destroyed: a thread may still use a handle while the process ends.
-        static HandleTable& table = *new HandleTable;
-        return table;
+        static NeverDestroyed<HandleTable> table;
+        return *table;
     }
 
     HANDLE Open(std::shared_ptr<HandleObject> object) {
         const std::lock_guard lock(mutex_);
         if (firstFree_ == 0) {
             if (places_.size() == kPlaceMask) {
-                return nullptr;
+                throw std::bad_alloc();
             }
             places_.emplace_back();
             firstFree_ = places_.size();
@@ -95,11 +97,7 @@ std::shared_ptr<HandleObject> FindHandleObject(HANDLE handle) {
 }
 
 BOOL CloseHandle(HANDLE handle) {
-    if (!HandleTable::Current().Close(handle)) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
-    return TRUE;
+    return HandleTable::Current().Close(handle) ? TRUE : Fail(ERROR_INVALID_HANDLE);
 }
 
 }  // namespace brevik::platform

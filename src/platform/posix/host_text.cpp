@@ -41,4 +41,12 @@ std::u16string Utf16OfBytes(std::string_view bytes) {
     return text;
 }
 
+std::uint32_t NumberOfBytes(std::string_view bytes) {
+    std::uint32_t number = 0;
+    for (std::size_t index = bytes.size(); index > 0; --index) {
+        number = number << 8 | static_cast<unsigned char>(bytes[index - 1]);
+    }
+    return number;
+}
+
 }  // namespace brevik::platform

@@ -1,6 +1,7 @@
 // Text for the host's own interfaces, which take UTF-8. Ill-formed parts become U+FFFD.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,5 +16,8 @@ PLATFORM_API std::u16string WideFromUtf8(std::string_view text);
 // a unit at the end of the bytes is dropped.
 PLATFORM_API std::string BytesOfUtf16(std::u16string_view text);
 PLATFORM_API std::u16string Utf16OfBytes(std::string_view bytes);
+
+// The number in up to four bytes, little-endian.
+std::uint32_t NumberOfBytes(std::string_view bytes);
 
 }  // namespace brevik::platform

@@ -20,7 +20,7 @@ constexpr FILETIME FileTimeOfCount(std::uint64_t count) {
     return {static_cast<DWORD>(count), static_cast<DWORD>(count >> 32)};
 }
 
-// Steps are cut, not rounded. A time before 1601 becomes 0, the file time that stands for none.
+// Steps are cut, not rounded. A time before 1601 becomes 0, the file time that means none.
 constexpr FILETIME FileTimeFromHost(const timespec& time) {
     constexpr std::int64_t kFirst = -kFileTimeOf1970 / kFileTimeSteps;
     constexpr std::int64_t kLast = (INT64_MAX - kFileTimeOf1970) / kFileTimeSteps - 1;
@@ -37,13 +37,8 @@ constexpr FILETIME FileTimeFromHost(const timespec& time) {
 // REQUIRES: the count lies below 2 to the 63rd, where file times end.
 constexpr timespec HostTimeFromFileTime(const FILETIME& time) {
     const std::int64_t count = static_cast<std::int64_t>(CountOf(time)) - kFileTimeOf1970;
-    std::int64_t seconds = count / kFileTimeSteps;
-    std::int64_t rest = count % kFileTimeSteps;
-    if (rest < 0) {
-        --seconds;
-        rest += kFileTimeSteps;
-    }
-    return {seconds, rest * 100};
+    const std::int64_t seconds = count / kFileTimeSteps - (count % kFileTimeSteps < 0 ? 1 : 0);
+    return {seconds, (count - seconds * kFileTimeSteps) * 100};
 }
 
 }  // namespace brevik::platform

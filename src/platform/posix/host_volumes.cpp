@@ -65,7 +65,7 @@ const FileSystem& FindFileSystem(std::uint32_t magic) {
     return found == std::end(kFileSystems) ? kOther : *found;
 }
 
-// The number that the medium bears itself; 0 where it cannot be asked.
+// The number that the medium itself has; 0 where it cannot be asked.
 DWORD FatSerial(const std::string& folder) {
     const ScopedDescriptor root(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const int serial = root ? ioctl(root.Get(), FAT_IOCTL_GET_VOLUME_ID) : -1;
@@ -102,9 +102,8 @@ DWORD ReadHostVolume(const std::string& folder, HostVolume* volume) {
     const auto block =
         static_cast<std::uint64_t>(status.f_frsize != 0 ? status.f_frsize : status.f_bsize);
     volume->size = status.f_blocks * block;
-    volume->free = status.f_bfree * block;
     volume->freeForCaller = status.f_bavail * block;
-    return ERROR_SUCCESS;
+    return NO_ERROR;
 }
 
 }  // namespace brevik::platform

@@ -1,4 +1,4 @@
-// What the host tells about the file system that a folder lies on.
+// What the host knows of the file system that a folder lies on.
 #pragma once
 
 #include <cstdint>
@@ -14,16 +14,15 @@ struct HostVolume {
     // By their Windows names where they have one, else by the host's: "FAT32", "NTFS", "ext4".
     std::u16string_view fileSystem;
 
-    UINT kind = DRIVE_FIXED;  // remote or a CD where the file system tells so
+    UINT kind = DRIVE_FIXED;  // DRIVE_REMOTE or DRIVE_CDROM where the file system is of that kind
     DWORD serial = 0;
     DWORD maximumNameLength = 0;  // units
     DWORD flags = 0;
-    std::uint64_t size = 0;  // bytes, as are the next two
-    std::uint64_t free = 0;
-    std::uint64_t freeForCaller = 0;
+    std::uint64_t size = 0;           // in bytes
+    std::uint64_t freeForCaller = 0;  // in bytes
 };
 
-// 0 or an error number.
+// NO_ERROR or an error number.
 DWORD ReadHostVolume(const std::string& folder, HostVolume* volume);
 
 }  // namespace brevik::platform

@@ -30,7 +30,7 @@ struct MachineFolder {
     bool forEveryUser;  // every user may put things there, and nobody may take away another's
 };
 
-// In the order of their making. The last one tells that a machine is complete.
+// In the order of their making.
 constexpr MachineFolder kFolders[] = {
     {"/drives", false},
     {"/drives/c", false},
@@ -45,8 +45,10 @@ constexpr MachineFolder kFolders[] = {
     {"/users", true},
 };
 
+// With errno 0 where something else stands there.
 bool IsFolder(const std::string& path) {
     struct stat status;
+    errno = 0;
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
@@ -70,14 +72,25 @@ std::string WithoutTrailingSlashes(std::string path) {
     return path;
 }
 
+// Throws std::system_error for an error of the host that may pass, such as EMFILE or ENOSPC.
+void RequireLasting(int error) {
+    for (int lasting : {0, ENOENT, ENOTDIR, EACCES, EPERM, EROFS, ELOOP, ENAMETOOLONG}) {
+        if (error == lasting) {
+            return;
+        }
+    }
+    throw std::system_error(error, std::generic_category());
+}
+
 struct UserEntry {
     std::string name;
     std::string home;
 };
 
-// Whether a failing look-up may succeed later; any other means that there is no such row.
-bool IsPassing(int error) {
-    return error == EINTR || error == EIO || error == EMFILE || error == ENFILE || error == ENOMEM;
+// The ways in which the C library says that there is no such row. With any other error it has not
+// been able to look, whatever stood in the way.
+bool MeansNoRow(int error) {
+    return error == 0 || error == ENOENT || error == ESRCH || error == EBADF || error == EPERM;
 }
 
 // The effective user's row of the password database. Throws std::system_error when it cannot be
@@ -92,10 +105,10 @@ std::optional<UserEntry> FindUser() {
             buffer.resize(buffer.size() * 2);
         } else if (error == 0 && found != nullptr) {
             return UserEntry{row.pw_name, row.pw_dir};
-        } else if (IsPassing(error)) {
-            throw std::system_error(error, std::generic_category());
-        } else {
+        } else if (MeansNoRow(error)) {
             return std::nullopt;
+        } else {
+            throw std::system_error(error, std::generic_category());
         }
     }
 }
@@ -105,12 +118,16 @@ std::string MakeAbsolute(const char* path) {
         return WithoutTrailingSlashes(path);
     }
     const std::unique_ptr<char, decltype(&free)> current(getcwd(nullptr, 0), &free);
+    if (!current) {
+        RequireLasting(errno);
+    }
     if (!current || *current != '/') {
         return kNowhere;
     }
     return WithoutTrailingSlashes(std::string(current.get()) + "/" + path);
 }
 
+// Empty when the user has none. Throws as FindUser does.
 std::string OwnDataFolder() {
     // A relative folder here is none: it would be another one in each folder that becomes current.
     const char* data = EnvironmentVariable("XDG_DATA_HOME");
@@ -121,45 +138,19 @@ std::string OwnDataFolder() {
     if (home != nullptr && *home == '/') {
         return WithoutTrailingSlashes(home) + "/.local/share";
     }
-    try {
-        const std::optional<UserEntry> user = FindUser();
-        if (user && user->home.starts_with('/')) {
-            return WithoutTrailingSlashes(user->home) + "/.local/share";
-        }
-    } catch (const std::system_error&) {
-    }
-    return {};
+    const std::optional<UserEntry> user = FindUser();
+    return user && user->home.starts_with('/')
+               ? WithoutTrailingSlashes(user->home) + "/.local/share"
+               : std::string();
 }
 
-// The machine of all users is theirs, whatever mask works on it. Rights that a folder has stay, and
-// what is behind a link is no part of the machine.
-void LetEveryUserIn(const std::string& path, bool forEveryUser) {
+// The machine of all users has the modes that the documents promise, whatever mask it was made under.
+// What a link leads to is no part of the machine.
+void SetMode(const std::string& path, bool forEveryUser) {
     struct stat status;
     if (lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
-        chmod(path.c_str(), (status.st_mode & 07777) | (forEveryUser ? 01777 : 0755));
+        chmod(path.c_str(), forEveryUser ? 01777 : 0755);
     }
-}
-
-// Makes what is missing of a machine. Whether all of it is there then.
-bool MakeMachine(const std::string& root, bool ofSystem, mode_t mode) {
-    if (!MakeFolders(root, mode)) {
-        return false;
-    }
-    for (const MachineFolder& folder : kFolders) {
-        if (folder.name == "/shares" && symlink("/", (root + "/drives/z").c_str()) != 0 &&
-            errno != EEXIST) {
-            return false;
-        }
-        const std::string path = root + std::string(folder.name);
-        if (mkdir(path.c_str(), 0777) != 0) {
-            if (errno != EEXIST) {
-                return false;
-            }
-        } else if (ofSystem) {
-            LetEveryUserIn(path, folder.forEveryUser);
-        }
-    }
-    return true;
 }
 
 // Where the machine of this process is, and how what is missing of it is made.
@@ -169,6 +160,7 @@ struct MachinePlace {
     mode_t mode = 0777;
 };
 
+// Throws std::system_error when it cannot be settled at this moment.
 MachinePlace FindPlace() {
     if (const char* named = EnvironmentVariable("BREVIK_MACHINE")) {
         return {MakeAbsolute(named)};
@@ -176,12 +168,36 @@ MachinePlace FindPlace() {
     if (IsFolder(kSystemMachine)) {
         return {kSystemMachine, true};
     }
+    RequireLasting(errno);
     const std::string data = OwnDataFolder();
     return {data.empty() ? kNowhere : data + "/brevikconfig", false, 0700};
 }
 
+// The last folder that is made shows that all of them are.
 bool IsComplete(const std::string& folder) {
     return IsFolder(folder + std::string(std::end(kFolders)[-1].name));
+}
+
+// Makes what is missing of a machine. Whether all of it is there then.
+bool MakeMachine(const MachinePlace& place) {
+    if (!MakeFolders(place.folder, place.mode)) {
+        return false;
+    }
+    for (const MachineFolder& folder : kFolders) {
+        if (folder.name == "/shares" &&
+            symlink("/", (place.folder + "/drives/z").c_str()) != 0 && errno != EEXIST) {
+            return false;
+        }
+        const std::string path = place.folder + std::string(folder.name);
+        if (mkdir(path.c_str(), 0777) != 0) {
+            if (errno != EEXIST) {
+                return false;
+            }
+        } else if (place.ofSystem) {
+            SetMode(path, folder.forEveryUser);
+        }
+    }
+    return true;
 }
 
 // Whether a folder is real and nobody's but the user's or root's.
@@ -206,42 +222,9 @@ const std::string& LoginName() {
     return login != nullptr ? *login : kept.Keep(FindLoginName());
 }
 
-}  // namespace
-
-const Machine& Machine::Current() {
-    static constinit MadeOnce<Machine> kept;
-    const Machine* machine = kept.Find();
-    return machine != nullptr ? *machine : kept.Keep(Machine());
-}
-
-bool Machine::IsMade(std::string* folder) {
-    *folder = FindPlace().folder;
-    return IsComplete(*folder);
-}
-
-Machine::Machine() {
-    MachinePlace place = FindPlace();
-    exists_ = IsComplete(place.folder) || MakeMachine(place.folder, place.ofSystem, place.mode);
-    folder_ = std::move(place.folder);
-}
-
-void Machine::SetModes() const {
-    if (folder_ == kSystemMachine) {
-        LetEveryUserIn(folder_ + "/.", false);  // it may be reached by a link
-        for (const MachineFolder& folder : kFolders) {
-            LetEveryUserIn(folder_ + std::string(folder.name), folder.forEveryUser);
-        }
-    }
-}
-
-std::string Machine::UserFolder() const {
-    std::string user = "/users/";
-    try {
-        user += LoginName();
-    } catch (const std::system_error&) {
-        return {};
-    }
-    std::string path = folder_ + user;
+// Empty when it cannot be made. Throws as FindUser does.
+std::string MakeUserFolder(const std::string& machine, const std::string& user) {
+    std::string path = machine + user;
     mkdir(path.c_str(), 0700);
     struct stat status;
     if (lstat(path.c_str(), &status) != 0) {
@@ -256,6 +239,47 @@ std::string Machine::UserFolder() const {
     const bool isThere =
         !data.empty() && MakeFolders(path, 0700) && lstat(path.c_str(), &status) == 0;
     return isThere && IsOwnFolder(status) ? path : std::string();
+}
+
+}  // namespace
+
+const Machine& Machine::Current() {
+    static constinit MadeOnce<Machine> kept;
+    if (const Machine* machine = kept.Find()) {
+        return *machine;
+    }
+    try {
+        MachinePlace place = FindPlace();
+        const bool exists = IsComplete(place.folder) || MakeMachine(place);
+        RequireLasting(exists ? 0 : errno);
+        return kept.Keep(Machine(std::move(place.folder), true, exists));
+    } catch (const std::system_error&) {
+        static constinit MadeOnce<Machine> unknown;
+        const Machine* machine = unknown.Find();
+        return machine != nullptr ? *machine : unknown.Keep(Machine(kNowhere, false, false));
+    }
+}
+
+bool Machine::IsMade(std::string* folder) {
+    *folder = FindPlace().folder;
+    return IsComplete(*folder);
+}
+
+void Machine::SetModes() const {
+    if (folder_ == kSystemMachine) {
+        SetMode(folder_ + "/.", false);  // it may be reached by a link
+        for (const MachineFolder& folder : kFolders) {
+            SetMode(folder_ + std::string(folder.name), folder.forEveryUser);
+        }
+    }
+}
+
+std::string Machine::UserFolder() const {
+    try {
+        return IsKnown() ? MakeUserFolder(folder_, "/users/" + LoginName()) : std::string();
+    } catch (const std::system_error&) {
+        return {};
+    }
 }
 
 }  // namespace brevik::platform

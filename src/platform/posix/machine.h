@@ -6,6 +6,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "platform/types.h"
 
@@ -15,8 +16,13 @@ class PLATFORM_API Machine {
   public:
     static const Machine& Current();
 
-    // Tells where the machine is and whether it has been made, and makes nothing.
+    // Finds where the machine is and whether it has been made, and makes nothing. Throws
+    // std::system_error when it cannot be found at this moment.
     static bool IsMade(std::string* folder);
+
+    // False where it could not be found at this moment, as with no descriptor left: nothing of it
+    // is remembered, and the next call looks again.
+    bool IsKnown() const { return isKnown_; }
 
     // Host path of the machine's folder, absolute, without a trailing slash.
     const std::string& Folder() const { return folder_; }
@@ -24,8 +30,8 @@ class PLATFORM_API Machine {
     // Whether its folders are there; false where they could not be made.
     bool Exists() const { return exists_; }
 
-    // Lets every user into the machine of all users, as far as this user may: folders that root
-    // made under a strict mask, or ahead of the machine, are closed to others.
+    // Gives the folders of the machine of all users the modes with which every user can work there,
+    // as far as this user may: root may have made them under another file mode mask.
     void SetModes() const;
 
     // Host path of users/LOGIN for the effective user, made with mode 0700 where it was missing.
@@ -34,10 +40,12 @@ class PLATFORM_API Machine {
     std::string UserFolder() const;
 
   private:
-    Machine();
+    Machine(std::string folder, bool isKnown, bool exists)
+        : folder_(std::move(folder)), isKnown_(isKnown), exists_(exists) {}
 
     std::string folder_;
-    bool exists_ = false;
+    bool isKnown_;
+    bool exists_;
 };
 
 }  // namespace brevik::platform

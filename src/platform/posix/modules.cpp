@@ -15,6 +15,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/never_destroyed.h"
 #include "platform/posix/executables.h"
 #include "platform/posix/file_search.h"
 #include "platform/posix/paths.h"
@@ -56,9 +57,8 @@ bool IsNamed(std::u16string_view path, std::u16string_view name) {
 }
 
 HMODULE HostModule() {
-    // Never destroyed: a thread may still ask while the process ends.
-    static ModuleHandle& host = *new ModuleHandle;
-    return &host;
+    static NeverDestroyed<ModuleHandle> host;
+    return &*host;
 }
 
 // The libraries that are loaded. No library is loaded or unloaded under the lock, since their
@@ -66,8 +66,8 @@ HMODULE HostModule() {
 class ModuleRegistry {
   public:
     static ModuleRegistry& Current() {
-        static ModuleRegistry& registry = *new ModuleRegistry;
-        return registry;
+        static NeverDestroyed<ModuleRegistry> registry;
+        return *registry;
     }
 
     // Counts one more loading; the handle, or null when the library is new.

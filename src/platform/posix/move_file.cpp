@@ -9,18 +9,12 @@
 #include <string>
 
 #include "platform/files.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/paths.h"
 #include "platform/posix/share_modes.h"
 
 namespace brevik::platform {
 namespace {
-
-BOOL Answer(DWORD error) {
-    if (error != NO_ERROR) {
-        SetLastError(error);
-    }
-    return error == NO_ERROR;
-}
 
 bool IsThere(const std::string& path) {
     struct stat status;
@@ -35,8 +29,8 @@ int RenameWithoutReplacing(const std::string& from, const std::string& to) {
     if (errno != EINVAL && errno != ENOSYS) {
         return errno;
     }
-    // The file system may not know the flag. What comes between these two steps is lost, for want
-    // of a better way.
+    // A file system that does not know the flag. A file made between these two steps is lost, for
+    // want of a better way.
     if (IsThere(to)) {
         return EEXIST;
     }
@@ -44,76 +38,53 @@ int RenameWithoutReplacing(const std::string& from, const std::string& to) {
 }
 
 struct Move {
-    const WCHAR* from;
-    const WCHAR* to;
     HostPlace sourcePlace;
     HostPlace targetPlace;
     HostFile source;
     HostFile target;
 
-    bool IsFolder() const { return S_ISDIR(source.status.st_mode); }
+    bool IsOfFolder() const { return S_ISDIR(source.status.st_mode); }
+
     bool LeavesVolume() const {
         return sourcePlace.path.compare(0, sourcePlace.root, targetPlace.path, 0,
                                         targetPlace.root) != 0;
     }
-    bool EntersItself() const { return target.path.starts_with(source.path + '/'); }
 
-    // The name as it was asked for in the folder as it stands on the disk.
+    // The name as it was asked for, in the folder as it is spelled on the disk.
     std::string TargetPath() const {
-        const std::string& folder = target.path;
-        const std::string& name = targetPlace.path;
-        return folder.substr(0, folder.rfind('/')) + name.substr(name.rfind('/'));
+        return target.path.substr(0, target.path.rfind('/')) +
+               targetPlace.path.substr(targetPlace.path.rfind('/'));
     }
 };
 
-// Copies to the other volume and removes the source. A source that stays then is no failure: the
-// file is where it was wanted.
-DWORD MoveByCopying(const Move& move) {
-    if (!CopyFileExW(move.from, move.to, nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS)) {
-        // Copying tells of an existing target in other words than moving.
-        return GetLastError() == ERROR_FILE_EXISTS ? ERROR_ALREADY_EXISTS : GetLastError();
-    }
-    ShareMode share;
-    if (share.EnterToDelete(move.source.status) == NO_ERROR) {
-        unlink(move.source.path.c_str());
-    }
-    return NO_ERROR;
-}
-
-// Why the move cannot be made; 0 when nothing stands against it.
+// Why the move cannot be made; NO_ERROR when it can.
 DWORD RefusalOf(const Move& move) {
     if (move.sourcePlace.IsRoot()) {
         return ERROR_ACCESS_DENIED;
     }
-    if (!move.IsFolder() &&
-        (move.sourcePlace.trailingSeparator || move.targetPlace.trailingSeparator)) {
-        return ERROR_INVALID_NAME;
-    }
     if (move.target.error == NO_ERROR) {
-        // The target is the source in other letters, or in the same.
+        // The target may be the source, spelled in another case or not.
         return move.target.path == move.source.path ? NO_ERROR : ERROR_ALREADY_EXISTS;
     }
-    if (move.IsFolder() && move.EntersItself()) {
+    if (move.IsOfFolder() && move.target.path.starts_with(move.source.path + '/')) {
         return ERROR_SHARING_VIOLATION;
     }
     if (move.target.error != ERROR_FILE_NOT_FOUND) {
         return move.target.error;
     }
-    return move.IsFolder() && move.LeavesVolume() ? ERROR_NOT_SAME_DEVICE : NO_ERROR;
+    return move.IsOfFolder() && move.LeavesVolume() ? ERROR_NOT_SAME_DEVICE : NO_ERROR;
 }
 
 DWORD Rename(const Move& move) {
     const std::string to = move.TargetPath();
     if (move.target.error == NO_ERROR) {
-        return to == move.source.path || std::rename(move.source.path.c_str(), to.c_str()) == 0
-                   ? NO_ERROR
-                   : ErrorFromHost(errno);
+        return ErrorOf(std::rename(move.source.path.c_str(), to.c_str()));
     }
     switch (const int failure = RenameWithoutReplacing(move.source.path, to)) {
         case 0:
             return NO_ERROR;
         case EINVAL:
-            // A folder into itself, by way of a link.
+            // A folder into itself, through a link.
             return ERROR_SHARING_VIOLATION;
         case ENOENT:
             return IsThere(move.source.path) ? ERROR_PATH_NOT_FOUND : ERROR_FILE_NOT_FOUND;
@@ -122,39 +93,43 @@ DWORD Rename(const Move& move) {
     }
 }
 
-DWORD MoveFound(const Move& move) {
-    {
-        ShareMode share;
-        if (const DWORD error = share.EnterToDelete(move.source.status); error != NO_ERROR) {
-            return error;
-        }
-        if (const DWORD refusal = RefusalOf(move); refusal != NO_ERROR) {
-            return refusal;
-        }
-        if (move.IsFolder() && AnyOpenBelow(move.source.path, OpenFiles::kDenyingDeletion)) {
-            return ERROR_ACCESS_DENIED;
-        }
-        const DWORD error = Rename(move);
-        if (error != ERROR_NOT_SAME_DEVICE || move.IsFolder()) {
-            return error;
-        }
+DWORD TryToRename(const Move& move) {
+    ShareMode share;
+    if (const DWORD error = share.EnterToDelete(move.source.status); error != NO_ERROR) {
+        return error;
     }
-    return MoveByCopying(move);
+    if (const DWORD refusal = RefusalOf(move); refusal != NO_ERROR) {
+        return refusal;
+    }
+    if (move.IsOfFolder() && AnyOpenBelow(move.source.path, OpenFiles::kDenyingDeletion)) {
+        return ERROR_ACCESS_DENIED;
+    }
+    return Rename(move);
 }
 
 }  // namespace
 
 BOOL MoveFileW(const WCHAR* from, const WCHAR* to) {
-    if (from == nullptr || to == nullptr) {
-        return Answer(ERROR_PATH_NOT_FOUND);
-    }
-    Move move = {from, to, PlaceOf(from), PlaceOf(to), {}, {}};
+    Move move = {PlaceOf(from), PlaceOf(to), {}, {}};
     move.source = FindFile(move.sourcePlace);
     if (!move.source.HasName()) {
-        return Answer(move.source.error);
+        return Fail(move.source.error);
     }
     move.target = FindFile(move.targetPlace);
-    return Answer(MoveFound(move));
+    const DWORD error = TryToRename(move);
+    if (error != ERROR_NOT_SAME_DEVICE || move.IsOfFolder()) {
+        return Answer(error);
+    }
+    if (!CopyFileExW(from, to, nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS)) {
+        // Copying reports an existing target by another error than moving.
+        return GetLastError() == ERROR_FILE_EXISTS ? Fail(ERROR_ALREADY_EXISTS) : FALSE;
+    }
+    // A source that cannot be removed is no failure: the file is where it was wanted.
+    ShareMode share;
+    if (share.EnterToDelete(move.source.status) == NO_ERROR) {
+        unlink(move.source.path.c_str());
+    }
+    return TRUE;
 }
 
 }  // namespace brevik::platform

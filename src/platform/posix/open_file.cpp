@@ -10,6 +10,7 @@
 
 #include "platform/posix/held_signal.h"
 #include "platform/posix/host_errors.h"
+#include "platform/posix/last_error.h"
 
 namespace brevik::platform {
 namespace {
@@ -24,75 +25,57 @@ bool HasRoomFor(int descriptor, std::int64_t growth) {
            std::uint64_t{geteuid() == 0 ? status.f_bfree : status.f_bavail};
 }
 
-}  // namespace
-
-DWORD OpenFile::Read(void* buffer, DWORD count, DWORD* done) {
-    *done = 0;
-    const std::lock_guard lock(mutex_);
+// Calls `step`, which returns like read, until `count` bytes are done or the file ends.
+template <typename Step>
+DWORD Transfer(DWORD count, DWORD* done, Step step) {
     while (*done < count) {
-        const ssize_t part =
-            pread(Descriptor(), static_cast<char*>(buffer) + *done, count - *done, position_);
-        if (part < 0 && errno == EINTR) {
-            continue;
-        }
-        if (part < 0 && *done == 0) {
-            return ErrorFromHost(errno);
-        }
-        if (part <= 0) {
+        const ssize_t part = step();
+        if (part == 0) {
             break;
         }
-        *done += static_cast<DWORD>(part);
-        position_ += part;
+        if (part > 0) {
+            *done += static_cast<DWORD>(part);
+        } else if (errno != EINTR) {
+            return ErrorFromHost(errno);
+        }
     }
     return NO_ERROR;
 }
 
+}  // namespace
+
+DWORD OpenFile::Read(void* buffer, DWORD count, DWORD* done) {
+    const std::lock_guard lock(mutex_);
+    const DWORD error = Transfer(count, done, [=, this] {
+        return pread(Descriptor(), static_cast<char*>(buffer) + *done, count - *done,
+                     position_ + *done);
+    });
+    position_ += *done;
+    return error;
+}
+
 DWORD OpenFile::Write(const void* buffer, DWORD count, DWORD* done) {
-    *done = 0;
     const std::lock_guard lock(mutex_);
     if (count > INT64_MAX - position_) {
         return ERROR_DISK_FULL;
     }
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
-    while (*done < count) {
-        const ssize_t part = pwrite(Descriptor(), static_cast<const char*>(buffer) + *done,
-                                    count - *done, position_);
-        if (part < 0 && errno == EINTR) {
-            continue;
-        }
-        if (part < 0) {
-            return ErrorFromHost(errno);
-        }
-        *done += static_cast<DWORD>(part);
-        position_ += part;
-    }
-    return NO_ERROR;
+    const DWORD error = Transfer(count, done, [=, this] {
+        return pwrite(Descriptor(), static_cast<const char*>(buffer) + *done, count - *done,
+                      position_ + *done);
+    });
+    position_ += *done;
+    return error;
 }
 
-DWORD OpenFile::Seek(std::int64_t distance, DWORD method, bool low, std::int64_t* position) {
+DWORD OpenFile::Seek(std::int64_t distance, DWORD method, std::int64_t* position) {
     const std::lock_guard lock(mutex_);
-    std::int64_t base = 0;
-    if (method == FILE_CURRENT) {
-        base = position_;
-    } else if (method == FILE_END) {
-        if (const DWORD error = Size(&base); error != NO_ERROR) {
-            return error;
-        }
-    } else if (method != FILE_BEGIN) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    std::int64_t sum = 0;
-    if (__builtin_add_overflow(base, distance, &sum)) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if (sum < 0) {
+    std::int64_t place = method == FILE_CURRENT ? position_ : 0;
+    if (__builtin_add_overflow(place, distance, &place) || place < 0) {
         return ERROR_NEGATIVE_SEEK;
     }
-    if (low && sum > std::int64_t{UINT32_MAX}) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    position_ = sum;
-    *position = sum;
+    position_ = place;
+    *position = place;
     return NO_ERROR;
 }
 
@@ -105,17 +88,21 @@ DWORD OpenFile::Size(std::int64_t* size) const {
     return NO_ERROR;
 }
 
-DWORD OpenFile::SetEnd() {
-    const std::lock_guard lock(mutex_);
-    std::int64_t size = 0;
-    if (const DWORD error = Size(&size); error != NO_ERROR) {
+DWORD OpenFile::SetSize(std::int64_t size) {
+    std::int64_t now = 0;
+    if (const DWORD error = Size(&now); error != NO_ERROR) {
         return error;
     }
-    if (!HasRoomFor(Descriptor(), position_ - size)) {
+    if (!HasRoomFor(Descriptor(), size - now)) {
         return ERROR_DISK_FULL;
     }
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
-    return ftruncate(Descriptor(), position_) == 0 ? NO_ERROR : ErrorFromHost(errno);
+    return ErrorOf(ftruncate(Descriptor(), size));
+}
+
+DWORD OpenFile::SetEnd() {
+    const std::lock_guard lock(mutex_);
+    return SetSize(position_);
 }
 
 ScopedDescriptor OpenFile::Duplicate() {
@@ -128,11 +115,8 @@ ScopedDescriptor OpenFile::Duplicate() {
 }
 
 std::shared_ptr<OpenFile> FindOpenFile(HANDLE handle) {
-    std::shared_ptr<OpenFile> file = FindHandle<OpenFile>(handle);
-    if (!file) {
-        SetLastError(ERROR_INVALID_HANDLE);
-    }
-    return file;
+    auto file = FindHandle<OpenFile>(handle);
+    return file ? file : Fail<std::shared_ptr<OpenFile>>(ERROR_INVALID_HANDLE);
 }
 
 }  // namespace brevik::platform

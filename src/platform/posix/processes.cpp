@@ -1,4 +1,5 @@
 #include "platform/processes.h"
+#include "platform/posix/last_error.h"
 
 #include <signal.h>
 #include <unistd.h>
@@ -37,21 +38,11 @@ bool MayBeOpened(pid_t process) {
     return StatExecutableOf(process, &program) && MayLendItsFolder(CurrentRights(), program);
 }
 
-BOOL Fail(DWORD error) {
-    SetLastError(error);
-    return FALSE;
-}
-
 }  // namespace
 
 HANDLE CreateToolhelp32Snapshot(DWORD flags, DWORD) {
-    HANDLE handle = nullptr;
-    if (flags != TH32CS_SNAPPROCESS) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-    } else if ((handle = OpenHandle(std::make_shared<Snapshot>())) == nullptr) {
-        SetLastError(ERROR_NO_SYSTEM_RESOURCES);
-    }
-    return handle != nullptr ? handle : INVALID_HANDLE_VALUE;
+    return flags == TH32CS_SNAPPROCESS ? OpenHandle(std::make_shared<Snapshot>())
+                                       : Fail(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
 }
 
 BOOL Process32FirstW(HANDLE snapshot, PROCESSENTRY32W* entry) {
@@ -79,38 +70,26 @@ HANDLE OpenProcess(DWORD, BOOL, DWORD process) {
     const bool possible = process != 0 && process <= INT_MAX;
     const auto id = static_cast<pid_t>(process);
     if (!possible || (kill(id, 0) != 0 && errno == ESRCH)) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return nullptr;
+        return Fail<HANDLE>(ERROR_INVALID_PARAMETER);
     }
     if (id != getpid() && !MayBeOpened(id)) {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return nullptr;
+        return Fail<HANDLE>(ERROR_ACCESS_DENIED);
     }
-    HANDLE handle = OpenHandle(std::make_shared<Process>(id));
-    if (handle == nullptr) {
-        SetLastError(ERROR_NO_SYSTEM_RESOURCES);
-    }
-    return handle;
+    return OpenHandle(std::make_shared<Process>(id));
 }
 
 DWORD GetModuleFileNameExW(HANDLE process, HMODULE module, WCHAR* path, DWORD size) {
     const auto opened = FindHandle<Process>(process);
-    if (!opened) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return 0;
-    }
-    if (opened->Id() == getpid()) {
+    if (opened && opened->Id() == getpid()) {
         return GetModuleFileNameW(module, path, size);
     }
-    if (module != nullptr) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return 0;
+    if (!opened || module != nullptr) {
+        return Fail<DWORD>(ERROR_INVALID_HANDLE);
     }
     const std::string executable = ExecutableOf(opened->Id());
     const std::u16string text = WindowsPath(executable);
     if (text.empty()) {
-        SetLastError(executable.empty() ? ErrorFromHost(errno) : ERROR_FILE_NOT_FOUND);
-        return 0;
+        return Fail<DWORD>(executable.empty() ? ErrorFromHost(errno) : ERROR_FILE_NOT_FOUND);
     }
     return CopyCutting(text, path, size);
 }

@@ -1,4 +1,5 @@
 #include "platform/registry.h"
+#include "platform/never_destroyed.h"
 
 #include <algorithm>
 #include <array>
@@ -16,12 +17,11 @@ namespace {
 
 // The path that a program of 32 bits sees for a folded path; empty where it is the same.
 std::string PathIn32BitView(const std::string& path) {
-    // Never destroyed: a thread may still ask while the process ends.
-    static const std::string& software =
-        *new const std::string(FoldRegistryPath(u"HKEY_LOCAL_MACHINE\\SOFTWARE\\"));
-    static const std::string& view = *new const std::string(FoldRegistryPath(u"WOW6432NODE\\"));
-    return path.starts_with(software) ? std::string(path).insert(software.size(), view)
-                                      : std::string();
+    static NeverDestroyed<std::string> software(
+        FoldRegistryPath(u"HKEY_LOCAL_MACHINE\\SOFTWARE\\"));
+    static NeverDestroyed<std::string> view(FoldRegistryPath(u"WOW6432NODE\\"));
+    return path.starts_with(*software) ? std::string(path).insert(software->size(), *view)
+                                       : std::string();
 }
 
 // What a handle stands for. It never changes: the path is as the caller named it, and in its newest
@@ -47,15 +47,14 @@ std::shared_ptr<const OpenKey> FindPredefined(HKEY handle) {
     const auto make = [](const char16_t* path) {
         return std::make_shared<const OpenKey>(FoldRegistryPath(path), KEY_READ, true);
     };
-    // Never destroyed: a thread may still ask while the process ends.
-    static const auto& rows = *new const std::array<Row, 4>{{
+    static NeverDestroyed<std::array<Row, 4>> rows(std::array<Row, 4>{{
         {HKEY_CLASSES_ROOT, make(u"HKEY_LOCAL_MACHINE\\SOFTWARE\\CLASSES")},
         {HKEY_CURRENT_USER, make(u"HKEY_CURRENT_USER")},
         {HKEY_LOCAL_MACHINE, make(u"HKEY_LOCAL_MACHINE")},
         {HKEY_USERS, make(u"HKEY_USERS")},
-    }};
-    const auto row = std::ranges::find(rows, handle, &Row::handle);
-    return row != rows.end() ? row->key : nullptr;
+    }});
+    const auto row = std::ranges::find(*rows, handle, &Row::handle);
+    return row != rows->end() ? row->key : nullptr;
 }
 
 // Null for a value that is not the handle of a key.
@@ -80,14 +79,13 @@ std::string PathBelow(const std::string& parent, std::u16string_view subKey) {
 
 // Null when there is no such key; a predefined one is always there.
 const RegistryKey* FindKey(const RegistrySnapshot& registry, const OpenKey& key) {
-    // Never destroyed: a thread may still ask while the process ends.
-    static const RegistryKey& empty = *new RegistryKey;
+    static NeverDestroyed<RegistryKey> empty;
     const RegistryKey* found =
         key.pathIn32BitView.empty() ? nullptr : registry.tree.FindFolded(key.pathIn32BitView);
     if (found == nullptr) {
         found = registry.tree.FindFolded(key.path);
     }
-    return found != nullptr || !key.isPredefined ? found : &empty;
+    return found != nullptr || !key.isPredefined ? found : &*empty;
 }
 
 // The data of a text in the narrow code page; of any other value, as it is.
@@ -163,11 +161,7 @@ LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, REGSAM access, HKEY*
         const bool isParentThere = FindKey(*registry, *above) != nullptr;
         return isParentThere ? ERROR_FILE_NOT_FOUND : ERROR_KEY_DELETED;
     }
-    const HANDLE handle = OpenHandle(opened);
-    if (handle == nullptr) {
-        return ERROR_NO_SYSTEM_RESOURCES;
-    }
-    *key = static_cast<HKEY>(handle);
+    *key = static_cast<HKEY>(OpenHandle(opened));
     return ERROR_SUCCESS;
 }
 

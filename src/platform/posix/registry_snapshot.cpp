@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/debugger.h"
+#include "platform/never_destroyed.h"
 #include "platform/posix/file_watch.h"
 #include "platform/posix/machine.h"
 #include "platform/posix/registry_text.h"
@@ -45,9 +46,8 @@ FileReading ReadRegistryFile(const std::string& path, const FileStamp& stamp) {
 class RegistryCache {
   public:
     static RegistryCache& Current() {
-        // Never destroyed: a thread may still ask while the process ends.
-        static RegistryCache& cache = *new RegistryCache;
-        return cache;
+        static NeverDestroyed<RegistryCache> cache;
+        return *cache;
     }
 
     std::shared_ptr<const RegistrySnapshot> Newest() {
@@ -119,14 +119,16 @@ class RegistryCache {
 }  // namespace
 
 std::shared_ptr<const RegistrySnapshot> NewestRegistry() {
+    if (!Machine::Current().IsKnown()) {
+        const auto unknown = std::make_shared<RegistrySnapshot>();
+        unknown->error = ERROR_ACCESS_DENIED;
+        return unknown;
+    }
     return RegistryCache::Current().Newest();
 }
 
-const std::string& RegistryFilePath() {
-    // Never destroyed: a thread may still ask while the process ends.
-    static const std::string& path =
-        *new std::string(Machine::Current().Folder() + "/registry.reg");
-    return path;
+std::string RegistryFilePath() {
+    return Machine::Current().Folder() + "/registry.reg";
 }
 
 }  // namespace brevik::platform

@@ -23,6 +23,6 @@ struct RegistrySnapshot {
 std::shared_ptr<const RegistrySnapshot> NewestRegistry();
 
 // Host path of the machine's registry file.
-PLATFORM_API const std::string& RegistryFilePath();
+PLATFORM_API std::string RegistryFilePath();
 
 }  // namespace brevik::platform

@@ -1,6 +1,5 @@
 #include "platform/posix/share_modes.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sched.h>
 #include <time.h>
@@ -9,16 +8,18 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
-#include <memory>
 #include <mutex>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "platform/files.h"
+#include "platform/never_destroyed.h"
+#include "platform/posix/file_stamp.h"
 #include "platform/posix/host_errors.h"
 #include "platform/posix/machine.h"
+#include "platform/posix/scoped_folder.h"
 
 namespace brevik::platform {
 namespace {
@@ -55,7 +56,7 @@ constexpr AccessKind kAccessKinds[] = {
 // Bytes of a slot as a bit set.
 struct SlotBytes {
     unsigned taken = 0;     // that the handle locks
-    unsigned excluded = 0;  // that nobody else may have locked
+    unsigned excluded = 0;  // that no other handle may have locked
 };
 
 constexpr SlotBytes BytesOf(DWORD access, DWORD share) {
@@ -78,7 +79,7 @@ constexpr SlotBytes BytesOf(DWORD access, DWORD share) {
     return bytes;
 }
 
-// Calls `use` with first and length of each run of set bits until it gives an error.
+// Calls `use` with first and length of each run of set bits until it returns an error.
 template <typename Use>
 DWORD ForEachRun(unsigned bits, Use use) {
     for (unsigned first = 0; bits >> first != 0;) {
@@ -107,14 +108,14 @@ struct flock LockOf(int type, off_t start, off_t length) {
     return lock;
 }
 
-// Whether another open description has a lock in the range, and which is then in `lock`. A host
-// that cannot tell enforces nothing.
+// Whether another open description has a lock in the range of `lock`, which receives it. A host
+// without such locks enforces nothing.
 bool FindLock(int file, struct flock& lock) {
     lock.l_pid = 0;
     return fcntl(file, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-// 0 also where the host's file system has no locks.
+// NO_ERROR also where the host's file system has no locks.
 DWORD SetLock(int file, int type, off_t start, off_t length) {
     struct flock lock = LockOf(type, start, length);
     if (fcntl(file, F_OFD_SETLK, &lock) == 0) {
@@ -123,9 +124,10 @@ DWORD SetLock(int file, int type, off_t start, off_t length) {
     return errno == EAGAIN || errno == EACCES ? ERROR_SHARING_VIOLATION : NO_ERROR;
 }
 
-// From here to EndSection no other opening looks at the file's bytes or locks them. 0, or 32 where
-// another program does not come to the end of its own: one that is stopped there must not stop all.
-DWORD BeginSection(int file, off_t slot) {
+// From here until the byte is unlocked no other opening looks at the file's bytes or locks them.
+// NO_ERROR, or ERROR_SHARING_VIOLATION where another program does not reach the end of its section:
+// one that is stopped there must not stop all others.
+DWORD LockSection(int file, off_t slot) {
     constexpr int kYields = 200;
     constexpr int kWaits = 2000;
     constexpr timespec kWait = {0, 1'000'000};
@@ -142,10 +144,6 @@ DWORD BeginSection(int file, off_t slot) {
     }
 }
 
-void EndSection(int file, off_t slot) {
-    SetLock(file, F_UNLCK, slot + kSection, 1);
-}
-
 std::string LockFilePath(dev_t device, std::uint64_t highBits) {
     char name[64];
     std::snprintf(name, sizeof name, "/locks/%jx", static_cast<std::uintmax_t>(device));
@@ -157,7 +155,7 @@ int OpenPath(const std::string& path, int flags, mode_t mode = 0) {
     return open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, mode);
 }
 
-// Makes a lock file that is missing: whoever may write in its folder may lock with it.
+// Makes a lock file that is missing, open to all that may write in its folder.
 ScopedDescriptor MakeLockFile(const std::string& path) {
     const std::string folder = path.substr(0, path.rfind('/'));
     mkdir(folder.c_str(), 0777);
@@ -174,23 +172,17 @@ ScopedDescriptor MakeLockFile(const std::string& path) {
     return errno == EEXIST ? ScopedDescriptor(OpenPath(path, 0)) : ScopedDescriptor();
 }
 
-// What keeps the host from opening anything, and not just this file.
+// Whether the host can open nothing at all at the moment, and not just this file.
 bool IsShortage(int hostError) {
     return hostError == EMFILE || hostError == ENFILE || hostError == ENOMEM;
 }
 
-// A lock file that nobody uses at the moment, kept open for the next one: deleting a tree would
+// A lock file that no handle uses at the moment, kept open for the next one: deleting a tree would
 // otherwise open one for each file.
 class SpareLockFile {
   public:
-    static SpareLockFile& Current() {
-        // Never destroyed: a thread may still ask while the process ends.
-        static SpareLockFile& spare = *new SpareLockFile;
-        return spare;
-    }
-
-    // The spare, when it was opened by this process for this part of this device, and its path
-    // still leads to it; else none.
+    // The spare, when this process opened it for this part of this device and its path still leads
+    // to it; else none.
     LockFile Take(pid_t process, dev_t device, std::uint64_t highBits) {
         const std::lock_guard lock(mutex_);
         if (!spare_.file || spare_.owner != process || spare_.device != device ||
@@ -199,9 +191,9 @@ class SpareLockFile {
         }
         LockFile taken = std::move(spare_);
         struct stat status;
-        if (fstat(taken.file.Get(), &status) != 0 || status.st_dev != taken.ownDevice ||
-            status.st_ino != taken.ownNumber) {
-            // The host has closed a descriptor that it does not know; the number may be its own.
+        if (fstat(taken.file.Get(), &status) != 0 || !IsSameFile(status, taken.own)) {
+            // The host has closed a descriptor that it does not know; the number may now be its
+            // own.
             taken.file.Release();
             return {};
         }
@@ -221,6 +213,11 @@ class SpareLockFile {
     LockFile spare_;
 };
 
+SpareLockFile& Spare() {
+    static NeverDestroyed<SpareLockFile> spare;
+    return *spare;
+}
+
 }  // namespace
 
 DWORD ShareMode::OpenLockFile(const struct stat& file) {
@@ -229,7 +226,7 @@ DWORD ShareMode::OpenLockFile(const struct stat& file) {
     slot_ = static_cast<off_t>((number << (64 - kNumberBits)) >> (64 - kNumberBits)) *
             static_cast<off_t>(kSlotSize);
     const pid_t process = getpid();
-    lockFile_ = SpareLockFile::Current().Take(process, file.st_dev, highBits);
+    lockFile_ = Spare().Take(process, file.st_dev, highBits);
     if (lockFile_.file) {
         return NO_ERROR;
     }
@@ -242,8 +239,19 @@ DWORD ShareMode::OpenLockFile(const struct stat& file) {
     if (!opened || fstat(opened.Get(), &own) != 0) {
         return IsShortage(errno) ? ErrorFromHost(errno) : NO_ERROR;
     }
-    lockFile_ = {std::move(opened), process, file.st_dev, highBits, own.st_dev, own.st_ino};
+    lockFile_ = {std::move(opened), process, file.st_dev, highBits, own};
     return NO_ERROR;
+}
+
+DWORD ShareMode::BeginSection(const struct stat& file) {
+    DWORD error = OpenLockFile(file);
+    if (lockFile_.file) {
+        error = LockSection(lockFile_.file.Get(), slot_);
+    }
+    if (error != NO_ERROR) {
+        Leave();
+    }
+    return error;
 }
 
 DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
@@ -251,16 +259,11 @@ DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
     if (bytes.taken == 0) {
         return NO_ERROR;
     }
-    const DWORD opened = OpenLockFile(file);
+    DWORD error = BeginSection(file);
     if (!lockFile_.file) {
-        return opened;
-    }
-    const int lockFile = lockFile_.file.Get();
-    DWORD error = BeginSection(lockFile, slot_);
-    if (error != NO_ERROR) {
-        lockFile_.file.Close();
         return error;
     }
+    const int lockFile = lockFile_.file.Get();
     error = ForEachRun(bytes.excluded, [&](unsigned first, unsigned length) {
         struct flock lock = LockOf(F_WRLCK, slot_ + first, length);
         return FindLock(lockFile, lock) ? ERROR_SHARING_VIOLATION : NO_ERROR;
@@ -270,7 +273,7 @@ DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
             return SetLock(lockFile, F_RDLCK, slot_ + first, length);
         });
     }
-    EndSection(lockFile, slot_);
+    SetLock(lockFile, F_UNLCK, slot_ + kSection, 1);
     if (error != NO_ERROR) {
         Leave();
     }
@@ -278,13 +281,8 @@ DWORD ShareMode::Enter(const struct stat& file, DWORD access, DWORD share) {
 }
 
 DWORD ShareMode::EnterToDelete(const struct stat& file) {
-    const DWORD opened = OpenLockFile(file);
+    const DWORD error = BeginSection(file);
     if (!lockFile_.file) {
-        return opened;
-    }
-    // Staying in the section is the part that is taken. Leave ends it with all locks of the file.
-    if (const DWORD error = BeginSection(lockFile_.file.Get(), slot_); error != NO_ERROR) {
-        lockFile_.file.Close();
         return error;
     }
     struct flock lock = LockOf(F_WRLCK, slot_ + kDeniesDelete, 1);
@@ -292,6 +290,7 @@ DWORD ShareMode::EnterToDelete(const struct stat& file) {
         Leave();
         return ERROR_SHARING_VIOLATION;
     }
+    // The section ends with Leave.
     return NO_ERROR;
 }
 
@@ -310,17 +309,12 @@ DWORD ShareMode::LockVolume(const struct stat& root) {
 void ShareMode::Leave() {
     if (lockFile_.file && lockFile_.owner == getpid()) {
         SetLock(lockFile_.file.Get(), F_UNLCK, slot_, kSlotSize);
-        SpareLockFile::Current().Keep(std::move(lockFile_));
+        Spare().Keep(std::move(lockFile_));
     }
     lockFile_.file.Close();
 }
 
 namespace {
-
-struct CloseFolder {
-    void operator()(DIR* folder) const { closedir(folder); }
-};
-using ScopedFolder = std::unique_ptr<DIR, CloseFolder>;
 
 using FileNumbers = std::unordered_set<ino_t>;
 
@@ -329,25 +323,25 @@ bool Covers(const struct flock& lock, unsigned byte) {
     return first <= byte && byte < first + lock.l_len;
 }
 
-bool IsAskedFor(const struct flock& lock, OpenFiles which) {
+bool Counts(const struct flock& lock, OpenFiles which) {
     return which == OpenFiles::kDenyingDeletion
                ? Covers(lock, kDeniesDelete)
                : Covers(lock, kReads) || Covers(lock, kWrites) || Covers(lock, kDeletes);
 }
 
-// The host tells one lock of a range, and not the first: what is left on either side of it is
+// The host reports one lock of a range, and not the first: what is left on either side of it is
 // looked at in turn.
 void AddOpenFiles(int file, std::uint64_t highBits, OpenFiles which, FileNumbers& numbers) {
     std::vector<std::pair<off_t, off_t>> ranges = {{0, INT64_MAX}};
     while (!ranges.empty()) {
         const auto [first, last] = ranges.back();
         ranges.pop_back();
-        struct flock lock =
-            LockOf(F_WRLCK, first, first == 0 && last == INT64_MAX ? 0 : last - first + 1);
+        // A length of 0 reaches to the end.
+        struct flock lock = LockOf(F_WRLCK, first, last == INT64_MAX ? 0 : last - first + 1);
         if (!FindLock(file, lock) || lock.l_len == 0) {
             continue;
         }
-        if (IsAskedFor(lock, which)) {
+        if (Counts(lock, which)) {
             numbers.insert(static_cast<std::uint64_t>(lock.l_start / kSlotSize) |
                            highBits << kNumberBits);
         }

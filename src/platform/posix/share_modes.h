@@ -2,30 +2,30 @@
 //
 // An opening conflicts with a handle that is open on the same file when both have some access of
 // read, write or delete, and the access of one is not covered by the share mode of the other. An
-// opening without any of these never conflicts and costs nothing here. Deleting and renaming enter
-// for as long as they take, with delete access and all sharing.
+// opening without any of these never conflicts and costs nothing here. Deleting and renaming count
+// as openings with delete access and all sharing for as long as they take.
 //
 // How: each handle has an open description of a lock file of its own, and on it the kernel's byte
 // range locks that belong to an open description (F_OFD_SETLK).
 //  - The locks vanish with the process, however it ends. Nothing is stored, so nothing can be left
-//    behind, and the lock files are always empty.
+//    over, and the lock files are always empty.
 //  - They lie on files of ours in the folder "locks" of the machine, not on the files that they
 //    are about: those may be read-only, on a read-only medium, or on a file system without locks,
 //    and a program outside of this layer that locks such a file must find it free.
-//  - There is a lock file for each device, and in it the eight bytes from eight times the file's
-//    number are the file's own, so that two files never meet. Numbers too large for this have
+//  - There is a lock file for each device, and in it the eight bytes at eight times the file's
+//    number belong to the file, so that two files never meet. Numbers too large for this have
 //    further lock files, by their highest bits.
 //  - One byte stands for each access that some handle has, one for each that some handle denies.
-//    A handle read-locks its bytes, any number may; it conflicts when it finds a lock on the byte
-//    of an access that it denies, or on that of the denial of an access that it wants. Looking and
-//    locking happen under a write lock on a further byte, so that of two openings at one time one
-//    is first. Deleting and renaming happen under it too. Nobody waits for it longer than two
+//    A handle read-locks its bytes, as any number may; it conflicts when it finds a lock on the
+//    byte of an access that it denies, or on that of the denial of an access that it wants. Looking
+//    and locking happen under a write lock on a further byte, so that of two openings at one time
+//    one is first. Deleting and renaming happen under it too. Nothing waits for it longer than two
 //    seconds.
-//  - A forked child inherits the descriptions; leaving therefore unlocks in so many words, which
-//    holds for all copies, and only the process that entered does it.
+//  - A forked child inherits the descriptions, so closing one does not unlock: leaving unlocks
+//    explicitly, which holds for all copies, and only in the process that entered.
 // Users of one machine can lock against each other if they may write in its folder "locks". Where
-// there is no lock file to be had, because the machine's folder is missing or read-only, or its
-// file system knows no locks, share modes are not enforced, and files open all the same.
+// no lock file can be used, because the machine's folder is missing or read-only, or its file
+// system knows no locks, share modes are not enforced, and files open all the same.
 #pragma once
 
 #include <sys/stat.h>
@@ -46,47 +46,51 @@ struct LockFile {
     pid_t owner = 0;             // the process that opened it
     dev_t device = 0;            // of the files that are locked with it
     std::uint64_t highBits = 0;  // of their numbers
-    dev_t ownDevice = 0;         // of the lock file itself
-    ino_t ownNumber = 0;
+    struct stat own = {};        // of the lock file itself
 };
 
-// The part that one handle takes. Any one thread at a time.
+// What one handle holds. For one thread at a time.
 //
-// REQUIRES: the file exists as long as the part is taken, so that no other one gets its number.
+// REQUIRES: the file exists until Leave, so that no other one gets its number.
 class PLATFORM_API ShareMode {
   public:
     ShareMode() = default;
     ShareMode(ShareMode&&) noexcept = default;
     ~ShareMode() { Leave(); }
 
-    // Takes a part for a handle with this access and share mode. 0; 32 for a conflict; 4, 8 and
-    // others where the host has no further descriptors or memory. REQUIRES: none is taken.
+    // Each of these REQUIRES that nothing has been entered, and returns NO_ERROR, or an error where
+    // the host has no further descriptors or memory, or as said.
+
+    // Enters for a handle with this access and share mode; ERROR_SHARING_VIOLATION for a conflict.
     DWORD Enter(const struct stat& file, DWORD access, DWORD share);
 
-    // As with delete access and all sharing, and until Leave no other opening can enter: for the
-    // moment that deleting or renaming takes, since others wait meanwhile.
+    // The same with delete access and all sharing. Until Leave no other opening can enter, and
+    // waits: for the moment that deleting or renaming takes.
     DWORD EnterToDelete(const struct stat& file);
 
-    // Takes the one lock of the volume with this root folder. 0, or 5 when another one has it.
+    // Takes the one lock of the volume with this root folder; ERROR_ACCESS_DENIED when another
+    // handle has it.
     DWORD LockVolume(const struct stat& root);
 
     void Leave();
 
   private:
+    // Without a lock file there is nothing to enforce, and nothing is entered.
     DWORD OpenLockFile(const struct stat& file);
+    DWORD BeginSection(const struct stat& file);
 
     LockFile lockFile_;
     off_t slot_ = 0;
 };
 
-// Which open files are asked for.
+// Which open files count.
 enum class OpenFiles {
     kAll,             // with some access of read, write or delete
     kDenyingDeletion  // those that do not share deletion
 };
 
-// Whether some handle of any process is open on a file or folder below `folder`, on its device,
-// the folder itself left out. Reads the tree only when some file of the device is open.
+// Whether some handle of any process is open on a file or folder below `folder` and on its device.
+// Reads the tree only when some file of the device is open.
 PLATFORM_API bool AnyOpenBelow(const std::string& folder, OpenFiles which);
 
 }  // namespace brevik::platform

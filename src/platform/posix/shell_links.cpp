@@ -12,8 +12,8 @@
 #include "platform/files.h"
 #include "platform/posix/built_in_classes.h"
 #include "platform/posix/paths.h"
-#include "platform/posix/scoped_handle.h"
 #include "platform/posix/shortcut_file.h"
+#include "platform/scoped_handle.h"
 
 namespace brevik::platform {
 namespace {
@@ -30,7 +30,7 @@ HRESULT ReadShortcut(const WCHAR* path, std::optional<Shortcut>* shortcut) {
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD high = 0;
-    const DWORD size = file.IsOpen() ? GetFileSize(file.Get(), &high) : INVALID_FILE_SIZE;
+    const DWORD size = file ? GetFileSize(file.Get(), &high) : INVALID_FILE_SIZE;
     if (size == INVALID_FILE_SIZE && GetLastError() != NO_ERROR) {
         return ResultOf(GetLastError());
     }
@@ -59,28 +59,12 @@ std::u16string InFolder(std::u16string_view folder, std::u16string_view name) {
     return FullPath(std::u16string(folder) + u'\\' + std::u16string(name));
 }
 
-std::u16string WithoutPrefix(std::u16string path) {
-    if (path.starts_with(u"\\\\?\\UNC\\")) {
-        path.erase(2, 6);
-    } else if (path.starts_with(u"\\\\?\\")) {
-        path.erase(0, 4);
-    }
-    return path;
-}
-
-void CopyCut(std::u16string_view text, WCHAR* target, std::size_t size) {
-    *std::copy_n(text.begin(), std::min(text.size(), size - 1), target) = u'\0';
-}
-
-// One link at a time; used by one thread at a time, as its apartment would have it.
+// For one thread at a time, as its apartment would have it.
 class ShellLink final : public IShellLinkW, public IPersistFile {
   public:
     virtual ~ShellLink() = default;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (object == nullptr) {
-            return E_POINTER;
-        }
         *object = nullptr;
         if (iid == IID_IUnknown || iid == IID_IShellLinkW) {
             *object = static_cast<IShellLinkW*>(this);
@@ -104,65 +88,47 @@ class ShellLink final : public IShellLinkW, public IPersistFile {
     }
 
     HRESULT STDMETHODCALLTYPE Load(const WCHAR* path, DWORD) override {
-        if (path == nullptr) {
-            return E_INVALIDARG;
-        }
         std::optional<Shortcut> shortcut;
         const HRESULT result = ReadShortcut(path, &shortcut);
         if (SUCCEEDED(result)) {
             shortcut_ = *std::move(shortcut);
-            const std::u16string full = FullPath(path);
+            const std::u16string full = FullPath(WithoutLiteralPrefix(path));
             folder_ = full.substr(0, full.find_last_of(u'\\'));
-            resolved_.clear();
+            target_.clear();
         }
         return result;
     }
 
+    // A link to something that has no path, such as a panel of the shell, has no target here.
     HRESULT STDMETHODCALLTYPE Resolve(HWND, DWORD) override {
-        // A link to something that has no path, such as a panel of the shell, is settled as it is.
         HRESULT result = S_OK;
         for (const std::u16string& place : PlacesToLook()) {
             if (place.empty()) {
                 continue;
             }
             const HostFile found = FindFile(PlaceOf(place));
-            if (found.error == 0) {
-                resolved_ = WithoutPrefix(place);
+            if (found.error == NO_ERROR) {
+                target_ = WithoutLiteralPrefix(place);
                 return S_OK;
             }
-            // Why it is not where the link says tells more than why it is nowhere else.
+            // The likeliest place has the error that matters.
             result = FAILED(result) ? result : ResultOf(found.error);
         }
         return result;
     }
 
-    HRESULT STDMETHODCALLTYPE GetPath(WCHAR* path, int size, WIN32_FIND_DATAW* data,
-                                      DWORD flags) override {
-        if (path == nullptr || size <= 0) {
-            return E_INVALIDARG;
-        }
-        const std::u16string& target = Target((flags & SLGP_UNCPRIORITY) != 0);
-        CopyCut(target, path, static_cast<std::size_t>(size));
-        if (data != nullptr) {
-            *data = {};
-            data->dwFileAttributes = shortcut_.attributes;
-            data->ftCreationTime = shortcut_.creation;
-            data->ftLastAccessTime = shortcut_.access;
-            data->ftLastWriteTime = shortcut_.write;
-            data->nFileSizeLow = shortcut_.size;
-            CopyCut(LastName(target), data->cFileName, MAX_PATH);
-        }
-        return target.empty() ? S_FALSE : S_OK;
+    HRESULT STDMETHODCALLTYPE GetPath(WCHAR* path, int size, WIN32_FIND_DATAW*, DWORD) override {
+        const std::size_t length = std::min(target_.size(), static_cast<std::size_t>(size) - 1);
+        *std::copy_n(target_.begin(), length, path) = u'\0';
+        return target_.empty() ? S_FALSE : S_OK;
     }
 
   private:
     // Where the target may be, the likeliest place first.
     std::array<std::u16string, 4> PlacesToLook() const {
         const std::u16string& relative = shortcut_.relativePath;
-        std::u16string besideLink = IsAbsolute(relative) ? relative : std::u16string();
-        if (!relative.empty() && besideLink.empty()) {
-            besideLink = InFolder(folder_, relative);
-        }
+        const std::u16string besideLink =
+            relative.empty() || IsAbsolute(relative) ? relative : InFolder(folder_, relative);
         const std::u16string_view name = LastName(besideLink);
         return {shortcut_.sharePath, shortcut_.localPath, besideLink,
                 name.empty() || !IsAbsolute(shortcut_.workingFolder)
@@ -170,19 +136,10 @@ class ShellLink final : public IShellLinkW, public IPersistFile {
                     : InFolder(shortcut_.workingFolder, name)};
     }
 
-    // The path as it was settled, else as the link says.
-    const std::u16string& Target(bool shareFirst) const {
-        if (!resolved_.empty()) {
-            return resolved_;
-        }
-        const bool share = shareFirst ? !shortcut_.sharePath.empty() : shortcut_.localPath.empty();
-        return share ? shortcut_.sharePath : shortcut_.localPath;
-    }
-
     std::atomic<ULONG> references_ = 1;
     Shortcut shortcut_;
-    std::u16string folder_;    // of the link
-    std::u16string resolved_;  // empty until it is settled
+    std::u16string folder_;  // of the link
+    std::u16string target_;  // empty until Resolve has found it
 };
 
 }  // namespace

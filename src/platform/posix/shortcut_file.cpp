@@ -1,6 +1,7 @@
 #include "platform/posix/shortcut_file.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 #include "platform/posix/host_text.h"
@@ -36,7 +37,7 @@ constexpr char16_t kWestern[] =
     u"\u008F\u0090\u2018\u2019\u201C\u201D\u2022\u2013\u2014\u02DC\u2122\u0161\u203A\u0153\u009D"
     u"\u017E\u0178";
 
-// Nothing in the file tells which code page a narrow text is in: UTF-8 where it can be that.
+// Nothing in the file names the code page of a narrow text: UTF-8 where it can be that.
 std::u16string DecodeNarrow(std::string_view text) {
     std::u16string wide = WideFromUtf8(text);
     if (Utf8FromWide(wide) == text) {
@@ -50,23 +51,8 @@ std::u16string DecodeNarrow(std::string_view text) {
     return wide;
 }
 
-std::u16string DecodeWide(std::string_view text) {
-    std::u16string wide(text.size() / 2, u'\0');
-    for (std::size_t index = 0; index < wide.size(); ++index) {
-        const auto low = static_cast<unsigned char>(text[2 * index]);
-        const auto high = static_cast<unsigned char>(text[2 * index + 1]);
-        wide[index] = static_cast<char16_t>(low | high << 8);
-    }
-    return wide;
-}
-
-std::u16string UpToNul(std::u16string text) {
-    text.resize(std::min(text.find(u'\0'), text.size()));
-    return text;
-}
-
-// Bytes with places in them. What lies beyond their end reads as zeros and empty texts, and the
-// block knows from then on that it is broken.
+// Bytes with places in them. What lies beyond their end reads as zeros and empty texts, and marks
+// the block as broken.
 class Block {
   public:
     explicit Block(std::string_view bytes) : bytes_(bytes) {}
@@ -81,17 +67,8 @@ class Block {
         return bytes_.substr(place, size);
     }
 
-    std::uint32_t Number(std::size_t place, std::size_t size) {
-        std::uint32_t number = 0;
-        const std::string_view part = Part(place, size);
-        for (std::size_t index = part.size(); index > 0; --index) {
-            number = number << 8 | static_cast<unsigned char>(part[index - 1]);
-        }
-        return number;
-    }
-    std::uint32_t Word(std::size_t place) { return Number(place, 2); }
-    std::uint32_t DoubleWord(std::size_t place) { return Number(place, 4); }
-    FILETIME Time(std::size_t place) { return {DoubleWord(place), DoubleWord(place + 4)}; }
+    std::uint32_t Word(std::size_t place) { return NumberOfBytes(Part(place, 2)); }
+    std::uint32_t DoubleWord(std::size_t place) { return NumberOfBytes(Part(place, 4)); }
 
     // The text at a place, which ends in a NUL.
     std::u16string NarrowText(std::size_t place) {
@@ -103,14 +80,14 @@ class Block {
         while (!broken_ && Word(end) != 0) {
             end += 2;
         }
-        return broken_ ? std::u16string() : DecodeWide(Part(place, end - place));
+        return broken_ ? std::u16string() : Utf16OfBytes(Part(place, end - place));
     }
 
-    // A text that is there in both forms, told by where its places stand. The wide one is the text
-    // itself, but not every file has it.
-    std::u16string Text(std::size_t narrowPlace, std::optional<std::size_t> widePlace) {
-        if (widePlace && DoubleWord(*widePlace) != 0) {
-            return WideText(DoubleWord(*widePlace));
+    // A text that may be there in two forms, each by its place. The wide one is the text itself,
+    // but not every file has it: `widePlace` is 0 then.
+    std::u16string Text(std::size_t narrowPlace, std::size_t widePlace) {
+        if (widePlace != 0 && DoubleWord(widePlace) != 0) {
+            return WideText(DoubleWord(widePlace));
         }
         const std::uint32_t narrow = DoubleWord(narrowPlace);
         return narrow == 0 ? std::u16string() : NarrowText(narrow);
@@ -128,15 +105,11 @@ std::u16string Join(std::u16string base, std::u16string_view suffix) {
     return base.append(suffix);
 }
 
-std::optional<std::size_t> PlaceIf(bool there, std::size_t place) {
-    return there ? std::optional(place) : std::nullopt;
-}
-
 // The name of the share, from the part of the link information about it. Nothing for a broken one.
 std::optional<std::u16string> ReadShareName(std::string_view bytes) {
     Block share(bytes);
     const bool wide = share.DoubleWord(0x8) > kShareSize;
-    std::u16string name = share.Text(0x8, PlaceIf(wide, 0x14));
+    std::u16string name = share.Text(0x8, wide ? 0x14 : 0);
     return share.IsBroken() || bytes.size() < kShareSize ? std::nullopt
                                                          : std::optional(std::move(name));
 }
@@ -150,9 +123,9 @@ bool ReadLinkInfo(std::string_view bytes, Shortcut* shortcut) {
         return false;
     }
     const bool wide = headerSize >= kWideLinkInfoSize;
-    const std::u16string suffix = info.Text(0x18, PlaceIf(wide, 0x20));
+    const std::u16string suffix = info.Text(0x18, wide ? 0x20 : 0);
     if ((flags & kHasLocalPath) != 0) {
-        shortcut->localPath = Join(info.Text(0x10, PlaceIf(wide, 0x1C)), suffix);
+        shortcut->localPath = Join(info.Text(0x10, wide ? 0x1C : 0), suffix);
     }
     if ((flags & kHasShare) != 0) {
         const std::uint32_t place = info.DoubleWord(0x14);
@@ -176,11 +149,6 @@ class ShortcutReader {
             return false;
         }
         const std::uint32_t flags = file_.DoubleWord(0x14);
-        shortcut->attributes = file_.DoubleWord(0x18);
-        shortcut->creation = file_.Time(0x1C);
-        shortcut->access = file_.Time(0x24);
-        shortcut->write = file_.Time(0x2C);
-        shortcut->size = file_.DoubleWord(0x34);
         next_ = kHeaderSize;
         if ((flags & kHasItemList) != 0) {
             next_ += 2 + file_.Word(next_);
@@ -210,7 +178,8 @@ class ShortcutReader {
         const std::size_t size = file_.Word(next_) * (wide ? std::size_t{2} : std::size_t{1});
         const std::string_view text = file_.Part(next_ + 2, size);
         next_ += 2 + size;
-        return UpToNul(wide ? DecodeWide(text) : DecodeNarrow(text));
+        const std::u16string decoded = wide ? Utf16OfBytes(text) : DecodeNarrow(text);
+        return decoded.substr(0, decoded.find(u'\0'));
     }
 
     Block file_;

@@ -1,15 +1,13 @@
-// What a shortcut file (.lnk) tells about its target.
+// Where a shortcut file (.lnk) leads.
 //
 // The bytes may come from anywhere: every length and place in them is checked. The list of shell
-// items and the blocks behind the texts are passed over.
+// items and the blocks after the texts are skipped.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "platform/file_times.h"
 #include "platform/types.h"
 
 namespace brevik::platform {
@@ -20,16 +18,9 @@ struct Shortcut {
     std::u16string sharePath;      // the same target by the share that it is on
     std::u16string relativePath;   // from the folder of the shortcut
     std::u16string workingFolder;  // where the target is started
-
-    // The target's state when the shortcut was made.
-    DWORD attributes = 0;
-    FILETIME creation = {};
-    FILETIME access = {};
-    FILETIME write = {};
-    DWORD size = 0;
 };
 
-// Nothing for bytes that are no shortcut, or a broken one.
+// Nothing for bytes that are no shortcut or a broken one.
 PLATFORM_API std::optional<Shortcut> ParseShortcut(std::string_view bytes);
 
 }  // namespace brevik::platform

@@ -1,6 +1,7 @@
 #include "platform/streams.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,8 +9,24 @@
 
 #include "platform/handles.h"
 #include "platform/posix/open_file.h"
+#include "platform/posix/paths.h"
 
 namespace brevik::platform {
+
+std::FILE* _wfopen(const WCHAR* path, const WCHAR*) {
+    const HostFile file = FindFile(PlaceOf(path));
+    if (file.error != NO_ERROR || S_ISDIR(file.status.st_mode)) {
+        return nullptr;
+    }
+    // A pipe without a partner is opened at once, and not waited for.
+    constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    ScopedDescriptor descriptor(open(file.path.c_str(), kFlags));
+    std::FILE* stream = descriptor ? fdopen(descriptor.Get(), "r") : nullptr;
+    if (stream != nullptr) {
+        descriptor.Release();
+    }
+    return stream;
+}
 
 // The file's share mode ends here: the kernel ties it to the handle's own lock description, and the
 // platform would not learn when the run-time library closes the descriptor.

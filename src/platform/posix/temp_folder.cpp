@@ -1,9 +1,9 @@
 #include <fcntl.h>
-#include <stdlib.h>
 #include <unistd.h>
 
-#include <memory>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "platform/folders.h"
 #include "platform/posix/environment.h"
@@ -21,7 +21,7 @@ bool TakesFiles(const std::string& hostFolder) {
 
 bool MachineFolderTakesFiles() {
     const HostFile folder = FindFile(PlaceOf(kMachineFolder));
-    return folder.error == 0 && TakesFiles(folder.path);
+    return folder.error == NO_ERROR && TakesFiles(folder.path);
 }
 
 // The path under which a folder of the host is known; empty when it has none, or takes no files.
@@ -29,8 +29,8 @@ std::u16string HostFolder(const char* path) {
     if (path == nullptr || *path != '/' || !TakesFiles(path)) {
         return {};
     }
-    const std::unique_ptr<char, decltype(&free)> real(realpath(path, nullptr), &free);
-    return real ? WindowsPath(real.get()) : std::u16string();
+    std::error_code error;
+    return WindowsPath(std::filesystem::canonical(path, error).string());
 }
 
 std::u16string TempFolder() {

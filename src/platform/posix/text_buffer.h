@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "platform/errors.h"
+#include "platform/posix/last_error.h"
 #include "platform/types.h"
 
 namespace brevik::platform {
@@ -29,8 +29,7 @@ inline DWORD CopyCutting(std::u16string_view text, WCHAR* buffer, DWORD size) {
     if (size > 0) {
         *std::copy_n(text.begin(), size - 1, buffer) = u'\0';
     }
-    SetLastError(ERROR_INSUFFICIENT_BUFFER);
-    return size;
+    return Fail(ERROR_INSUFFICIENT_BUFFER, size);
 }
 
 }  // namespace brevik::platform

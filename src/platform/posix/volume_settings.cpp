@@ -1,7 +1,6 @@
 #include "platform/posix/volume_settings.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <string_view>
 
@@ -30,20 +29,16 @@ std::optional<std::u16string> ReadText(const RegistryKey& key, std::u16string_vi
     if (value == nullptr || value->type != REG_SZ) {
         return std::nullopt;
     }
-    std::u16string text(value->data.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), value->data.data(), text.size() * sizeof(char16_t));
-    text.resize(std::min(text.find(u'\0'), text.size()));
-    return text;
+    const std::u16string text = Utf16OfBytes(value->data);
+    return text.substr(0, text.find(u'\0'));
 }
 
 std::optional<DWORD> ReadNumber(const RegistryKey& key, std::u16string_view foldedName) {
     const RegistryValue* value = key.FindValue(foldedName);
-    DWORD number = 0;
-    if (value == nullptr || value->type != REG_DWORD || value->data.size() != sizeof number) {
+    if (value == nullptr || value->type != REG_DWORD || value->data.size() != sizeof(DWORD)) {
         return std::nullopt;
     }
-    std::memcpy(&number, value->data.data(), sizeof number);
-    return number;
+    return NumberOfBytes(value->data);
 }
 
 std::optional<UINT> ReadKind(const RegistryKey& key) {
@@ -56,8 +51,9 @@ std::optional<UINT> ReadKind(const RegistryKey& key) {
 }  // namespace
 
 VolumeSettings ReadVolumeSettings(const RegistrySnapshot& registry, const HostPlace& place) {
-    if (place.root == place.top) {
-        return {};  // the host itself, where there is no machine
+    // Without a machine the root of drive Z: is the host itself.
+    if (place.error != NO_ERROR || place.root == place.top) {
+        return {};
     }
     std::u16string names = WideFromUtf8(
         std::string_view(place.path).substr(place.top + 1, place.root - place.top - 1));

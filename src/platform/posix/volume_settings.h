@@ -23,7 +23,7 @@ struct VolumeSettings {
     bool TakesMedia() const { return kind == DRIVE_REMOVABLE || kind == DRIVE_CDROM; }
 };
 
-// A value of another type than it ought to be is none. REQUIRES: the place has no error.
+// A value of another type than it ought to be is none.
 VolumeSettings ReadVolumeSettings(const RegistrySnapshot& registry, const HostPlace& place);
 
 }  // namespace brevik::platform

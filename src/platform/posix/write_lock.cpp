@@ -11,6 +11,7 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/never_destroyed.h"
 #include "platform/posix/host_errors.h"
 
 namespace brevik::platform {
@@ -23,8 +24,8 @@ using std::chrono::milliseconds;
 class ProcessQueue {
   public:
     static ProcessQueue& Current() {
-        static ProcessQueue& queue = *new ProcessQueue;  // a host may write while the process ends
-        return queue;
+        static NeverDestroyed<ProcessQueue> queue;
+        return *queue;
     }
 
     // Waits to become the first. False, and not in the queue, when the patience has run out.

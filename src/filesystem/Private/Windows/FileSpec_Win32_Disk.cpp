@@ -3,13 +3,12 @@
 #include "filesystem/FileSpec.h"
 #include "filesystem/Private/Windows/API.h"
 #include "filesystem/Private/Windows/FileSpec_Win32.h"
-#include "filesystem/Private/Windows/ScopedHandle.h"
 #include "filesystem/dates/DateTime.h"
+#include "platform/scoped_handle.h"
 
 namespace {
 
 using FileSystem_Win32::GetApi;
-using FileSystem_Win32::ScopedHandle;
 
 struct AttributeBit {
     std::uint32_t portable;

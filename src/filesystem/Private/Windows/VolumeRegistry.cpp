@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "filesystem/Private/Windows/Volume_Win32.h"
+#include "platform/never_destroyed.h"
 
 namespace FileSystem_Win32 {
 namespace {
@@ -15,9 +16,8 @@ struct Registry {
 };
 
 Registry& GetRegistry() {
-    // Never destroyed: a host may make its last calls while the process ends.
-    static Registry& registry = *new Registry;
-    return registry;
+    static NeverDestroyed<Registry> registry;
+    return *registry;
 }
 
 }  // namespace

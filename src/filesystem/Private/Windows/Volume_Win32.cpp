@@ -9,7 +9,7 @@
 #include "filesystem/FileException.h"
 #include "filesystem/FileSpec_IF.h"
 #include "filesystem/Private/Windows/API.h"
-#include "filesystem/Private/Windows/ScopedHandle.h"
+#include "platform/scoped_handle.h"
 
 namespace {
 
@@ -102,7 +102,7 @@ void Volume_Win32::Unmount() {
     }
     const WideString device = WideString(WIDE("\\\\.\\")) + info.root[0] + WIDE(":");
     const bool isReadOnly = GetApi()->GetDriveTypeW(info.root.c_str()) == DRIVE_CDROM;
-    const FileSystem_Win32::ScopedHandle handle(GetApi()->CreateFileW(
+    const ScopedHandle handle(GetApi()->CreateFileW(
         device.c_str(), GENERIC_READ | (isReadOnly ? 0 : GENERIC_WRITE),
         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
     if (!handle) {

@@ -1,9 +1,7 @@
-// Owner of a handle.
+// Owner of a handle, of those that INVALID_HANDLE_VALUE marks as none.
 #pragma once
 
 #include "platform/handles.h"
-
-namespace brevik::platform {
 
 class ScopedHandle {
   public:
@@ -11,16 +9,14 @@ class ScopedHandle {
     ScopedHandle(const ScopedHandle&) = delete;
     ScopedHandle& operator=(const ScopedHandle&) = delete;
     ~ScopedHandle() {
-        if (IsOpen()) {
+        if (*this) {
             CloseHandle(handle_);
         }
     }
 
-    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
+    explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
     HANDLE Get() const { return handle_; }
 
   private:
     HANDLE handle_;
 };
-
-}  // namespace brevik::platform
