@@ -79,7 +79,8 @@ std::optional<VerificationKey> ParseVerificationText(std::string_view text) {
 }
 
 bool IsSigned(std::string_view message, const Signature& signature, const PublicKey& key) {
-    Start();
+    // Not started: that ends the process where no random numbers can be had, and nothing here needs
+    // them.
     return crypto_sign_verify_detached(signature.data(), BytesOf(message), message.size(),
                                        key.data()) == 0;
 }

@@ -20,8 +20,9 @@ constexpr DWORD kShortestWait = 500;
 
 // What the next try will meet as well. Any other failure of the database may pass: a library that is
 // short of memory may report anything.
-constexpr std::int32_t kLastingFailures[] = {kSqlitePermission, kSqliteReadOnly, kSqliteCorrupt,
-                                             kSqliteEmpty,      kSqliteNotADatabase, kSqliteOk};
+constexpr std::int32_t kLastingFailures[] = {kSqlitePermission,   kSqliteReadOnly, kSqliteCorrupt,
+                                             kSqliteNotADatabase, kSqliteEmpty,    kWrapperError,
+                                             kSqliteOk};
 
 // What may pass of the operating system's: rights, memory, descriptors, other programs and the disk.
 // What is absent or malformed will be at the next try, and a network that is down may take long to

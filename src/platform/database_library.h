@@ -43,6 +43,13 @@ inline BOOL MakeSharedFile(const WCHAR* path) {
     return file != INVALID_HANDLE_VALUE && CloseHandle(file);
 }
 
+inline BOOL EmptySharedFile(const WCHAR* path) {
+    constexpr DWORD kAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file = CreateFileW(path, GENERIC_WRITE, kAll, nullptr, TRUNCATE_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file);
+}
+
 #else
 
 namespace brevik::platform {
@@ -50,6 +57,9 @@ namespace brevik::platform {
 inline constexpr const char* kDatabaseLibraryName = "libsqlcipher.so.0";
 
 // Loads the library for the rest of the process's life. Null with the reason when that fails.
+//
+// It opens the files of the first database that DatabaseFilePath is asked for in a way that follows
+// no link that was put there since, and takes no number of a standard stream.
 //
 // The library can be used while the process ends: what it stands on is not shut down by its own
 // exit handler. A host that uses the same crypto library may shut that down all the same; `stop` is
@@ -68,6 +78,9 @@ PLATFORM_API std::string DatabaseFilePath(const WCHAR* path, std::string* fault)
 // Makes a file of no bytes that every user may write who may write into its folder, whatever file
 // mode mask the process works under. False with error 80 where the file is there already.
 PLATFORM_API BOOL MakeSharedFile(const WCHAR* path);
+
+// Takes all bytes of such a file away.
+PLATFORM_API BOOL EmptySharedFile(const WCHAR* path);
 
 }  // namespace brevik::platform
 

@@ -119,20 +119,6 @@ void SQLite3WrapperDB::Reconnect() {
     Connect(HostPath());
 }
 
-void SQLite3WrapperDB::ProveCipher() {
-    SQLite3WrapperDB scratch;
-    scratch.path_ = WIDE("scratch");
-    // Without a path the library takes a file that nobody else sees, and which ends with the
-    // connection. More pages than it keeps in memory go there and come back.
-    scratch.Connect("");
-    scratch.Execute("PRAGMA cache_size = 4");
-    scratch.Execute("create table t(x)");
-    scratch.Execute("insert into t values(zeroblob(100000))");
-    if (scratch.QueryScalar("select x = zeroblob(100000) from t") != 1) {
-        throw SQLite3WrapperException(kSqliteNoMemory, "The cipher does not work");
-    }
-}
-
 sqlite3* SQLite3WrapperDB::Connection(Need need) {
     if (path_.empty()) {
         throw SQLite3WrapperException(kWrapperError, "Database not open");

@@ -34,9 +34,6 @@ class SQLite3WrapperDB {
     // Closes the file and opens it again as the path leads to it now.
     void Reconnect();
 
-    // Encrypts and decrypts a temporary database. Throws what fails in that.
-    static void ProveCipher();
-
     // Whether the file holds no bytes on the disk now.
     bool IsEmptyFile() const;
 

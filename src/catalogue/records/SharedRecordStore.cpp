@@ -14,6 +14,7 @@
 #include "catalogue/records/RepairLock.h"
 #include "catalogue/records/SQLCertificate.h"
 #include "platform/clock.h"
+#include "platform/database_library.h"
 #include "platform/files.h"
 #include "platform/never_destroyed.h"
 #include "text/StringConversions.h"
@@ -45,17 +46,27 @@ bool IsAbsent(const std::string& path) {
 // A folder may let every user write its files, and nobody delete another's. A file without bytes
 // holds no records yet, which is as good as none.
 bool DeleteOrEmpty(const WideString& path) {
-    if (DeleteFileW(path.c_str())) {
-        return true;
+    return DeleteFileW(path.c_str()) || EmptySharedFile(path.c_str());
+}
+
+// The cipher library gives a part of itself up for the rest of the process when memory is short
+// once; after that every file looks damaged. Throws unless a new database can be written and read.
+void ProveCipher(const std::string& path) {
+    const WideString widePath = NarrowToWide(path);
+    DeleteOrEmpty(widePath);
+    {
+        SQLite3WrapperDB writer;
+        writer.Open(path);
+        RecordTable::CreateIfMissing(writer);
     }
-    constexpr DWORD kAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, kAll, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        return false;
+    SQLite3WrapperDB reader;
+    reader.Open(path);
+    const bool isProven = reader.TableExists(RecordTable::kName);
+    reader.Close();
+    DeleteOrEmpty(widePath);
+    if (!isProven) {
+        throw SQLite3WrapperException(kSqliteNoMemory, "the cipher does not work");
     }
-    const BOOL isEmptied = SetEndOfFile(file);
-    return CloseHandle(file) && isEmptied;
 }
 
 }  // namespace
@@ -165,9 +176,8 @@ void SharedRecordStore::ReplaceIfDamaged(RecordAccess& access) {
     if (!IsDamaged(access)) {
         return;
     }
-    // For want of memory it may be the cipher that has failed.
-    SQLite3WrapperDB::ProveCipher();
     db_.Close();
+    ProveCipher(path + ".check");
     const bool isGone = DeleteOrEmpty(NarrowToWide(path));
     Sleep(kRepairPause);
     Reopen();

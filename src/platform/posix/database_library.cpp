@@ -4,10 +4,14 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cerrno>
+#include <new>
 #include <string>
+#include <string_view>
 
 #include "platform/posix/host_errors.h"
+#include "platform/posix/made_once.h"
 #include "platform/posix/paths.h"
 #include "platform/posix/scoped_descriptor.h"
 
@@ -45,23 +49,92 @@ bool KeepCryptoLibrary(void* library, void (*stop)()) {
            (initialise(kNoExitHandler, nullptr) == 1 && atExit(stop) == 1);
 }
 
-// Why a file or folder must not be used; empty when it may, or is not there.
-std::string FaultOf(const std::string& path, mode_t kind) {
-    struct stat status;
-    if (lstat(path.c_str(), &status) != 0 || (status.st_mode & S_IFMT) == kind) {
-        return {};
-    }
-    return ": " + path +
-           (S_ISLNK(status.st_mode) ? " is a symbolic link"
-            : kind == S_IFDIR       ? " is no folder"
-                                    : " is no plain file");
-}
-
 // Whether everybody may make files in the folder that a file stands in.
 bool StandsInOpenFolder(const std::string& path) {
     struct stat status;
     return stat(path.substr(0, path.rfind('/') + 1).c_str(), &status) == 0 &&
            (status.st_mode & S_IWOTH) != 0;
+}
+
+// A file with a second name may be any file of another user's.
+bool MayBeUsed(const std::string& path, const struct stat& status, mode_t kind) {
+    return (status.st_mode & S_IFMT) == kind &&
+           (kind != S_IFREG || status.st_nlink <= 1 || !StandsInOpenFolder(path));
+}
+
+// Why a file or folder must not be used; empty when it may, or is not there.
+std::string FaultOf(const std::string& path, mode_t kind) {
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0 || MayBeUsed(path, status, kind)) {
+        return {};
+    }
+    return ": " + path +
+           (S_ISLNK(status.st_mode)   ? " is a symbolic link"
+            : kind == S_IFDIR         ? " is no folder"
+            : S_ISREG(status.st_mode) ? " has another name besides"
+                                      : " is no plain file");
+}
+
+// The database library's interface to the operating system, as far as it is used here.
+using SystemCall = void();
+struct OperatingSystem {
+    int version;
+    int numbers[2];
+    void* pointers[16];
+    int (*setSystemCall)(OperatingSystem* self, const char* name, SystemCall* function);
+    SystemCall* (*getSystemCall)(OperatingSystem* self, const char* name);
+};
+constexpr int kFirstVersionWithSystemCalls = 3;
+
+// The host path of the database that was asked for first: a process has one.
+constinit MadeOnce<std::string> guardedPath;
+
+// How the library opened files before; a host may have had a say in it.
+constinit std::atomic<int (*)(const char*, int, int)> usualOpen = nullptr;
+
+bool IsGuarded(const char* path) {
+    const std::string* const database = guardedPath.Find();
+    return database != nullptr && std::string_view(path).starts_with(*database);
+}
+
+// Opens a file that was looked at before: others may have put a link there since.
+int OpenUnlinked(const char* path, int flags, mode_t mode) {
+    TakeStandardStreams();
+    ScopedDescriptor file(open(path, flags | O_NOFOLLOW | O_NONBLOCK, mode));
+    struct stat status;
+    if (file && (fstat(file.Get(), &status) != 0 || !MayBeUsed(path, status, S_IFREG))) {
+        file.Close();
+        errno = EACCES;
+    }
+    return file.Release();
+}
+
+// Opens files for the database library, which makes the journal anew for each transaction.
+int OpenForDatabase(const char* path, int flags, int mode) {
+    if (!IsGuarded(path)) {
+        return usualOpen.load()(path, flags, mode);
+    }
+    try {
+        return OpenUnlinked(path, flags, static_cast<mode_t>(mode));
+    } catch (const std::bad_alloc&) {
+        errno = ENOMEM;
+        return -1;
+    }
+}
+
+void OpenFilesByOurselves(void* library) {
+    auto* const find =
+        reinterpret_cast<OperatingSystem* (*)(const char*)>(dlsym(library, "sqlite3_vfs_find"));
+    OperatingSystem* const system = find != nullptr ? find(nullptr) : nullptr;
+    if (system == nullptr || system->version < kFirstVersionWithSystemCalls) {
+        return;
+    }
+    SystemCall* const own = reinterpret_cast<SystemCall*>(&OpenForDatabase);
+    SystemCall* const usual = system->getSystemCall(system, "open");
+    if (usual != nullptr && usual != own) {
+        usualOpen = reinterpret_cast<int (*)(const char*, int, int)>(usual);
+        system->setSystemCall(system, "open", own);
+    }
 }
 
 }  // namespace
@@ -74,6 +147,8 @@ void* LoadDatabaseLibrary(void (*stop)(), std::string* reason) {
     } else if (!KeepCryptoLibrary(library, stop)) {
         *reason = "the process ends";
         return nullptr;
+    } else {
+        OpenFilesByOurselves(library);
     }
     return library;
 }
@@ -98,7 +173,22 @@ std::string DatabaseFilePath(const WCHAR* path, std::string* fault) {
             *fault = FaultOf(file.path + suffix, S_IFREG);
         }
     }
-    return fault->empty() ? file.path : std::string();
+    if (!fault->empty()) {
+        return {};
+    }
+    if (guardedPath.Find() == nullptr) {
+        guardedPath.Keep(file.path);
+    }
+    return file.path;
+}
+
+BOOL EmptySharedFile(const WCHAR* path) {
+    const HostFile file = FindFile(path);
+    if (file.error != NO_ERROR) {
+        return Fail(file.error);
+    }
+    const ScopedDescriptor opened(OpenUnlinked(file.path.c_str(), O_WRONLY | O_CLOEXEC, 0));
+    return opened && ftruncate(opened.Get(), 0) == 0 ? TRUE : Fail(ErrorFromHost(errno));
 }
 
 BOOL MakeSharedFile(const WCHAR* path) {
