@@ -18,15 +18,15 @@ constexpr DWORD kLongestWait = 60000;
 // Of a call that took long without having waited in vain, such as one with many imports.
 constexpr DWORD kShortestWait = 500;
 
-// What the next try will meet as well. Any other failure of the database may pass: a library that is
-// short of memory may report anything.
-constexpr std::int32_t kLastingFailures[] = {kSqlitePermission,   kSqliteReadOnly, kSqliteCorrupt,
-                                             kSqliteNotADatabase, kSqliteEmpty,    kWrapperError,
-                                             kSqliteOk};
+// What the next try will meet as well. Any other failure of the database may pass: a library that
+// is short of memory may report anything.
+constexpr std::int32_t kLastingFailures[] = {
+    kSqlitePermission, kSqliteReadOnly, kSqliteCorrupt, kSqliteNotADatabase,
+    kSqliteEmpty,      kWrapperError,   kSqliteOk};
 
-// What may pass of the operating system's: rights, memory, descriptors, other programs and the disk.
-// What is absent or malformed will be at the next try, and a network that is down may take long to
-// answer.
+// What may pass of the operating system's: rights, memory, descriptors, other programs and the
+// disk. What is absent or malformed will be at the next try, and a network that is down may take
+// long to answer.
 constexpr DWORD kPassingErrors[] = {
     ERROR_TOO_MANY_OPEN_FILES, ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY,   ERROR_OUTOFMEMORY,
     ERROR_GEN_FAILURE,         ERROR_IO_DEVICE,     ERROR_SHARING_VIOLATION,   ERROR_MOD_NOT_FOUND,

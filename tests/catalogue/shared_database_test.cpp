@@ -137,8 +137,9 @@ TEST_F(SharedDatabase, ADamagedFileIsReplacedAndFilledAgain) {
         {"no database", "this is no database\n"},
         {"no table", noTable},
         {"end of the long value zeroed", whole.substr(0, whole.size() - 1024) + page},
-        {"a view in the table's place", after({"alter table CertificateData rename to rows",
-                                               "create view CertificateData as select * from rows"})},
+        {"a view in the table's place",
+         after({"alter table CertificateData rename to rows",
+                "create view CertificateData as select * from rows"})},
         {"a trigger", after({"create trigger t before insert on CertificateData begin select "
                              "raise(abort, 'no'); end"})},
         {"one column more", after({"alter table CertificateData add column more"})},
