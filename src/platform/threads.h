@@ -14,8 +14,7 @@ struct UnbrokenCall {
 #else
 
 #include <pthread.h>
-
-#include "platform/posix/held_signal.h"
+#include <signal.h>
 
 namespace brevik::platform {
 
@@ -49,6 +48,29 @@ class NoCancellation {
   private:
     int previous_ = PTHREAD_CANCEL_ENABLE;
 };
+
+// Keeps from the host a signal that a failing write raises, until the object ends: SIGPIPE of a
+// pipe without a reader, SIGXFSZ beyond the process's limit on the size of files. The write fails
+// with an error number all the same.
+class PLATFORM_API HeldSignal {
+  public:
+    // Without need for it the object does nothing.
+    HeldSignal(int signal, bool isNeeded);
+    HeldSignal(const HeldSignal&) = delete;
+    HeldSignal& operator=(const HeldSignal&) = delete;
+
+    // One that came meanwhile is taken back; one that was pending before is the host's.
+    ~HeldSignal();
+
+  private:
+    bool isNeeded_;
+    bool wasPending_ = false;
+    sigset_t signal_ = {};
+    sigset_t previous_ = {};
+};
+
+// Whether a write can raise SIGXFSZ.
+PLATFORM_API bool IsFileSizeLimited();
 
 // Keeps from the calling thread, until the object ends, what would break a call off half-way: a
 // cancellation, which would unwind through code that lets no exception pass, and the signal of a

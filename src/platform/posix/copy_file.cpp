@@ -15,11 +15,11 @@
 #include "platform/files.h"
 #include "platform/posix/file_attributes.h"
 #include "platform/posix/file_stamp.h"
-#include "platform/posix/held_signal.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/open_file.h"
 #include "platform/posix/paths.h"
 #include "platform/scoped_handle.h"
+#include "platform/threads.h"
 
 namespace brevik::platform {
 namespace {

@@ -14,8 +14,8 @@
 #include <string_view>
 
 #include "platform/posix/environment.h"
-#include "platform/posix/held_signal.h"
 #include "platform/posix/scoped_descriptor.h"
+#include "platform/threads.h"
 
 namespace brevik::platform {
 namespace {

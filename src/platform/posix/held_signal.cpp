@@ -1,4 +1,4 @@
-#include "platform/posix/held_signal.h"
+#include "platform/threads.h"
 
 #include <sys/resource.h>
 

@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "platform/posix/held_signal.h"
 #include "platform/posix/host_errors.h"
 #include "platform/posix/last_error.h"
+#include "platform/threads.h"
 
 namespace brevik::platform {
 namespace {

@@ -8,9 +8,9 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "platform/posix/held_signal.h"
 #include "platform/posix/host_errors.h"
 #include "platform/posix/scoped_descriptor.h"
+#include "platform/threads.h"
 
 namespace brevik::platform {
 namespace {
