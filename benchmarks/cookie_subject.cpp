@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "subjects.h"
 
 namespace {

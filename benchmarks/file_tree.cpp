@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "platform/types.h"
 
 namespace FileTree {

@@ -9,7 +9,7 @@
 #include <array>
 #include <stdexcept>
 
-#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "platform/types.h"
 
 namespace {

@@ -94,7 +94,7 @@ rooms() {
 rooms tools/brevikctl brevikctl output trace files registry certificates commands
 
 # A folder holds at most 22 files.
-crowded=$(git ls-files --cached --others --exclude-standard components tools |
+crowded=$(printf '%s\n' $sources | grep -E '^(src|components|tools)/' |
     sed 's|/[^/]*$||' | sort | uniq -c | awk '$1 > 22 { print $2 }')
 for folder in $crowded; do
     finding "$folder: holds more than 22 files"

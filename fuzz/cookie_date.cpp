@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/posix/cookie_date.h"
-#include "platform/posix/cookie_url.h"
+#include "platform/posix/cookies/cookie_date.h"
+#include "platform/posix/cookies/cookie_url.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr std::int64_t kFirst = -11644473600;  // 1 January 1601

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/posix/cookie_file.h"
+#include "platform/posix/cookies/cookie_file.h"
 
 namespace {
 

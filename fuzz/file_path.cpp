@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "filesystem/FileSystem.h"
-#include "platform/posix/machine.h"
-#include "platform/posix/paths.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/paths/paths.h"
 #include "text/VelmarException.h"
 
 namespace {

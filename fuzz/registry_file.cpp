@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "brevikctl/registry/registry_writer.cpp"
-#include "platform/posix/registry_text.h"
+#include "platform/posix/registry/registry_text.h"
 
 namespace {
 

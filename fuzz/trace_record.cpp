@@ -10,7 +10,7 @@
 #include "brevikctl/output/terminal.cpp"
 #include "brevikctl/output/trouble.cpp"
 #include "brevikctl/trace/trace_line.cpp"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

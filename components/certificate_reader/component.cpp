@@ -7,7 +7,7 @@
 #include "certificate_reader/reader.h"
 #include "common/objects.h"
 #include "platform/files.h"
-#include "platform/scoped_handle.h"
+#include "platform/handles.h"
 
 namespace CertificateReader {
 namespace {

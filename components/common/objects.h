@@ -7,7 +7,7 @@
 #include <type_traits>
 
 #include "platform/component_model.h"
-#include "platform/text_conversion.h"
+#include "platform/text.h"
 
 namespace Component {
 

@@ -5,8 +5,8 @@
 #include <cstdio>
 
 #include "http_client/settings.h"
-#include "platform/posix/scoped_descriptor.h"
-#include "platform/text_conversion.h"
+#include "platform/posix/base/scoped_descriptor.h"
+#include "platform/text.h"
 
 namespace HttpClient {
 namespace {

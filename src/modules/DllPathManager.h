@@ -5,7 +5,7 @@
 // current before them all when the last one ends. A change that fails is passed over.
 #pragma once
 
-#include "platform/kept_folder.h"
+#include "platform/folders.h"
 #include "platform/types.h"
 
 namespace BrevikUtils {

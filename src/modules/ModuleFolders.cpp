@@ -6,21 +6,16 @@
 
 #include "modules/ScopedLibrary.h"
 #include "platform/component_model.h"
+#include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/modules.h"
 #include "platform/processes.h"
-#include "platform/streams.h"
 #include "platform/text.h"
 
 namespace {
 
 constexpr DWORD kPathCapacity = MAX_PATH;
 constexpr DWORD kAllProcessRights = 0x1F0FFF;
-
-struct CloseHandleAtEnd {
-    void operator()(HANDLE handle) const { CloseHandle(handle); }
-};
-using ScopedHandle = std::unique_ptr<void, CloseHandleAtEnd>;
 
 // The path up to its last backslash, in lower case; the whole of a path without one.
 WideString FolderOf(WideString path) {
@@ -47,8 +42,8 @@ DWORD ParentProcessId() {
     PROCESSENTRY32W entry = {};
     entry.dwSize = static_cast<DWORD>(sizeof entry);
     const DWORD self = GetCurrentProcessId();
-    for (BOOL more = Process32FirstW(snapshot.get(), &entry); more;
-         more = Process32NextW(snapshot.get(), &entry)) {
+    for (BOOL more = Process32FirstW(snapshot.Get(), &entry); more;
+         more = Process32NextW(snapshot.Get(), &entry)) {
         if (entry.th32ProcessID == self) {
             return entry.th32ParentProcessID;
         }
@@ -95,7 +90,7 @@ WideString GetParentProcessFolder() {
     const DWORD parent = ParentProcessId();
     const ScopedHandle process(parent != 0 ? OpenProcess(kAllProcessRights, FALSE, parent)
                                            : nullptr);
-    if (process == nullptr) {
+    if (!process) {
         return {};
     }
     const CLibraryUtils::ScopedLibrary psapi(
@@ -105,7 +100,7 @@ WideString GetParentProcessFolder() {
         return {};
     }
     WCHAR path[kPathCapacity];
-    return FolderOf(path, getModuleFileName(process.get(), nullptr, path, kPathCapacity));
+    return FolderOf(path, getModuleFileName(process.Get(), nullptr, path, kPathCapacity));
 }
 
 WideString FindLibraryFolder(const WideString& fileName) {

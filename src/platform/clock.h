@@ -1,8 +1,10 @@
-// Clocks: ticks, the high-resolution counter, waiting, and the calendar of the run-time library.
+// Clocks: ticks, the high-resolution counter, waiting, the calendar of the run-time library; times
+// of files, the calendar time of the system, and the zone of the machine.
 #pragma once
 
 #include <ctime>
 
+#include "platform/errors.h"
 #include "platform/types.h"
 
 #ifndef _WIN32
@@ -29,6 +31,52 @@ PLATFORM_API int _localtime64_s(std::tm* result, const __time64_t* time);
 
 // Seconds since 1970 of a local time; -1 for a time before 1970 or after the year 3000.
 PLATFORM_API __time64_t _mktime64(std::tm* time);
+
+// 100-nanosecond steps since 1601 in Coordinated Universal Time, in two halves.
+struct FILETIME {
+    DWORD dwLowDateTime;
+    DWORD dwHighDateTime;
+};
+
+// A date and time by its fields; wDayOfWeek is 0 for Sunday.
+struct SYSTEMTIME {
+    WORD wYear;
+    WORD wMonth;
+    WORD wDayOfWeek;
+    WORD wDay;
+    WORD wHour;
+    WORD wMinute;
+    WORD wSecond;
+    WORD wMilliseconds;
+};
+
+inline constexpr DWORD TIME_ZONE_ID_UNKNOWN = 0;
+inline constexpr DWORD TIME_ZONE_ID_DAYLIGHT = 2;
+
+// Biases are minutes to add to local time for Coordinated Universal Time.
+struct TIME_ZONE_INFORMATION {
+    LONG Bias;
+    WCHAR StandardName[32];
+    SYSTEMTIME StandardDate;
+    LONG StandardBias;
+    WCHAR DaylightName[32];
+    SYSTEMTIME DaylightDate;
+    LONG DaylightBias;
+};
+
+// The zone in force now: daylight time, with the bias of the nearest standard time, or else
+// unknown, whether the zone has two times or one. Off Windows names and dates are empty.
+PLATFORM_API DWORD GetTimeZoneInformation(TIME_ZONE_INFORMATION* information);
+PLATFORM_API void GetLocalTime(SYSTEMTIME* time);
+
+// These two shift by the zone's offset that is in force now, whatever the time is.
+PLATFORM_API BOOL FileTimeToLocalFileTime(const FILETIME* time, FILETIME* local);
+PLATFORM_API BOOL LocalFileTimeToFileTime(const FILETIME* local, FILETIME* time);
+
+// Years from 1601 to 30827. False with ERROR_INVALID_PARAMETER for a time or fields beyond them;
+// SystemTimeToFileTime does not look at wDayOfWeek.
+PLATFORM_API BOOL FileTimeToSystemTime(const FILETIME* time, SYSTEMTIME* fields);
+PLATFORM_API BOOL SystemTimeToFileTime(const SYSTEMTIME* fields, FILETIME* time);
 
 }  // namespace brevik::platform
 

@@ -4,12 +4,17 @@
 // case. Operations report a failure by their result and by GetLastError. Any thread.
 #pragma once
 
+#include <cstdint>
+#include <cstdio>
+
+#include "platform/clock.h"
 #include "platform/errors.h"
-#include "platform/file_times.h"
 #include "platform/handles.h"
 #include "platform/types.h"
 
 #ifdef _WIN32
+
+#include <io.h>
 
 // clang-format off
 #include <winioctl.h>
@@ -145,6 +150,22 @@ PLATFORM_API BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROU
 PLATFORM_API HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* data);
 PLATFORM_API BOOL FindNextFileW(HANDLE listing, WIN32_FIND_DATAW* data);
 PLATFORM_API BOOL FindClose(HANDLE listing);
+
+// ---- Streams of the run-time library ----
+
+// Opens a file for reading; `mode` is "r" or "rb", which are the same here. Null on failure, and
+// for a folder.
+PLATFORM_API std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode);
+
+// A descriptor of the run-time library for an open file. It owns the file from then on, and the
+// handle is closed. -1 with errno on failure.
+PLATFORM_API int _open_osfhandle(std::intptr_t file, int flags);
+
+// A stream that owns the descriptor from then on. Null with errno on failure.
+PLATFORM_API std::FILE* _fdopen(int descriptor, const char* mode);
+
+// Closes a descriptor that no stream took over. -1 with errno on failure.
+PLATFORM_API int _close(int descriptor);
 
 }  // namespace brevik::platform
 

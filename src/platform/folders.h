@@ -1,6 +1,8 @@
 // The current folder, the folders that the system names, and the search for a file.
 #pragma once
 
+#include <utility>
+
 #include "platform/component_model.h"
 #include "platform/errors.h"
 #include "platform/types.h"
@@ -8,6 +10,25 @@
 #ifdef _WIN32
 
 #include <shlobj.h>
+
+class KeptFolder {
+  public:
+    static KeptFolder Current() {
+        KeptFolder kept;
+        kept.path_.resize(GetCurrentDirectoryW(0, nullptr));
+        const DWORD size = static_cast<DWORD>(kept.path_.size());
+        const DWORD length = GetCurrentDirectoryW(size, kept.path_.data());
+        // Longer than announced: the host has changed it in between.
+        kept.path_.resize(length < size ? length : 0);
+        return kept;
+    }
+
+    explicit operator bool() const { return !path_.empty(); }
+    void MakeCurrent() const { SetCurrentDirectoryW(path_.c_str()); }
+
+  private:
+    WideString path_;
+};
 
 #else
 
@@ -51,6 +72,29 @@ PLATFORM_API BOOL SHGetSpecialFolderPathW(HWND owner, WCHAR* path, int folder, B
 
 // The folder of the system's own files. Results as those of GetTempPathW.
 PLATFORM_API UINT GetWindowsDirectoryW(WCHAR* path, UINT size);
+
+// The folder that is the current one, to come back to without needing memory.
+class PLATFORM_API KeptFolder {
+  public:
+    // Keeps nothing.
+    KeptFolder() = default;
+
+    // Keeps nothing where there is no way back.
+    static KeptFolder Current();
+
+    KeptFolder(KeptFolder&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    KeptFolder& operator=(KeptFolder&& other) noexcept {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
+    ~KeptFolder();
+
+    explicit operator bool() const { return descriptor_ >= 0; }
+    void MakeCurrent() const noexcept;
+
+  private:
+    int descriptor_ = -1;
+};
 
 }  // namespace brevik::platform
 

@@ -16,3 +16,24 @@ PLATFORM_API BOOL CloseHandle(HANDLE handle);
 }  // namespace brevik::platform
 
 #endif
+
+// Owner of a handle; null and INVALID_HANDLE_VALUE are none.
+class ScopedHandle {
+  public:
+    explicit ScopedHandle(HANDLE handle) : handle_(handle) {}
+    ScopedHandle(const ScopedHandle&) = delete;
+    ScopedHandle& operator=(const ScopedHandle&) = delete;
+    ~ScopedHandle() {
+        if (*this) {
+            CloseHandle(handle_);
+        }
+    }
+
+    explicit operator bool() const {
+        return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE;
+    }
+    HANDLE Get() const { return handle_; }
+
+  private:
+    HANDLE handle_;
+};

@@ -9,8 +9,8 @@
 // opened.
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/errors.h"
-#include "platform/file_times.h"
 #include "platform/types.h"
 
 #ifdef _WIN32

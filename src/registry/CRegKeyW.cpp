@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/text_conversion.h"
+#include "platform/text.h"
 
 CRegKeyW::~CRegKeyW() {
     Close();

@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/files.h"
 #include "platform/never_destroyed.h"
-#include "platform/streams.h"
 #include "text/StringFile.h"
 #include "text/VelmarText.h"
 

@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "platform/text.h"
-#include "platform/text_conversion.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 
 #include "cookies/CookieValues.h"
 #include "platform/component_model.h"
-#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "support/child_process.h"
 #include "support/cookie_machine.h"
 

@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/posix/write_lock.h"
+#include "platform/posix/base/write_lock.h"
 #include "support/cookie_machine.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/posix/cookie_date.h"
+#include "platform/posix/cookies/cookie_date.h"
 
 #include <gtest/gtest.h>
 

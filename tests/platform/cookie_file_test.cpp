@@ -14,8 +14,8 @@
 #include <string>
 #include <thread>
 
-#include "platform/posix/scoped_descriptor.h"
-#include "platform/posix/shared_text_file.h"
+#include "platform/posix/base/scoped_descriptor.h"
+#include "platform/posix/base/shared_text_file.h"
 #include "support/cookie_machine.h"
 #include "support/test_machine.h"
 

@@ -16,9 +16,9 @@
 #include <vector>
 
 #include "platform/files.h"
-#include "platform/posix/host_text.h"
-#include "platform/posix/host_times.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/text/host_text.h"
+#include "platform/posix/time/host_times.h"
 #include "support/open_file_count.h"
 
 namespace {

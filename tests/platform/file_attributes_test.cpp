@@ -1,6 +1,6 @@
 // Attributes and times of files, and what other programs on the host see of them.
 
-#include "platform/posix/file_attributes.h"
+#include "platform/posix/files/file_attributes.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -11,8 +11,8 @@
 #include <chrono>
 #include <string>
 
-#include "platform/posix/host_text.h"
-#include "platform/posix/host_times.h"
+#include "platform/posix/text/host_text.h"
+#include "platform/posix/time/host_times.h"
 #include "support/drive_files.h"
 #include "support/test_machine.h"
 

@@ -1,6 +1,6 @@
 // When a time stamp shows every change from now on.
 
-#include "platform/posix/file_stamp.h"
+#include "platform/posix/base/file_stamp.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // File times, the system's calendar, and the zone.
 
-#include "platform/file_times.h"
+#include "platform/clock.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -10,9 +10,9 @@
 #include <string>
 #include <thread>
 
-#include "platform/posix/host_text.h"
-#include "platform/posix/host_times.h"
-#include "platform/posix/time_zone.h"
+#include "platform/posix/text/host_text.h"
+#include "platform/posix/time/host_times.h"
+#include "platform/posix/time/time_zone.h"
 
 namespace {
 

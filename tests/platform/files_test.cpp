@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/folders.h"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 #include "support/drive_files.h"
 #include "support/test_machine.h"
 

@@ -13,8 +13,8 @@
 
 #include "platform/files.h"
 #include "platform/folders.h"
-#include "platform/posix/host_text.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

@@ -12,9 +12,8 @@
 
 #include "platform/component_model.h"
 #include "platform/files.h"
-#include "platform/posix/host_text.h"
-#include "platform/posix/machine.h"
-#include "platform/streams.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <string>
 
 #include "platform/folders.h"
-#include "platform/posix/host_text.h"
-#include "platform/posix/machine.h"
-#include "platform/posix/paths.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/paths/paths.h"
+#include "platform/posix/text/host_text.h"
 #include "support/test_machine.h"
 
 namespace {

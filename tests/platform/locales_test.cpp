@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

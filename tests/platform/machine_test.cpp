@@ -1,6 +1,6 @@
 // The machine's folder: where it is, what is in it, and who may make it.
 
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

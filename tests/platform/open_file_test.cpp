@@ -11,9 +11,9 @@
 #include <thread>
 #include <vector>
 
+#include "platform/files.h"
 #include "platform/handles.h"
-#include "platform/posix/host_text.h"
-#include "platform/streams.h"
+#include "platform/posix/text/host_text.h"
 #include "support/drive_files.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Paths: the full path, where it leads on the host, and back.
 
-#include "platform/posix/paths.h"
+#include "platform/posix/paths/paths.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "platform/folders.h"
-#include "platform/posix/host_text.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/text/host_text.h"
 #include "support/test_machine.h"
 
 namespace {

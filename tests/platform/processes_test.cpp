@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 #include "support/child_process.h"
 #include "support/test_machine.h"
 

@@ -1,6 +1,6 @@
 // How the registry follows its file.
 
-#include "platform/posix/registry_snapshot.h"
+#include "platform/posix/registry/registry_snapshot.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

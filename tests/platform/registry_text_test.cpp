@@ -1,13 +1,13 @@
 // What is refused as a text of the registry; what is read from one is tested together with what is
 // written.
 
-#include "platform/posix/registry_text.h"
+#include "platform/posix/registry/registry_text.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 #include "support/registry_machine.h"
 
 namespace {

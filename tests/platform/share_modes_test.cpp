@@ -1,6 +1,6 @@
 // Share modes: between the handles of a process, and between processes.
 
-#include "platform/posix/share_modes.h"
+#include "platform/posix/files/share_modes.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 #include "support/child_process.h"
 #include "support/drive_files.h"
 

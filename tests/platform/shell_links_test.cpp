@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/host_text.h"
-#include "platform/posix/shortcut_file.h"
+#include "platform/posix/files/shortcut_file.h"
+#include "platform/posix/text/host_text.h"
 #include "support/shortcut_bytes.h"
 
 namespace {

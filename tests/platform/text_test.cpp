@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/posix/host_text.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/text/host_text.h"
 #include "support/test_machine.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "platform/cookie_store.h"
-#include "platform/posix/cookie_file.h"
+#include "platform/posix/cookies/cookie_file.h"
 
 inline std::string ReadCookieFile() {
     std::ifstream file(CookieFilePath(), std::ios::binary);

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "platform/files.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 inline std::filesystem::path DriveC() {
     return std::filesystem::path(Machine::Current().Folder()) / "drives/c";

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <iterator>
 
-#include "platform/posix/share_modes.h"
+#include "platform/posix/files/share_modes.h"
 
 inline std::ptrdiff_t OpenFileCount() {
     // One lock file stays open for the next use once it was needed: here it is from the start.

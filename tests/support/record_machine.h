@@ -10,7 +10,7 @@
 
 #include "catalogue/records/SQLCertificate.h"
 #include "modules/SmartComInitializer.h"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 #include "support/child_process.h"
 #include "support/debug_output.h"
 #include "support/drive_files.h"

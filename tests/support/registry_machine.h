@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/host_text.h"
-#include "platform/posix/registry_snapshot.h"
+#include "platform/posix/registry/registry_snapshot.h"
+#include "platform/posix/text/host_text.h"
 #include "platform/registry.h"
 
 inline constexpr const char* kRegistryHead = "Windows Registry Editor Version 5.00\n\n";

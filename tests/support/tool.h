@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "support/child_process.h"
 
 // The tool, or one group of its commands: the base of a fixture.

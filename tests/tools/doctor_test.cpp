@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/cookie_file.h"
+#include "platform/posix/cookies/cookie_file.h"
 #include "support/drive_files.h"
 #include "support/installed_products.h"
 #include "support/registry_machine.h"

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "brevikctl/registry/registry_writer.h"
-#include "platform/posix/host_text.h"
-#include "platform/posix/registry_text.h"
+#include "platform/posix/registry/registry_text.h"
+#include "platform/posix/text/host_text.h"
 #include "support/registry_machine.h"
 
 namespace {

@@ -13,7 +13,6 @@
 #include "filesystem/dates/TimeOfDay.h"
 #include "filesystem/dates/TimeZone.h"
 #include "platform/clock.h"
-#include "platform/file_times.h"
 
 class DateTime {
   public:

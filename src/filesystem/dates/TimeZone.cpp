@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "filesystem/dates/TimeOfDay.h"
-#include "platform/file_times.h"
+#include "platform/clock.h"
 
 TimeZone TimeZone::GetLocal() {
     TIME_ZONE_INFORMATION information = {};

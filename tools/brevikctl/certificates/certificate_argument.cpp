@@ -8,7 +8,7 @@
 #include "brevikctl/output/terminal.h"
 #include "brevikctl/output/trouble.h"
 #include "platform/locales.h"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 #include "text/StringConversions.h"
 
 namespace {

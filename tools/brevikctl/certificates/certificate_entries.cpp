@@ -3,7 +3,7 @@
 #include "brevikctl/registry/registry_data.h"
 #include "brevikctl/registry/registry_file.h"
 #include "brevikctl/registry/registry_paths.h"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include "catalogue/records/DatabasePath.h"
 #include "catalogue/records/SharedFolder.h"
 #include "platform/database_library.h"
-#include "platform/posix/paths.h"
-#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/base/scoped_descriptor.h"
+#include "platform/posix/paths/paths.h"
 
 namespace {
 

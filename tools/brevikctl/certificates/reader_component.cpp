@@ -10,7 +10,7 @@
 #include "brevikctl/registry/registry_paths.h"
 #include "certificate_reader/reader.h"
 #include "modules/CLibraryUtilsImpl.h"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

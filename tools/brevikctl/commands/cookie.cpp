@@ -14,10 +14,10 @@
 #include "brevikctl/output/time_text.h"
 #include "brevikctl/output/trouble.h"
 #include "cookies/CookieValues.h"
-#include "platform/posix/cookie_file.h"
-#include "platform/posix/host_text.h"
-#include "platform/posix/machine.h"
-#include "platform/posix/shared_text_file.h"
+#include "platform/posix/base/shared_text_file.h"
+#include "platform/posix/cookies/cookie_file.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

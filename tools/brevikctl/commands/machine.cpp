@@ -1,4 +1,4 @@
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -16,7 +16,7 @@
 #include "brevikctl/registry/registry_file.h"
 #include "catalogue/records/DatabasePath.h"
 #include "platform/files.h"
-#include "platform/posix/registry_snapshot.h"
+#include "platform/posix/registry/registry_snapshot.h"
 #include "text/StringConversions.h"
 
 namespace {

@@ -14,7 +14,7 @@
 #include "brevikctl/registry/registry_file.h"
 #include "brevikctl/registry/registry_paths.h"
 #include "brevikctl/registry/registry_writer.h"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "brevikctl/output/trouble.h"
 #include "brevikctl/trace/trace_line.h"
 #include "brevikctl/trace/trace_socket.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "trace/TraceRecord.h"
 
 namespace {

@@ -7,8 +7,8 @@
 #include "brevikctl/output/trouble.h"
 #include "filesystem/FileSystem.h"
 #include "platform/errors.h"
-#include "platform/posix/host_text.h"
-#include "platform/posix/paths.h"
+#include "platform/posix/paths/paths.h"
+#include "platform/posix/text/host_text.h"
 #include "text/SystemException.h"
 #include "text/Texts.h"
 

@@ -10,7 +10,7 @@
 #include <system_error>
 
 #include "brevikctl/output/terminal.h"
-#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/base/scoped_descriptor.h"
 
 namespace {
 

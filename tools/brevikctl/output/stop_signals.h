@@ -3,7 +3,7 @@
 
 #include <signal.h>
 
-#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/base/scoped_descriptor.h"
 
 // While it lives, SIGINT, SIGTERM and SIGHUP are noted and end nothing but the system call that is
 // under way. At most one lives at a time.

@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 #include "brevikctl/output/trouble.h"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 
 namespace {
 

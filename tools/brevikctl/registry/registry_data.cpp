@@ -11,7 +11,7 @@
 #include "brevikctl/output/facts.h"
 #include "brevikctl/output/terminal.h"
 #include "brevikctl/output/trouble.h"
-#include "platform/posix/host_text.h"
+#include "platform/posix/text/host_text.h"
 #include "platform/registry.h"
 
 namespace {

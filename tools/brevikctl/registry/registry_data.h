@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/posix/registry_tree.h"
+#include "platform/posix/registry/registry_tree.h"
 
 // The text of a value up to its NUL; empty for a value of another type than text.
 std::string TextOf(const RegistryValue& value);

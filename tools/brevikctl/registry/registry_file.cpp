@@ -8,8 +8,8 @@
 #include "brevikctl/output/terminal.h"
 #include "brevikctl/output/trouble.h"
 #include "brevikctl/registry/registry_writer.h"
-#include "platform/posix/registry_snapshot.h"
-#include "platform/posix/shared_text_file.h"
+#include "platform/posix/base/shared_text_file.h"
+#include "platform/posix/registry/registry_snapshot.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "platform/errors.h"
-#include "platform/posix/registry_text.h"
+#include "platform/posix/registry/registry_text.h"
 
 // NO_ERROR; ERROR_INVALID_DATA, explained in `fault`, for a malformed file or one beyond the
 // bounds; and errors of the host. REQUIRES: the tree is new.

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/posix/registry_tree.h"
+#include "platform/posix/registry/registry_tree.h"
 
 // The path of a key that begins with a root, by its long name or as HKLM, HKCU, HKU or HKCR. Fails
 // for a text that is none.

@@ -3,8 +3,8 @@
 #include <array>
 #include <charconv>
 
-#include "platform/posix/host_text.h"
-#include "platform/posix/unicode.h"
+#include "platform/posix/text/host_text.h"
+#include "platform/posix/text/unicode.h"
 #include "platform/registry.h"
 
 namespace {

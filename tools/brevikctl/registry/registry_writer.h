@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/posix/registry_tree.h"
+#include "platform/posix/registry/registry_tree.h"
 
 std::string WriteRegistryText(const RegistryTree& tree);
 

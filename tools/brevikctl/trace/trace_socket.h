@@ -9,8 +9,8 @@
 #include <map>
 #include <string>
 
-#include "platform/posix/runtime_folder.h"
-#include "platform/posix/scoped_descriptor.h"
+#include "platform/posix/base/scoped_descriptor.h"
+#include "platform/posix/trace/runtime_folder.h"
 #include "platform/types.h"
 
 class TraceSocket {

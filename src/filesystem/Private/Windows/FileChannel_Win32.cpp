@@ -8,7 +8,6 @@
 #include "filesystem/FileSpec_IF.h"
 #include "filesystem/Private/Windows/API.h"
 #include "platform/files.h"
-#include "platform/streams.h"
 #include "text/SystemException.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include "filesystem/Private/Windows/API.h"
 #include "filesystem/Private/Windows/FileSpec_Win32.h"
 #include "filesystem/dates/DateTime.h"
-#include "platform/scoped_handle.h"
+#include "platform/handles.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "filesystem/FileException.h"
 #include "filesystem/FileSpec_IF.h"
 #include "filesystem/Private/Windows/API.h"
-#include "platform/scoped_handle.h"
+#include "platform/handles.h"
 
 namespace {
 

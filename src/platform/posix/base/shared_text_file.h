@@ -1,0 +1,58 @@
+// A small text file of the machine that several programs read and replace whole.
+//
+// A writer holds the file's WriteLock from its reading to its replacing, so that no two of them
+// lose each other's changes, and puts the new text in place by renaming, so that readers need no
+// lock and never see half of it. The text is on the disk before its name is: after a writer was
+// killed or the power failed, the file is the old one or the new one. A writer that was killed may
+// leave a file PATH.new, which the next one replaces.
+//
+// Where the path is a symbolic link, the file that it leads to is replaced, and the lock lies
+// beside that.
+//
+// An empty path is that of a file without a place: every operation gives error 3.
+//
+// Threads: any number may use one object.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+#include "platform/errors.h"
+#include "platform/posix/base/write_lock.h"
+
+namespace brevik::platform {
+
+class PLATFORM_API SharedTextFile {
+  public:
+    // `mode` is that of the files that take its place.
+    explicit SharedTextFile(std::string path, mode_t mode = S_IRUSR | S_IWUSR)
+        : path_(std::move(path)), mode_(mode) {}
+
+    const std::string& Path() const { return path_; }
+
+    // The longest text, in bytes: a file of any size must not fill the memory of a host.
+    static constexpr std::size_t kLongestText = std::size_t{64} << 20;
+
+    // The file's bytes; of a missing file, none. NO_ERROR; 5 where it may not be read or is no
+    // plain file, 13 where it is longer than the longest text, and others of the host.
+    DWORD Read(std::string* text) const;
+
+    // Reads the file, has `change` work on the bytes, and replaces the file when they are others
+    // then. An error of `change` is the result, and the file stays; further ones are those of the
+    // lock and of Read, 3 for a missing folder, 5 where it may not be written, 13 where the new
+    // text is longer than the longest text, 112 for a full disk, and others of the host.
+    DWORD Update(const std::function<DWORD(std::string* text)>& change) const;
+
+    // The same in several steps: what is read between Lock and the change is what it changes.
+    DWORD Lock(WriteLock* lock) const;
+    DWORD UpdateLocked(const std::function<DWORD(std::string* text)>& change) const;
+
+  private:
+    std::string path_;
+    mode_t mode_;
+};
+
+}  // namespace brevik::platform

@@ -1,0 +1,103 @@
+#include "platform/cookie_store.h"
+
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "platform/posix/base/shared_text_file.h"
+#include "platform/posix/cookies/cookie_file.h"
+#include "platform/posix/cookies/cookie_set_text.h"
+#include "platform/posix/cookies/cookie_url.h"
+
+namespace brevik::platform {
+namespace {
+
+struct LockedStore {
+    SharedTextFile file{CookieFilePath()};
+    WriteLock lock;
+};
+
+// Of the thread that called LockCookieStore, until it unlocks.
+thread_local LockedStore* lockedStore = nullptr;
+
+BOOL Answer(DWORD error) {
+    if (error != NO_ERROR) {
+        SetLastError(error);
+    }
+    return error == NO_ERROR;
+}
+
+// NO_ERROR, or 259 without a cookie.
+DWORD FindCookies(const char* url, std::string* cookies) {
+    CookieUrl parts;
+    if (const DWORD error = ParseCookieUrl(url, &parts); error != NO_ERROR) {
+        return error;
+    }
+    std::string text;
+    const SharedTextFile store =
+        lockedStore != nullptr ? lockedStore->file : SharedTextFile(CookieFilePath());
+    if (const DWORD error = store.Read(&text); error != NO_ERROR) {
+        return error;
+    }
+    *cookies = CookieFile(text).CookiesFor(parts, std::time(nullptr));
+    return cookies->empty() ? ERROR_NO_MORE_ITEMS : NO_ERROR;
+}
+
+}  // namespace
+
+BOOL InternetGetCookieA(const char* url, const char*, char* buffer, DWORD* size) {
+    if (url == nullptr || size == nullptr) {
+        return Answer(ERROR_INVALID_PARAMETER);
+    }
+    std::string cookies;
+    if (const DWORD error = FindCookies(url, &cookies); error != NO_ERROR) {
+        return Answer(error);
+    }
+    const std::size_t needed = cookies.size() + 1;
+    const bool fits = needed <= *size;
+    *size = static_cast<DWORD>(needed);
+    if (buffer != nullptr && fits) {
+        std::memcpy(buffer, cookies.c_str(), needed);
+    }
+    return Answer(buffer == nullptr || fits ? NO_ERROR : ERROR_INSUFFICIENT_BUFFER);
+}
+
+BOOL InternetSetCookieA(const char* url, const char* name, const char* data) {
+    if (url == nullptr || name != nullptr || data == nullptr) {
+        return Answer(ERROR_INVALID_PARAMETER);
+    }
+    const std::int64_t now = std::time(nullptr);
+    CookieUrl parts;
+    if (const DWORD error = ParseCookieUrl(url, &parts); error != NO_ERROR) {
+        return Answer(error);
+    }
+    CookieSetText order;
+    if (const DWORD error = ParseCookieSetText(data, now, &order); error != NO_ERROR) {
+        return Answer(error);
+    }
+    const auto change = [&](std::string* text) {
+        CookieFile file(*text);
+        const DWORD error = file.Store(parts, order, now);
+        *text = file.Text();
+        return error;
+    };
+    return Answer(lockedStore != nullptr ? lockedStore->file.UpdateLocked(change)
+                                         : SharedTextFile(CookieFilePath()).Update(change));
+}
+
+BOOL LockCookieStore() {
+    auto locked = std::make_unique<LockedStore>();
+    if (const DWORD error = locked->file.Lock(&locked->lock); error != NO_ERROR) {
+        return Answer(error);
+    }
+    lockedStore = locked.release();
+    return TRUE;
+}
+
+void UnlockCookieStore() {
+    delete std::exchange(lockedStore, nullptr);
+}
+
+}  // namespace brevik::platform
