@@ -125,7 +125,7 @@ class SpelledFolder {
 std::u16string SearchSystem(std::u16string_view name) {
     const std::string found = FindInSystemOrder(name);
     if (!found.empty()) {
-        return WindowsPath(found);
+        return PathLeadingTo(found);
     }
     const SystemModule* system = FindSystemModule(name);
     return system != nullptr ? std::u16string(system->path) : std::u16string();
@@ -205,10 +205,15 @@ BOOL SetCurrentDirectoryW(const WCHAR* path) {
     if (!S_ISDIR(folder.status.st_mode)) {
         return Fail(ERROR_DIRECTORY);
     }
+    // Nothing is to need memory after the change.
+    const std::unique_ptr<char, decltype(&free)> real(realpath(folder.path.c_str(), nullptr),
+                                                      &free);
+    std::string hostPath = real ? real.get() : "";
+    SpelledFolder& kept = SpelledFolder::Current();
     if (chdir(folder.path.c_str()) != 0) {
         return Fail(ErrorFromHost(errno));
     }
-    SpelledFolder::Current().Set(HostCurrentFolder(), std::move(spelling));
+    kept.Set(std::move(hostPath), std::move(spelling));
     return TRUE;
 }
 
@@ -289,8 +294,8 @@ std::FILE* _wfopen(const WCHAR* path, const WCHAR* mode) {
         return nullptr;
     }
     // A pipe without a partner is opened at once, or not at all, but never waited for.
-    constexpr int kAlways = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-    ScopedDescriptor descriptor(open(file.path.c_str(), stream.flags | kAlways, 0666));
+    constexpr int kAlways = O_NONBLOCK | O_NOCTTY;
+    ScopedDescriptor descriptor = OpenDescriptor(file.path, stream.flags | kAlways, 0666);
     if (!descriptor) {
         return nullptr;
     }
