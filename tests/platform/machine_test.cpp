@@ -97,6 +97,18 @@ TEST(Machine, OfAllUsersHasItsModesUnderAnyMask) {
     }
 }
 
+TEST(Machine, OfAllUsersThatCannotBeLookedAtIsNotReplacedByAnother) {
+    const char* script = "mount -t tmpfs none /var/lib && ln -s brevikconfig /var/lib/brevikconfig &&"
+                         "$0 | head -n 1";
+    const ChildResult result =
+        RunChild({"unshare", "-rm", "sh", "-c", script, kProbe},
+                 {{"BREVIK_MACHINE", ""}, {"HOME", TestMachine::ScratchFolder() / "home"}});
+    if (result.output.empty()) {
+        GTEST_SKIP() << "no mount space can be had";
+    }
+    EXPECT_EQ(result.output, "/dev/null/brevikconfig\n");
+}
+
 TEST(Machine, KeepsWhatSomebodyTookAway) {
     const fs::path machine = TestMachine::ScratchFolder() / "without-z";
     Probe({{"BREVIK_MACHINE", machine}});

@@ -68,8 +68,8 @@ void Keygen(const Options& options) {
             "verificationKey",
             CertificateKeys::VerificationText({PublicKeyArgument(options.present), key.Public()})));
     }
-    const ScopedDescriptor file(
-        open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const ScopedDescriptor file =
+        OpenDescriptor(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!file || !WriteText(file.Get(), key.FileText())) {
         const int error = errno;
         if (file) {

@@ -14,6 +14,7 @@
 
 #include "file_argument.h"
 #include "platform/posix/host_text.h"
+#include "platform/posix/interrupted.h"
 #include "platform/posix/scoped_descriptor.h"
 #include "terminal.h"
 #include "text/StringConversions.h"
@@ -142,8 +143,7 @@ std::string ReadHostBytes(const std::string& hostPath, std::size_t limit) {
     const auto fail = [&](int error) {
         throw std::system_error(error, std::generic_category(), Quoted(hostPath));
     };
-    const ScopedDescriptor file(
-        open(hostPath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const ScopedDescriptor file = OpenDescriptor(hostPath, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     struct stat status;
     if (!file || fstat(file.Get(), &status) != 0) {
         fail(errno);
@@ -154,7 +154,8 @@ std::string ReadHostBytes(const std::string& hostPath, std::size_t limit) {
     std::string bytes;
     char block[65536];
     while (bytes.size() <= limit) {
-        const ssize_t count = read(file.Get(), block, sizeof block);
+        const ssize_t count =
+            Uninterrupted([&] { return read(file.Get(), block, sizeof block); });
         if (count < 0) {
             fail(errno);
         }

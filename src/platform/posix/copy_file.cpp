@@ -18,6 +18,7 @@
 #include "platform/posix/file_attributes.h"
 #include "platform/posix/held_signal.h"
 #include "platform/posix/host_errors.h"
+#include "platform/posix/interrupted.h"
 #include "platform/posix/open_file.h"
 #include "platform/posix/paths.h"
 #include "platform/posix/scoped_handle.h"
@@ -115,15 +116,17 @@ class ContentCopy {
         while (hostCopies_) {
             off_t from = place;
             off_t to = place;
-            const ssize_t done =
-                copy_file_range(source_, &from, target_, &to, static_cast<std::size_t>(count), 0);
+            const ssize_t done = Uninterrupted([&] {
+                return copy_file_range(source_, &from, target_, &to,
+                                       static_cast<std::size_t>(count), 0);
+            });
             if (done > 0) {
                 return done;
             }
             // Some hosts say so by copying nothing.
             if (done == 0 || IsNoWayOfCopying(errno)) {
                 hostCopies_ = false;
-            } else if (errno != EINTR) {
+            } else {
                 return -1;
             }
         }
@@ -134,18 +137,18 @@ class ContentCopy {
         if (!block_) {
             block_ = std::make_unique_for_overwrite<char[]>(kBlock);
         }
-        ssize_t length;
-        do {
-            length = pread(source_, block_.get(), static_cast<std::size_t>(count), place);
-        } while (length < 0 && errno == EINTR);
+        const ssize_t length = Uninterrupted([&] {
+            return pread(source_, block_.get(), static_cast<std::size_t>(count), place);
+        });
         for (ssize_t written = 0; written < length;) {
-            const ssize_t part =
-                pwrite(target_, block_.get() + written, static_cast<std::size_t>(length - written),
-                       place + written);
-            if (part < 0 && errno != EINTR) {
+            const ssize_t part = Uninterrupted([&] {
+                return pwrite(target_, block_.get() + written,
+                              static_cast<std::size_t>(length - written), place + written);
+            });
+            if (part < 0) {
                 return -1;
             }
-            written += std::max<ssize_t>(part, 0);
+            written += part;
         }
         return length;
     }

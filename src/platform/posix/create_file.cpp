@@ -13,6 +13,7 @@
 #include "platform/files.h"
 #include "platform/posix/drive_device.h"
 #include "platform/posix/file_attributes.h"
+#include "platform/posix/interrupted.h"
 #include "platform/posix/open_file.h"
 #include "platform/posix/paths.h"
 
@@ -117,8 +118,8 @@ Attempt OpenExisting(const HostFile& file, const HostPlace& place, const Opening
         return Failed(refusal);
     }
     const bool folder = S_ISDIR(file.status.st_mode);
-    ScopedDescriptor descriptor(
-        open(file.path.c_str(), HostFlags(opening.access, opening.Empties(), folder)));
+    ScopedDescriptor descriptor =
+        OpenDescriptor(file.path, HostFlags(opening.access, opening.Empties(), folder));
     if (!descriptor) {
         return {ErrorFromHost(errno), errno == ENOENT, nullptr};
     }
@@ -136,7 +137,8 @@ Attempt OpenExisting(const HostFile& file, const HostPlace& place, const Opening
         }
     }
     // Only now that nobody else stands against it.
-    if (opening.Empties() && S_ISREG(status.st_mode) && ftruncate(descriptor.Get(), 0) != 0) {
+    if (opening.Empties() && S_ISREG(status.st_mode) &&
+        Uninterrupted([&] { return ftruncate(descriptor.Get(), 0); }) != 0) {
         return Failed(ErrorFromHost(errno));
     }
     if (opening.disposition == CREATE_ALWAYS) {
@@ -153,8 +155,8 @@ Attempt MakeFile(const HostFile& file, const HostPlace& place, const Opening& op
     const bool readOnly = (opening.flags & FILE_ATTRIBUTE_READONLY) != 0;
     // Nothing can be made through a descriptor that stands for the status alone.
     const int access = HostFlags(opening.access | GENERIC_WRITE, false, false);
-    ScopedDescriptor descriptor(
-        open(file.path.c_str(), access | O_CREAT | O_EXCL, readOnly ? 0444 : 0666));
+    ScopedDescriptor descriptor =
+        OpenDescriptor(file.path, access | O_CREAT | O_EXCL, readOnly ? 0444 : 0666);
     if (!descriptor) {
         // The folder was there a moment ago: when it is missing now, that is what is told.
         return {errno == ENOENT   ? ERROR_PATH_NOT_FOUND

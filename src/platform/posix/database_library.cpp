@@ -1,7 +1,6 @@
 #include "platform/database_library.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -197,8 +196,8 @@ BOOL MakeSharedFile(const WCHAR* path) {
         return Fail(file.error == NO_ERROR ? ERROR_FILE_EXISTS : file.error);
     }
     constexpr mode_t everybody = 0666;
-    const ScopedDescriptor made(
-        open(file.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, everybody));
+    const ScopedDescriptor made =
+        OpenDescriptor(file.path, O_WRONLY | O_CREAT | O_EXCL, everybody);
     if (!made) {
         return Fail(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromHost(errno));
     }

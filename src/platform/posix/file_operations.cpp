@@ -11,6 +11,7 @@
 #include "platform/posix/file_attributes.h"
 #include "platform/posix/host_errors.h"
 #include "platform/posix/host_times.h"
+#include "platform/posix/interrupted.h"
 #include "platform/posix/open_file.h"
 
 namespace brevik::platform {
@@ -89,7 +90,7 @@ BOOL FlushFileBuffers(HANDLE handle) {
         return FALSE;
     }
     // What has nothing to flush, as the null device, says so in these words.
-    const bool flushed = fsync(file->Descriptor()) == 0 || errno == EINVAL || errno == EROFS;
+    const bool flushed = Uninterrupted([&] { return fsync(file->Descriptor()); }) == 0 || errno == EINVAL || errno == EROFS;
     return Answer(flushed ? NO_ERROR : ErrorFromHost(errno));
 }
 

@@ -24,7 +24,7 @@
 
 namespace brevik::platform {
 
-// A library that LoadLibraryExW loaded, or the host.
+// A library that LoadLibraryExW loaded.
 struct ModuleHandle {
     void* library = nullptr;  // of dlopen; holds one reference
     std::u16string path;
@@ -55,10 +55,11 @@ bool IsNamed(std::u16string_view path, std::u16string_view name) {
     return Upper(IsBareName(name) ? LastPart(path) : path) == Upper(name);
 }
 
+// The host's handle is an address that no library has; nothing stands behind it.
+constinit char hostModule = 0;
+
 HMODULE HostModule() {
-    // Never destroyed: a thread may still ask while the process ends.
-    static ModuleHandle& host = *new ModuleHandle;
-    return &host;
+    return reinterpret_cast<HMODULE>(&hostModule);
 }
 
 // The libraries that are loaded. No library is loaded or unloaded under the lock, since their

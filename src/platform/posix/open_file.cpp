@@ -10,6 +10,7 @@
 
 #include "platform/posix/held_signal.h"
 #include "platform/posix/host_errors.h"
+#include "platform/posix/interrupted.h"
 
 namespace brevik::platform {
 namespace {
@@ -30,11 +31,10 @@ DWORD OpenFile::Read(void* buffer, DWORD count, DWORD* done) {
     *done = 0;
     const std::lock_guard lock(mutex_);
     while (*done < count) {
-        const ssize_t part =
-            pread(Descriptor(), static_cast<char*>(buffer) + *done, count - *done, position_);
-        if (part < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t part = Uninterrupted([&] {
+            return pread(Descriptor(), static_cast<char*>(buffer) + *done, count - *done,
+                         position_);
+        });
         if (part < 0 && *done == 0) {
             return ErrorFromHost(errno);
         }
@@ -55,11 +55,10 @@ DWORD OpenFile::Write(const void* buffer, DWORD count, DWORD* done) {
     }
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
     while (*done < count) {
-        const ssize_t part = pwrite(Descriptor(), static_cast<const char*>(buffer) + *done,
-                                    count - *done, position_);
-        if (part < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t part = Uninterrupted([&] {
+            return pwrite(Descriptor(), static_cast<const char*>(buffer) + *done, count - *done,
+                          position_);
+        });
         if (part < 0) {
             return ErrorFromHost(errno);
         }
@@ -115,12 +114,13 @@ DWORD OpenFile::SetEnd() {
         return ERROR_DISK_FULL;
     }
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
-    return ftruncate(Descriptor(), position_) == 0 ? NO_ERROR : ErrorFromHost(errno);
+    const int result = Uninterrupted([&] { return ftruncate(Descriptor(), position_); });
+    return result == 0 ? NO_ERROR : ErrorFromHost(errno);
 }
 
 ScopedDescriptor OpenFile::Duplicate() {
     const std::lock_guard lock(mutex_);
-    ScopedDescriptor copy(fcntl(Descriptor(), F_DUPFD_CLOEXEC, 0));
+    ScopedDescriptor copy(fcntl(Descriptor(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     if (copy && lseek(copy.Get(), position_, SEEK_SET) < 0) {
         copy.Close();
     }

@@ -1,6 +1,5 @@
 #include "platform/posix/trace_socket.h"
 
-#include <fcntl.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/file.h>
@@ -12,6 +11,8 @@
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
+
+#include "platform/posix/interrupted.h"
 
 namespace brevik::platform {
 namespace {
@@ -61,12 +62,12 @@ pid_t SenderOf(msghdr* message) {
 TraceSocket::TraceSocket(const WCHAR* windowClass)
     : name_(SocketNameOf(windowClass)), folder_(FolderForSockets()) {
     const std::string lockName = std::string(name_.data()) + ".lock";
-    lock_ = ScopedDescriptor(openat(folder_.descriptor.Get(), lockName.c_str(),
-                                    O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    lock_ = OpenDescriptor(lockName, O_RDWR | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR,
+                           folder_.descriptor.Get());
     if (!lock_) {
         Fail("the file " + folder_.path + "/" + lockName + " cannot be opened");
     }
-    if (flock(lock_.Get(), LOCK_EX | LOCK_NB) != 0) {
+    if (Uninterrupted([&] { return flock(lock_.Get(), LOCK_EX | LOCK_NB); }) != 0) {
         throw std::runtime_error(
             "a viewer of this machine is already running for this user; end it first");
     }
