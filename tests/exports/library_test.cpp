@@ -141,7 +141,9 @@ TEST_F(HostFolder, SetUserIdProcessLoadsNoLibraryOfWhoStartedIt) {
         std::ifstream("/proc/" + id + "/task/" + id + "/children") >> child;
         return MapsOf(child).find(name) != std::string::npos;
     };
-    PutSibling(TestMachine::ScratchFolder() / "suite app");  // another folder than the host's
+    // These are other folders than the host's and its parent's.
+    PutSibling(TestMachine::ScratchFolder() / "suite app");
+    PutSibling(TestMachine::ScratchFolder() / "foreign");
     EXPECT_TRUE(loads(foreign / "VelmarHTTPClient13.dll"));
     if (!MakeSetUserId()) {
         GTEST_SKIP() << "only root can make the program of another user";

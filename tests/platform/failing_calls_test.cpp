@@ -19,6 +19,7 @@
 
 #include "platform/files.h"
 #include "platform/folders.h"
+#include "platform/modules.h"
 #include "platform/posix/host_errors.h"
 #include "platform/posix/machine.h"
 #include "platform/posix/scoped_descriptor.h"
@@ -85,6 +86,8 @@ TEST(FailingCalls, AreNotTakenForAbsence) {
 
 TEST(FailingCalls, LeaveTheCurrentFolder) {
     const fs::path before = fs::current_path();
+    ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\Windows"));  // what is kept for good is there then
+    fs::current_path(before);
     bool isChanged = false;
     for (int left = 0; !isChanged; ++left) {
         try {
@@ -96,6 +99,13 @@ TEST(FailingCalls, LeaveTheCurrentFolder) {
         EXPECT_EQ(fs::current_path() != before, isChanged) << left;
     }
     fs::current_path(before);
+}
+
+TEST(FailingCalls, DoNotKeepALibraryLoaded) {
+    HMODULE const module = LoadLibraryW(u"kernel32.dll");
+    allocations_left = 0;
+    EXPECT_TRUE(FreeLibrary(module));
+    allocations_left = -1;
 }
 
 TEST(FailingCalls, AreMadeAgainAfterASignal) {

@@ -38,17 +38,6 @@ mode_t ModeOf(const fs::path& path) {
     return status.st_mode & 07777;
 }
 
-TEST(Machine, HasItsFoldersOnFirstUse) {
-    const fs::path machine = Machine::Current().Folder();
-    EXPECT_EQ(machine, TestMachine::Folder());
-    for (const char* folder :
-         {"drives/c/ProgramData", "drives/c/Program Files/Common Files",
-          "drives/c/Windows/System32", "drives/c/Windows/Temp", "shares", "locks", "users"}) {
-        EXPECT_TRUE(fs::is_directory(machine / folder)) << folder;
-    }
-    EXPECT_EQ(fs::read_symlink(machine / "drives/z"), "/");
-}
-
 TEST(Machine, IsTheOneThatTheEnvironmentNames) {
     if (fs::exists("/var/lib/brevikconfig")) {
         GTEST_SKIP() << "this computer has a machine of its own";
