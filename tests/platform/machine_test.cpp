@@ -79,16 +79,18 @@ TEST(Machine, OfAllUsersHasItsModesUnderAnyMask) {
         GTEST_SKIP() << "no mount space can be had";
     }
     for (const char* mask : {"077", "002"}) {
-        const ChildResult result = RunChild(
-            {"unshare", "-rm", "sh", "-c", script, BREVIK_TEST_TOOL, mask}, {{"BREVIK_MACHINE", ""}});
+        const ChildResult result =
+            RunChild({"unshare", "-rm", "sh", "-c", script, BREVIK_TEST_TOOL, mask},
+                     {{"BREVIK_MACHINE", ""}});
         EXPECT_TRUE(result.output.ends_with("\n755\n755\n755\n1777\n1777\n644\n"))
             << mask << result.output;
     }
 }
 
 TEST(Machine, OfAllUsersThatCannotBeLookedAtIsNotReplacedByAnother) {
-    const char* script = "mount -t tmpfs none /var/lib && ln -s brevikconfig /var/lib/brevikconfig &&"
-                         "$0 | head -n 1";
+    const char* script =
+        "mount -t tmpfs none /var/lib && ln -s brevikconfig /var/lib/brevikconfig &&"
+        "$0 | head -n 1";
     const ChildResult result =
         RunChild({"unshare", "-rm", "sh", "-c", script, kProbe},
                  {{"BREVIK_MACHINE", ""}, {"HOME", TestMachine::ScratchFolder() / "home"}});

@@ -154,8 +154,7 @@ std::string ReadHostBytes(const std::string& hostPath, std::size_t limit) {
     std::string bytes;
     char block[65536];
     while (bytes.size() <= limit) {
-        const ssize_t count =
-            Uninterrupted([&] { return read(file.Get(), block, sizeof block); });
+        const ssize_t count = Uninterrupted([&] { return read(file.Get(), block, sizeof block); });
         if (count < 0) {
             fail(errno);
         }

@@ -64,8 +64,8 @@ constexpr const char* kMadeWhenNeeded = "Move it away; programs make a new one w
 constexpr const char* kJournal = "/qzc13.db-journal";
 
 constexpr DatabaseFile kDatabaseFiles[] = {
-    {"/qzc13.db", kMakesNewOne},          {kJournal, kMadeWhenNeeded},
-    {"/qzc13.db-wal", kMadeWhenNeeded},   {"/qzc13.db-shm", kMadeWhenNeeded},
+    {"/qzc13.db", kMakesNewOne},           {kJournal, kMadeWhenNeeded},
+    {"/qzc13.db-wal", kMadeWhenNeeded},    {"/qzc13.db-shm", kMadeWhenNeeded},
     {"/qzc13.db.repair", kMadeWhenNeeded},
 };
 
@@ -76,6 +76,8 @@ void CheckPlace(const Place& place, mode_t kind, mode_t mode, const char* mend,
     if (!place.IsOf(kind)) {
         troubles->push_back(
             {name + " is a symbolic link or no " + (isFolder ? "folder" : "plain file"), mend});
+    } else if (!isFolder && place.status.st_nlink > 1) {
+        troubles->push_back({name + " has another name besides", mend});
     } else if (!place.Has(mode)) {
         troubles->push_back(
             {name + " of " + place.Owner() + " has the mode " + ModeText(place.status.st_mode),

@@ -137,9 +137,8 @@ class ContentCopy {
         if (!block_) {
             block_ = std::make_unique_for_overwrite<char[]>(kBlock);
         }
-        const ssize_t length = Uninterrupted([&] {
-            return pread(source_, block_.get(), static_cast<std::size_t>(count), place);
-        });
+        const ssize_t length = Uninterrupted(
+            [&] { return pread(source_, block_.get(), static_cast<std::size_t>(count), place); });
         for (ssize_t written = 0; written < length;) {
             const ssize_t part = Uninterrupted([&] {
                 return pwrite(target_, block_.get() + written,

@@ -70,8 +70,7 @@ void Write(int file, std::string_view text) {
     const HeldSignal quiet(listenerIsPipe ? SIGPIPE : SIGXFSZ,
                            listenerIsPipe || IsFileSizeLimited());
     while (!text.empty()) {
-        const ssize_t count =
-            Uninterrupted([&] { return write(file, text.data(), text.size()); });
+        const ssize_t count = Uninterrupted([&] { return write(file, text.data(), text.size()); });
         if (count >= 0) {
             text.remove_prefix(static_cast<std::size_t>(count));
         } else if (errno == EAGAIN) {

@@ -90,7 +90,8 @@ BOOL FlushFileBuffers(HANDLE handle) {
         return FALSE;
     }
     // What has nothing to flush, as the null device, says so in these words.
-    const bool flushed = Uninterrupted([&] { return fsync(file->Descriptor()); }) == 0 || errno == EINVAL || errno == EROFS;
+    const bool flushed = Uninterrupted([&] { return fsync(file->Descriptor()); }) == 0 ||
+                         errno == EINVAL || errno == EROFS;
     return Answer(flushed ? NO_ERROR : ErrorFromHost(errno));
 }
 

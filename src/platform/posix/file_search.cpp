@@ -51,10 +51,10 @@ std::string HostFolder() {
     const std::string host = HostExecutable();
     std::string folder = host.substr(0, host.rfind('/') + 1);
     struct stat program;
-    const bool isTaken = !folder.empty() &&
-                         (!CurrentRights().isPrivileged ||
-                          (StatExecutableOf(getpid(), &program) &&
-                           MayHoldLibraries(folder.substr(0, folder.size() - 1), program)));
+    const bool isTaken =
+        !folder.empty() && (!CurrentRights().isPrivileged ||
+                            (StatExecutableOf(getpid(), &program) &&
+                             MayHoldLibraries(folder.substr(0, folder.size() - 1), program)));
     return isTaken ? folder : std::string();
 }
 
@@ -118,8 +118,8 @@ std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_vie
 
 bool MayHoldLibraries(const WCHAR* folder) {
     const HostFile found = FindFile(folder);
-    return found.error == NO_ERROR && (MayHoldLibraries(CurrentRights(), found.status) ||
-                                       IsAt(HostFolder(), found.status));
+    return found.error == NO_ERROR &&
+           (MayHoldLibraries(CurrentRights(), found.status) || IsAt(HostFolder(), found.status));
 }
 
 std::u16string PathLeadingTo(const std::string& hostPath) {

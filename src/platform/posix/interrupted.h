@@ -1,5 +1,5 @@
-// Calls of the host that a signal may interrupt: signals are the host program's, whose handlers need
-// not have such calls go on.
+// Calls of the host that a signal may interrupt: signals are the host program's, whose handlers
+// need not have such calls go on.
 #pragma once
 
 #include <cerrno>

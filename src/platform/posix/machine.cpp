@@ -93,7 +93,6 @@ struct UserEntry {
     std::string home;
 };
 
-
 // The effective user's row of the password database. Throws std::system_error when it cannot be
 // read at this moment.
 std::optional<UserEntry> FindUser() {
@@ -153,8 +152,8 @@ bool IsUsersProgram() {
            (StatExecutableOf(getpid(), &program) && program.st_uid == rights.user);
 }
 
-// The machine of all users has the modes that the documents promise, whatever mask it was made under.
-// What a link leads to is no part of the machine.
+// The machine of all users has the modes that the documents promise, whatever mask it was made
+// under. What a link leads to is no part of the machine.
 void SetMode(const std::string& path, bool forEveryUser) {
     struct stat status;
     if (lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
@@ -194,8 +193,8 @@ bool MakeMachine(const MachinePlace& place) {
         return false;
     }
     for (const MachineFolder& folder : kFolders) {
-        if (folder.name == "/shares" &&
-            symlink("/", (place.folder + "/drives/z").c_str()) != 0 && errno != EEXIST) {
+        if (folder.name == "/shares" && symlink("/", (place.folder + "/drives/z").c_str()) != 0 &&
+            errno != EEXIST) {
             return false;
         }
         const std::string path = place.folder + std::string(folder.name);

@@ -37,8 +37,8 @@ ScopedDescriptor OpenDescriptor(const std::string& path, int flags, mode_t mode,
     if ((flags & O_ACCMODE) != O_RDONLY) {
         TakeStandardStreams();
     }
-    return ScopedDescriptor(Uninterrupted(
-        [&] { return openat(folder, path.c_str(), flags | O_CLOEXEC, mode); }));
+    return ScopedDescriptor(
+        Uninterrupted([&] { return openat(folder, path.c_str(), flags | O_CLOEXEC, mode); }));
 }
 
 }  // namespace brevik::platform
