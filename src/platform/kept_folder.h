@@ -58,3 +58,5 @@ inline void KeptFolder::MakeCurrent() const noexcept {
 #endif
 
 }  // namespace brevik::platform
+
+using brevik::platform::KeptFolder;

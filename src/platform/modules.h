@@ -43,12 +43,8 @@ PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* path, DWORD size);
 
 #else
 
-namespace brevik::platform {
-
 inline bool MayHoldLibraries(const WCHAR*) {
     return true;
 }
-
-}  // namespace brevik::platform
 
 #endif
