@@ -19,6 +19,7 @@
 #include "platform/posix/environment.h"
 #include "platform/posix/executables.h"
 #include "platform/posix/made_once.h"
+#include "platform/posix/scoped_descriptor.h"
 #include "platform/posix/trusted_places.h"
 
 namespace brevik::platform {
@@ -96,6 +97,7 @@ struct UserEntry {
 // The effective user's row of the password database. Throws std::system_error when it cannot be
 // read at this moment.
 std::optional<UserEntry> FindUser() {
+    TakeStandardStreams();  // the C library opens files and sockets for it
     std::vector<char> buffer(1024);
     for (;;) {
         passwd row;
