@@ -1,10 +1,9 @@
 #include "http_client/call_log.h"
 
-#include <fcntl.h>
-
 #include <cstdio>
 
 #include "http_client/settings.h"
+#include "platform/posix/base/interrupted.h"
 #include "platform/posix/base/scoped_descriptor.h"
 #include "platform/text.h"
 
@@ -44,9 +43,9 @@ std::string JsonValue(const Argument& argument) {
 
 // One write, so that no other line comes between.
 void Append(const std::string& line) {
-    const ScopedDescriptor file(
-        open(PathBeside(".log").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644));
-    [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
+    const ScopedDescriptor file =
+        OpenDescriptor(PathBeside(".log"), O_WRONLY | O_APPEND | O_CREAT, 0644);
+    Uninterrupted([&] { return write(file.Get(), line.data(), line.size()); });
 }
 
 }  // namespace

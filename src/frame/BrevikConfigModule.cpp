@@ -20,7 +20,7 @@ void BrevikConfigModule::LoadSiblingLibrary() {
     if (libraryLoaded != 0) {
         return;
     }
-    const WideString folder = FindLibraryFolder(kSiblingLibrary);
+    const WideString folder = FindSpelledLibraryFolder(kSiblingLibrary);
     // The folder is current during the load, so that what the library itself needs is found beside
     // it. Threads that come here at once each load the library, which counts.
     const BrevikUtils::DllPathManager current(folder);

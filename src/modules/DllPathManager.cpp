@@ -19,12 +19,13 @@ DllPathManager::DllPathManager(const WideString& folder) {
         return;
     }
     const std::lock_guard hold(lock);
-    // A current folder without a way back is not left.
-    KeptFolder current = KeptFolder::Current();
-    if (!current || !SetCurrentDirectoryW(folder.c_str())) {
+    // A current folder without a way back is not left. The way is kept before the change, so that
+    // nothing after it can fail.
+    previous_ = KeptFolder::Current();
+    if (!previous_ || !SetCurrentDirectoryW(folder.c_str())) {
+        previous_ = KeptFolder();
         return;
     }
-    previous_ = std::move(current);
     earlier_ = latest;
     if (earlier_ != nullptr) {
         earlier_->later_ = this;

@@ -17,12 +17,16 @@ namespace {
 constexpr DWORD kPathCapacity = MAX_PATH;
 constexpr DWORD kAllProcessRights = 0x1F0FFF;
 
-// The path up to its last backslash, in lower case; the whole of a path without one.
-WideString FolderOf(WideString path) {
-    path.resize(std::min(path.rfind(WIDE('\\')), path.size()));
+WideString ToLower(WideString path) {
     for (WCHAR& unit : path) {
         unit = static_cast<WCHAR>(towlower(unit));
     }
+    return path;
+}
+
+// The path up to its last backslash; the whole of a path without one.
+WideString FolderOf(WideString path) {
+    path.resize(std::min(path.rfind(WIDE('\\')), path.size()));
     return path;
 }
 
@@ -71,9 +75,12 @@ WideString SharedLibraryFolder() {
     return known ? path + WideString(WIDE("\\Ondrel Shared\\DllShared")) : WideString();
 }
 
-}  // namespace
+// Whether a library lies beside a program, and may be taken from there.
+bool LiesBeside(const WideString& programFolder, const WideString& fileName) {
+    return IsReadableFile(programFolder, fileName) && MayHoldLibraries(programFolder.c_str());
+}
 
-WideString GetProcessFolder() {
+WideString SpelledProcessFolder() {
     using GetModuleFileName = DWORD(WINAPI*)(HMODULE, WCHAR*, DWORD);
     const CLibraryUtils::ScopedLibrary kernel(
         LoadLibraryExW(WIDE("kernel32.dll"), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
@@ -85,7 +92,7 @@ WideString GetProcessFolder() {
     return FolderOf(path, getModuleFileName(GetModuleHandleW(nullptr), path, kPathCapacity));
 }
 
-WideString GetParentProcessFolder() {
+WideString SpelledParentProcessFolder() {
     using GetModuleFileNameEx = DWORD(WINAPI*)(HANDLE, HMODULE, WCHAR*, DWORD);
     const DWORD parent = ParentProcessId();
     const ScopedHandle process(parent != 0 ? OpenProcess(kAllProcessRights, FALSE, parent)
@@ -103,13 +110,27 @@ WideString GetParentProcessFolder() {
     return FolderOf(path, getModuleFileName(process.Get(), nullptr, path, kPathCapacity));
 }
 
+}  // namespace
+
+WideString GetProcessFolder() {
+    return ToLower(SpelledProcessFolder());
+}
+
+WideString GetParentProcessFolder() {
+    return ToLower(SpelledParentProcessFolder());
+}
+
 WideString FindLibraryFolder(const WideString& fileName) {
-    WideString folder = GetProcessFolder();
-    if (IsReadableFile(folder, fileName)) {
+    return ToLower(FindSpelledLibraryFolder(fileName));
+}
+
+WideString FindSpelledLibraryFolder(const WideString& fileName) {
+    WideString folder = SpelledProcessFolder();
+    if (LiesBeside(folder, fileName)) {
         return folder;
     }
-    folder = GetParentProcessFolder();
-    if (!folder.empty() && IsReadableFile(folder, fileName)) {
+    folder = SpelledParentProcessFolder();
+    if (!folder.empty() && LiesBeside(folder, fileName)) {
         return folder;
     }
     WCHAR path[kPathCapacity];
@@ -120,8 +141,5 @@ WideString FindLibraryFolder(const WideString& fileName) {
         return FolderOf(WideString(path, length));
     }
     folder = SharedLibraryFolder();
-    if (!folder.empty() && IsReadableFile(folder, fileName)) {
-        return FolderOf(folder + WIDE("\\"));
-    }
-    return {};
+    return !folder.empty() && IsReadableFile(folder, fileName) ? folder : WideString();
 }

@@ -1,8 +1,8 @@
 // Folders of the running program, and the search for a library beside it.
 //
-// Folders are wide Windows paths in lower case without a trailing backslash; an empty text means
-// that there is none. Nothing here throws anything but std::bad_alloc, or reports anything. Any
-// thread.
+// Folders are wide Windows paths without a trailing backslash, in lower case where nothing else is
+// said; an empty text means that there is none. Nothing here throws anything but std::bad_alloc, or
+// reports anything. Any thread.
 #pragma once
 
 #include "platform/types.h"
@@ -16,3 +16,7 @@ WideString GetParentProcessFolder();
 // The first folder that holds a readable file of this name: the host's, its parent's, one of the
 // system's search order, and the suite's shared library folder in the common program files.
 WideString FindLibraryFolder(const WideString& fileName);
+
+// The same as the system spells it, to load from: where a system tells folders apart by case, the
+// one in lower case may be another's.
+WideString FindSpelledLibraryFolder(const WideString& fileName);

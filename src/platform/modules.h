@@ -16,13 +16,17 @@ inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 0x8;
 using FARPROC = std::intptr_t (*)();
 
 // Loads a library. A name with a folder is looked for there alone; a bare name in this order: the
-// host's folder, C:\Windows\System32, C:\Windows, the current folder, the folders of PATH. The
-// current folder is passed over where another user may write to it, and with PATH in a set-user-id
-// process. Null with 126 when there is none, with 193 when the file found is no library. Each
-// success counts.
+// host's folder, C:\Windows\System32, C:\Windows, the current folder, the folders of PATH. The last
+// two are passed over where another user may write to them, and in a set-user-id process; there so
+// is the host's folder where other users can change it. Null with 126 when there is none, with 193
+// when the file found is no library. Each success counts.
 PLATFORM_API HMODULE LoadLibraryExW(const WCHAR* name, HANDLE file, DWORD flags);
 PLATFORM_API HMODULE LoadLibraryW(const WCHAR* name);
 PLATFORM_API BOOL FreeLibrary(HMODULE module);
+
+// Whether a library may be taken from this folder, which is the host's or another program's, by
+// those rules.
+PLATFORM_API bool MayHoldLibraries(const WCHAR* folder);
 
 // Null with 127 when the module exports no such name.
 PLATFORM_API FARPROC GetProcAddress(HMODULE module, const char* name);
@@ -36,5 +40,11 @@ PLATFORM_API HMODULE GetModuleHandleW(const WCHAR* name);
 PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* path, DWORD size);
 
 }  // namespace brevik::platform
+
+#else
+
+inline bool MayHoldLibraries(const WCHAR*) {
+    return true;
+}
 
 #endif

@@ -141,6 +141,9 @@ TEST_F(HostFolder, SetUserIdProcessLoadsNoLibraryOfWhoStartedIt) {
         std::ifstream("/proc/" + id + "/task/" + id + "/children") >> child;
         return MapsOf(child).find(name) != std::string::npos;
     };
+    // These are other folders than the host's and its parent's.
+    PutSibling(TestMachine::ScratchFolder() / "suite app");
+    PutSibling(TestMachine::ScratchFolder() / "foreign");
     EXPECT_TRUE(loads(foreign / "VelmarHTTPClient13.dll"));
     if (!MakeSetUserId()) {
         GTEST_SKIP() << "only root can make the program of another user";
@@ -148,6 +151,8 @@ TEST_F(HostFolder, SetUserIdProcessLoadsNoLibraryOfWhoStartedIt) {
     EXPECT_FALSE(loads("VelmarHTTPClient13"));
     PutSibling(folder_);
     EXPECT_TRUE(loads(folder_ / "VelmarHTTPClient13.dll"));
+    fs::permissions(folder_, fs::perms(0777));
+    EXPECT_FALSE(loads("VelmarHTTPClient13"));
 }
 
 }  // namespace

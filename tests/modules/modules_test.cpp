@@ -144,19 +144,6 @@ TEST_F(ComponentLibrary, LibrariesThatAreNoneFail) {
     }
 }
 
-TEST_F(ComponentLibrary, HolderKeepsTheLibraryLoadedUntilItEnds) {
-    IUnknown* object = nullptr;
-    {
-        CLibraryUtils::CLibraryUtilsImpl holder;
-        ASSERT_EQ(holder.CreateInstance(kClass, nullptr, kLibrary, IID_IUnknown,
-                                        reinterpret_cast<void**>(&object)),
-                  S_OK);
-        EXPECT_NE(GetModuleHandleW(WIDE("Component.dll")), nullptr);
-        object->Release();
-    }
-    EXPECT_EQ(GetModuleHandleW(WIDE("Component.dll")), nullptr);
-}
-
 TEST(SmartComInitializer, LeavesTheThreadsApartmentAsItWas) {
     for (const DWORD kind : {COINIT_APARTMENTTHREADED, COINIT_MULTITHREADED}) {
         ASSERT_EQ(CoInitializeEx(nullptr, kind), S_OK);

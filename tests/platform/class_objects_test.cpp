@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "platform/component_model.h"
 #include "platform/modules.h"
@@ -110,34 +107,6 @@ TEST_F(ClassObjects, WhatFailsLeavesNull) {
               CO_E_NOTINITIALIZED);
     EXPECT_EQ(object, nullptr);
     EXPECT_EQ(CoInitialize(nullptr), S_OK);
-}
-
-// A loading that another thread overtook is given back: the library is held once, and not unloaded
-// under those who were first.
-TEST_F(ClassObjects, AreMadeOnManyThreadsAtOnce) {
-    constexpr int kThreads = 8;
-    std::atomic<int> made = 0;
-    std::vector<std::thread> threads;
-    for (int count = 0; count < kThreads; ++count) {
-        threads.emplace_back([&] {
-            CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-            void* object = nullptr;
-            if (CoCreateInstance(kCounted, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &object) ==
-                S_OK) {
-                ++made;
-                static_cast<IUnknown*>(object)->Release();
-            }
-            CoUninitialize();
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(made, kThreads);
-    EXPECT_EQ(LivingObjects(), 0);
-    const HMODULE module = ComponentModule();
-    EXPECT_TRUE(FreeLibrary(module));
-    EXPECT_FALSE(FreeLibrary(module));
 }
 
 }  // namespace

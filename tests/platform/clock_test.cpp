@@ -37,19 +37,6 @@ TEST(Clock, CounterRunsAtItsRate) {
     EXPECT_LE(counter.QuadPart, now());
 }
 
-TEST(Clock, TicksAreMilliseconds) {
-    LARGE_INTEGER before;
-    LARGE_INTEGER after;
-    QueryPerformanceCounter(&before);
-    const DWORD ticks = GetTickCount();
-    QueryPerformanceCounter(&after);
-    constexpr DWORD kCoarseness = 20;
-    const auto earliest = static_cast<DWORD>(before.QuadPart / 10'000) - kCoarseness;
-    const auto latest = static_cast<DWORD>(after.QuadPart / 10'000);
-    // The differences, as the count wraps.
-    EXPECT_LE(ticks - earliest, latest - earliest);
-}
-
 TEST_F(CalendarTest, LocalTimeGoesThereAndBack) {
     UseZone("CET-1CEST,M3.5.0,M10.5.0/3");
     const __time64_t summer = 1'720'000'000;  // 3 July 2024, 09:46:40 in Greenwich

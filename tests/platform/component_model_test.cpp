@@ -4,7 +4,6 @@
 
 #include <cstring>
 #include <string_view>
-#include <thread>
 
 extern "C" void brevik_CoTaskMemFree(void* block);
 
@@ -38,27 +37,6 @@ TEST(Apartment, OneMoreExitThanEntriesDoesNothing) {
     CoUninitialize();
 }
 
-TEST(Apartment, BelongsToOneThread) {
-    EXPECT_EQ(CoInitialize(nullptr), S_OK);
-    std::thread([] {
-        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-        CoUninitialize();
-    }).join();
-    EXPECT_EQ(CoInitialize(nullptr), S_FALSE);
-    CoUninitialize();
-    CoUninitialize();
-}
-
-TEST(TaskAllocator, GivesABlockOfAnySize) {
-    void* const empty = CoTaskMemAlloc(0);
-    EXPECT_NE(empty, nullptr);
-    CoTaskMemFree(empty);
-    void* const block = CoTaskMemAlloc(100);
-    std::memset(block, 1, 100);
-    brevik_CoTaskMemFree(block);
-    CoTaskMemFree(nullptr);
-}
-
 TEST(CountedText, KnowsItsLength) {
     EXPECT_EQ(SysStringLen(nullptr), 0u);
     SysFreeString(nullptr);
@@ -84,15 +62,6 @@ TEST(CountedText, KnowsItsLength) {
     SysFreeString(text);
     // Its length in bytes would not fit into the prefix.
     EXPECT_EQ(SysAllocStringLen(nullptr, 0x80000000), nullptr);
-}
-
-TEST(Variant, EndsEmpty) {
-    VARIANT variant;
-    VariantInit(&variant);
-    EXPECT_EQ(variant.vt, VT_EMPTY);
-    variant.vt = VT_INT;
-    EXPECT_EQ(VariantClear(&variant), S_OK);
-    EXPECT_EQ(variant.vt, VT_EMPTY);
 }
 
 }  // namespace

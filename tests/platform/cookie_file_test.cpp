@@ -127,16 +127,6 @@ TEST_F(CookieFileOnDisk, AFileOfAnySizeDoesNotFillTheMemory) {
     }
 }
 
-TEST_F(CookieFileOnDisk, ATextThatNobodyCouldReadAgainIsNotWritten) {
-    WriteCookieFile(kRow);
-    const auto grow = [](std::string* text) {
-        text->resize(SharedTextFile::kLongestText + 1, '#');
-        return DWORD{NO_ERROR};
-    };
-    EXPECT_EQ(SharedTextFile(CookieFilePath()).Update(grow), ERROR_INVALID_DATA);
-    EXPECT_TRUE(ReadCookieFile() == kRow);
-}
-
 TEST_F(CookieFileOnDisk, AWriterThatKeepsTheLockDoesNotHoldOthers) {
     ASSERT_TRUE(Set("a=1"));
     const ScopedDescriptor held(open((CookieFilePath() + ".lock").c_str(), O_RDWR));

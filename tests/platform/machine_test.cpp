@@ -38,17 +38,6 @@ mode_t ModeOf(const fs::path& path) {
     return status.st_mode & 07777;
 }
 
-TEST(Machine, HasItsFoldersOnFirstUse) {
-    const fs::path machine = Machine::Current().Folder();
-    EXPECT_EQ(machine, TestMachine::Folder());
-    for (const char* folder :
-         {"drives/c/ProgramData", "drives/c/Program Files/Common Files",
-          "drives/c/Windows/System32", "drives/c/Windows/Temp", "shares", "locks", "users"}) {
-        EXPECT_TRUE(fs::is_directory(machine / folder)) << folder;
-    }
-    EXPECT_EQ(fs::read_symlink(machine / "drives/z"), "/");
-}
-
 TEST(Machine, IsTheOneThatTheEnvironmentNames) {
     if (fs::exists("/var/lib/brevikconfig")) {
         GTEST_SKIP() << "this computer has a machine of its own";
@@ -96,6 +85,19 @@ TEST(Machine, OfAllUsersHasItsModesUnderAnyMask) {
         EXPECT_TRUE(result.output.ends_with("\n755\n755\n755\n1777\n1777\n644\n"))
             << mask << result.output;
     }
+}
+
+TEST(Machine, OfAllUsersThatCannotBeLookedAtIsNotReplacedByAnother) {
+    const char* script =
+        "mount -t tmpfs none /var/lib && ln -s brevikconfig /var/lib/brevikconfig &&"
+        "$0 | head -n 1";
+    const ChildResult result =
+        RunChild({"unshare", "-rm", "sh", "-c", script, kProbe},
+                 {{"BREVIK_MACHINE", ""}, {"HOME", TestMachine::ScratchFolder() / "home"}});
+    if (result.output.empty()) {
+        GTEST_SKIP() << "no mount space can be had";
+    }
+    EXPECT_EQ(result.output, "/dev/null/brevikconfig\n");
 }
 
 TEST(Machine, KeepsWhatSomebodyTookAway) {

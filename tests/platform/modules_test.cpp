@@ -133,6 +133,7 @@ TEST(Modules, AreTakenFromPlacesThatNoOtherUserCanPutThemIn) {
     const fs::path folder = TestMachine::ScratchFolder() / "current";
     Install(kPlain, folder / "planted.dll");
     fs::current_path(folder);
+    setenv("PATH", folder.c_str(), 1);
     fs::permissions(folder, fs::perms(01777));
     EXPECT_EQ(LoadError(u"planted.dll"), 126u);
     fs::permissions(folder, fs::perms(0700));

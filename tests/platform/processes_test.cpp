@@ -17,12 +17,8 @@
 #include "support/child_process.h"
 #include "support/test_machine.h"
 
-namespace {
-
 // How many more allocations of this thread succeed; -1: all of them.
 thread_local int allocations_left = -1;
-
-}  // namespace
 
 [[gnu::noinline]] void* operator new(std::size_t size) {
     void* const block = allocations_left == 0 ? nullptr : std::malloc(size);

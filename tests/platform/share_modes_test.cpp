@@ -11,7 +11,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <random>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -105,22 +104,6 @@ TEST_F(ShareModes, HoldForEveryPairOfHandles) {
                   expected);
         WriteHostFile(folder_ / "file");
     }
-}
-
-TEST_F(ShareModes, HoldBetweenProcesses) {
-    constexpr unsigned kSeed = 20111;
-    std::mt19937 random(kSeed);
-    const std::vector<Mode> modes = AllModes();
-    ChildProcess holder({kHolder});
-    for (int i = 0; i < 300; ++i) {
-        const Mode first = modes[random() % modes.size()];
-        const Mode second = modes[random() % modes.size()];
-        ASSERT_EQ(OpenIn(holder, first), 0);
-        EXPECT_EQ(TryToOpen(second), ExpectedError(first, second)) << Describe(first, second);
-        holder.WriteLine("close");
-        ASSERT_EQ(holder.ReadLine(), "0");
-    }
-    EXPECT_EQ(TryToOpen({kReadWrite, 0}), 0u);
 }
 
 TEST_F(ShareModes, HoldAgainstAnyOfSeveralHolders) {

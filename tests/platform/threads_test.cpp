@@ -47,18 +47,6 @@ TEST(ThreadSlot, RunsOutWithAnErrorOfItsOwn) {
     }
 }
 
-TEST(ThreadSlot, RefusesWhatIsNone) {
-    int value = 0;
-    EXPECT_FALSE(TlsSetValue(TLS_OUT_OF_INDEXES, &value));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    SetLastError(0);
-    EXPECT_FALSE(TlsFree(TLS_OUT_OF_INDEXES));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    SetLastError(0);
-    EXPECT_EQ(TlsGetValue(TLS_OUT_OF_INDEXES), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-}
-
 TEST(LastError, BelongsToOneThread) {
     SetLastError(5);
     std::thread([] {

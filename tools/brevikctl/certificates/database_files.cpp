@@ -52,13 +52,31 @@ std::string ModeText(mode_t mode) {
     return text;
 }
 
-void CheckPlace(const Place& place, mode_t kind, mode_t mode, std::vector<Trouble>* troubles) {
+// A file beside the folder's others, and what becomes of it once it is moved away.
+struct DatabaseFile {
+    const char* name;
+    const char* mend;
+};
+
+constexpr const char* kMakesNewOne = "Move it away; brevikctl machine create makes a new one.";
+constexpr const char* kMadeWhenNeeded = "Move it away; programs make a new one when they need it.";
+constexpr const char* kJournal = "/qzc13.db-journal";
+
+constexpr DatabaseFile kDatabaseFiles[] = {
+    {"/qzc13.db", kMakesNewOne},           {kJournal, kMadeWhenNeeded},
+    {"/qzc13.db-wal", kMadeWhenNeeded},    {"/qzc13.db-shm", kMadeWhenNeeded},
+    {"/qzc13.db.repair", kMadeWhenNeeded},
+};
+
+void CheckPlace(const Place& place, mode_t kind, mode_t mode, const char* mend,
+                std::vector<Trouble>* troubles) {
     const bool isFolder = kind == S_IFDIR;
     const std::string name = Quoted(place.path);
     if (!place.IsOf(kind)) {
         troubles->push_back(
-            {name + " is a symbolic link or no " + (isFolder ? "folder" : "plain file"),
-             "Move it away; brevikctl machine create makes a new one."});
+            {name + " is a symbolic link or no " + (isFolder ? "folder" : "plain file"), mend});
+    } else if (!isFolder && place.status.st_nlink > 1) {
+        troubles->push_back({name + " has another name besides", mend});
     } else if (!place.Has(mode)) {
         troubles->push_back(
             {name + " of " + place.Owner() + " has the mode " + ModeText(place.status.st_mode),
@@ -70,8 +88,7 @@ void CheckPlace(const Place& place, mode_t kind, mode_t mode, std::vector<Troubl
 // Opens a folder or file to every user, and has root take it over where `isTaken`. What others may
 // put in its place meanwhile is never followed.
 void Mend(const Place& place, mode_t kind, mode_t mode, bool isTaken) {
-    const ScopedDescriptor file(
-        open(place.path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const ScopedDescriptor file = OpenDescriptor(place.path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     struct stat status = {};
     const bool isOfKind = file && fstat(file.Get(), &status) == 0 &&
                           (status.st_mode & S_IFMT) == kind &&
@@ -88,13 +105,14 @@ void Mend(const Place& place, mode_t kind, mode_t mode, bool isTaken) {
 
 void CheckDatabaseFiles(std::vector<Trouble>* troubles) {
     const Place folder = Folder();
-    CheckPlace(folder, S_IFDIR, kFolderMode, troubles);
+    CheckPlace(folder, S_IFDIR, kFolderMode, kMakesNewOne, troubles);
     if (!troubles->empty() || !folder.isThere) {
         return;
     }
-    const Place journal(folder.path + "/qzc13.db-journal");
-    CheckPlace(Place(folder.path + "/qzc13.db"), S_IFREG, kFileMode, troubles);
-    CheckPlace(journal, S_IFREG, kFileMode, troubles);
+    for (const DatabaseFile& file : kDatabaseFiles) {
+        CheckPlace(Place(folder.path + file.name), S_IFREG, kFileMode, file.mend, troubles);
+    }
+    const Place journal(folder.path + kJournal);
     if (folder.IsSomebodyElses() && StandsInOpenFolder(folder)) {
         troubles->push_back({Quoted(folder.path) + " belongs to " + folder.Owner() +
                                  ", who can put another file in the database's place",

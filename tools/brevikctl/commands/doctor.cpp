@@ -195,13 +195,13 @@ void CheckCertificates(Troubles* troubles) {
 // Every folder with a sibling library: the one that this program would take, and those of the
 // installed products.
 std::set<std::u16string> SiblingFolders() {
-    std::set<std::u16string> folders = {FindLibraryFolder(kServiceLibrary)};
+    std::set<std::u16string> folders = {FindSpelledLibraryFolder(kServiceLibrary)};
     for (const CertificateEntry& entry : ReadCertificateEntries()) {
         const std::string folder = entry.path.substr(0, entry.path.find_last_of('\\') + 1);
         try {
             if (!folder.empty() &&
                 FileArgument(folder + Utf8FromWide(kServiceLibrary)).IsPresent()) {
-                folders.insert(WideFromUtf8(AsciiToLower(folder.substr(0, folder.size() - 1))));
+                folders.insert(WideFromUtf8(folder.substr(0, folder.size() - 1)));
             }
         } catch (const std::exception&) {
             continue;  // the path is none, which the check of the certificates reports

@@ -21,8 +21,7 @@ namespace {
 }  // namespace
 
 std::string ReadHostBytes(const std::string& hostPath, std::size_t limit) {
-    const ScopedDescriptor file(
-        open(hostPath.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const ScopedDescriptor file(OpenDescriptor(hostPath, O_RDONLY | O_NONBLOCK | O_NOCTTY));
     struct stat status;
     if (!file || fstat(file.Get(), &status) != 0) {
         FailOfSystem(errno, hostPath);
@@ -60,7 +59,7 @@ void WriteHostBytes(const std::string& hostPath, const std::string& bytes) {
 
 void MakePrivateFile(const std::string& hostPath, const std::string& bytes) {
     const ScopedDescriptor file(
-        open(hostPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+        OpenDescriptor(hostPath, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600));
     if (!file || !WriteText(file.Get(), bytes)) {
         const int error = errno;
         if (file) {

@@ -1,6 +1,5 @@
 #include "brevikctl/trace/trace_socket.h"
 
-#include <fcntl.h>
 #include <sys/epoll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
@@ -12,6 +11,7 @@
 
 #include "brevikctl/output/trouble.h"
 
+#include "platform/posix/base/interrupted.h"
 namespace {
 
 // Connections that wait while the receiver is stopped. Each may hold a full queue of packets, so
@@ -56,12 +56,12 @@ pid_t SenderOf(msghdr* message) {
 TraceSocket::TraceSocket(const WCHAR* windowClass, int stop)
     : name_(SocketNameOf(windowClass)), folder_(FolderForSockets()), stop_(stop) {
     const std::string lockName = std::string(name_.data()) + ".lock";
-    lock_ = ScopedDescriptor(openat(folder_.descriptor.Get(), lockName.c_str(),
-                                    O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    lock_ = OpenDescriptor(lockName, O_RDWR | O_CREAT | O_NOFOLLOW, S_IRUSR | S_IWUSR,
+                           folder_.descriptor.Get());
     if (!lock_) {
         FailOfSystem("the file " + folder_.path + "/" + lockName + " cannot be opened");
     }
-    if (flock(lock_.Get(), LOCK_EX | LOCK_NB) != 0) {
+    if (Uninterrupted([&] { return flock(lock_.Get(), LOCK_EX | LOCK_NB); }) != 0) {
         Fail("a viewer of this machine is already running for this user; end it first");
     }
     poller_ = ScopedDescriptor(epoll_create1(EPOLL_CLOEXEC));

@@ -1,8 +1,10 @@
 // Owner of a file descriptor, which is never that of a standard stream.
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <string>
 #include <utility>
 
 #include "platform/types.h"
@@ -43,5 +45,12 @@ class ScopedDescriptor {
   private:
     int descriptor_ = -1;
 };
+
+// Opens a file, relative to a folder if one is given, and closes it in programs that are started.
+// Empty with errno on failure. With the right to write, the numbers of the standard streams are
+// taken first: to move the file away from one afterwards would be too late for what the host
+// prints meanwhile.
+PLATFORM_API ScopedDescriptor OpenDescriptor(const std::string& path, int flags, mode_t mode = 0,
+                                             int folder = AT_FDCWD);
 
 }  // namespace brevik::platform

@@ -1,6 +1,5 @@
 #include "platform/posix/base/shared_text_file.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -9,31 +8,37 @@
 #include <filesystem>
 
 #include "platform/posix/base/host_errors.h"
+#include "platform/posix/base/interrupted.h"
 #include "platform/posix/base/scoped_descriptor.h"
 #include "platform/threads.h"
 
 namespace brevik::platform {
 namespace {
 
-// The place that a path leads to, which need not exist.
-std::string FollowLinks(const std::string& path) {
+// The place that a path leads to, which need not exist. A link that cannot be read at this moment
+// is an error: it would be taken for a file, and replaced.
+DWORD FollowLinks(const std::string& path, std::string* target) {
     constexpr int kMostLinks = 40;
     std::filesystem::path place = path;
     for (int links = 0; links < kMostLinks; ++links) {
         std::error_code error;
-        const std::filesystem::path target = std::filesystem::read_symlink(place, error);
-        if (error) {
-            break;
+        const std::filesystem::path next = std::filesystem::read_symlink(place, error);
+        if (error == std::errc::invalid_argument || error == std::errc::no_such_file_or_directory) {
+            *target = place.string();
+            return NO_ERROR;
         }
-        place = place.parent_path() / target;
+        if (error) {
+            return ErrorFromHost(error.value());
+        }
+        place = place.parent_path() / next;
     }
-    return place.string();
+    return ErrorFromHost(ELOOP);
 }
 
 DWORD ReadFile(const std::string& path, std::string* text) {
     text->clear();
     // Without blocking: a pipe in the file's place must not hold the host.
-    const ScopedDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const ScopedDescriptor file = OpenDescriptor(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     if (!file) {
         return errno == ENOENT ? NO_ERROR : ErrorFromHost(errno);
     }
@@ -47,10 +52,8 @@ DWORD ReadFile(const std::string& path, std::string* text) {
     text->resize(static_cast<std::size_t>(status.st_size));
     std::size_t size = 0;
     while (size < text->size()) {
-        const ssize_t count = read(file.Get(), text->data() + size, text->size() - size);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t count = Uninterrupted(
+            [&] { return read(file.Get(), text->data() + size, text->size() - size); });
         if (count < 0) {
             return ErrorFromHost(errno);
         }
@@ -65,11 +68,12 @@ DWORD ReadFile(const std::string& path, std::string* text) {
 
 bool WriteAll(int descriptor, const std::string& text) {
     for (std::size_t written = 0; written < text.size();) {
-        const ssize_t count = write(descriptor, text.data() + written, text.size() - written);
-        if (count < 0 && errno != EINTR) {
+        const ssize_t count = Uninterrupted(
+            [&] { return write(descriptor, text.data() + written, text.size() - written); });
+        if (count < 0) {
             return false;
         }
-        written += count < 0 ? 0 : static_cast<std::size_t>(count);
+        written += static_cast<std::size_t>(count);
     }
     return true;
 }
@@ -80,13 +84,13 @@ DWORD ReplaceFile(const std::string& path, const std::string& text, mode_t mode)
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
     const std::string newPath = path + ".new";
     unlink(newPath.c_str());
-    const ScopedDescriptor file(
-        open(newPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    const ScopedDescriptor file = OpenDescriptor(newPath, O_WRONLY | O_CREAT | O_EXCL, mode);
     if (!file) {
         return errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorFromHost(errno);
     }
     // The mode again: a new file's lacks what the umask takes away.
-    if (!WriteAll(file.Get(), text) || fchmod(file.Get(), mode) != 0 || fsync(file.Get()) != 0 ||
+    if (!WriteAll(file.Get(), text) || fchmod(file.Get(), mode) != 0 ||
+        Uninterrupted([&] { return fsync(file.Get()); }) != 0 ||
         std::rename(newPath.c_str(), path.c_str()) != 0) {
         const int failure = errno;
         unlink(newPath.c_str());
@@ -102,29 +106,37 @@ DWORD SharedTextFile::Read(std::string* text) const {
 }
 
 DWORD SharedTextFile::Update(const std::function<DWORD(std::string* text)>& change) const {
-    WriteLock lock;
-    const DWORD error = Lock(&lock);
-    return error == NO_ERROR ? UpdateLocked(change) : error;
+    LockedTextFile file;
+    const DWORD error = file.Lock(*this);
+    return error == NO_ERROR ? file.Update(change) : error;
 }
 
-DWORD SharedTextFile::Lock(WriteLock* lock) const {
-    return path_.empty() ? ERROR_PATH_NOT_FOUND : lock->Take(FollowLinks(path_));
+DWORD LockedTextFile::Lock(const SharedTextFile& file) {
+    if (file.path_.empty()) {
+        return ERROR_PATH_NOT_FOUND;
+    }
+    mode_ = file.mode_;
+    const DWORD error = FollowLinks(file.path_, &path_);
+    return error == NO_ERROR ? lock_.Take(path_) : error;
 }
 
-DWORD SharedTextFile::UpdateLocked(const std::function<DWORD(std::string* text)>& change) const {
-    const std::string path = FollowLinks(path_);
+DWORD LockedTextFile::Read(std::string* text) const {
+    return ReadFile(path_, text);
+}
+
+DWORD LockedTextFile::Update(const std::function<DWORD(std::string* text)>& change) const {
     std::string before;
-    if (const DWORD error = ReadFile(path, &before); error != NO_ERROR) {
+    if (const DWORD error = Read(&before); error != NO_ERROR) {
         return error;
     }
     std::string after = before;
     if (const DWORD error = change(&after); error != NO_ERROR) {
         return error;
     }
-    if (after.size() > kLongestText) {
+    if (after.size() > SharedTextFile::kLongestText) {
         return ERROR_INVALID_DATA;
     }
-    return after == before ? NO_ERROR : ReplaceFile(path, after, mode_);
+    return after == before ? NO_ERROR : ReplaceFile(path_, after, mode_);
 }
 
 }  // namespace brevik::platform

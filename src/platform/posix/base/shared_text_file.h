@@ -46,13 +46,29 @@ class PLATFORM_API SharedTextFile {
     // text is longer than the longest text, 112 for a full disk, and others of the host.
     DWORD Update(const std::function<DWORD(std::string* text)>& change) const;
 
-    // The same in several steps: what is read between Lock and the change is what it changes.
-    DWORD Lock(WriteLock* lock) const;
-    DWORD UpdateLocked(const std::function<DWORD(std::string* text)>& change) const;
+  private:
+    friend class LockedTextFile;
+
+    std::string path_;
+    mode_t mode_;
+};
+
+// An update in several steps: what is read after Lock is what is changed. Links are followed once,
+// so that the file which is replaced is the one that is locked. One thread.
+class PLATFORM_API LockedTextFile {
+  public:
+    // Until the object ends. The errors are those of an update, and 1921 for links in a circle.
+    // REQUIRES: it has not been called.
+    DWORD Lock(const SharedTextFile& file);
+
+    // REQUIRES: the lock.
+    DWORD Read(std::string* text) const;
+    DWORD Update(const std::function<DWORD(std::string* text)>& change) const;
 
   private:
     std::string path_;
-    mode_t mode_;
+    mode_t mode_ = 0;
+    WriteLock lock_;
 };
 
 }  // namespace brevik::platform

@@ -1,6 +1,5 @@
 #include "platform/posix/base/write_lock.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
@@ -13,6 +12,7 @@
 
 #include "platform/never_destroyed.h"
 #include "platform/posix/base/host_errors.h"
+#include "platform/posix/base/interrupted.h"
 
 namespace brevik::platform {
 namespace {
@@ -98,9 +98,8 @@ DWORD WriteLock::Take(const std::string& path) {
     if (!isFirst_) {
         return ERROR_SHARING_VIOLATION;
     }
-    file_ = ScopedDescriptor(open((path + ".lock").c_str(),
-                                  O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
-                                  S_IRUSR | S_IWUSR));
+    file_ = OpenDescriptor(path + ".lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK,
+                           S_IRUSR | S_IWUSR);
     if (!file_) {
         return errno == ENOENT ? ERROR_PATH_NOT_FOUND : ErrorFromHost(errno);
     }
@@ -125,10 +124,11 @@ DWORD WriteLock::WaitForOtherProcesses(Clock::time_point begin) {
     bool isNext = false;
     for (auto pause = kShortestPause;; pause = std::min(2 * pause, kLongestPause)) {
         isNext = isNext || SetQueueLock(F_WRLCK) || Clock::now() >= courtesyEnd;
-        if (isNext && flock(file_.Get(), LOCK_EX | LOCK_NB) == 0) {
+        const auto tryLock = [&] { return flock(file_.Get(), LOCK_EX | LOCK_NB); };
+        if (isNext && Uninterrupted(tryLock) == 0) {
             return NO_ERROR;
         }
-        if (isNext && errno != EWOULDBLOCK && errno != EINTR) {
+        if (isNext && errno != EWOULDBLOCK) {
             return ErrorFromHost(errno);
         }
         if (const timespec touch = LastTouch(file_.Get()); touch != lastTouch) {
@@ -148,7 +148,8 @@ bool WriteLock::SetQueueLock(int type) const {
     range.l_type = static_cast<short>(type);
     range.l_whence = SEEK_SET;
     range.l_len = 1;
-    return fcntl(file_.Get(), F_OFD_SETLK, &range) == 0 || (errno != EAGAIN && errno != EACCES);
+    return Uninterrupted([&] { return fcntl(file_.Get(), F_OFD_SETLK, &range); }) == 0 ||
+           (errno != EAGAIN && errno != EACCES);
 }
 
 }  // namespace brevik::platform

@@ -14,13 +14,8 @@
 namespace brevik::platform {
 namespace {
 
-struct LockedStore {
-    SharedTextFile file{CookieFilePath()};
-    WriteLock lock;
-};
-
 // Of the thread that called LockCookieStore, until it unlocks.
-thread_local LockedStore* lockedStore = nullptr;
+thread_local LockedTextFile* lockedStore = nullptr;
 
 BOOL Answer(DWORD error) {
     if (error != NO_ERROR) {
@@ -36,9 +31,9 @@ DWORD FindCookies(const char* url, std::string* cookies) {
         return error;
     }
     std::string text;
-    const SharedTextFile store =
-        lockedStore != nullptr ? lockedStore->file : SharedTextFile(CookieFilePath());
-    if (const DWORD error = store.Read(&text); error != NO_ERROR) {
+    const DWORD error = lockedStore != nullptr ? lockedStore->Read(&text)
+                                               : SharedTextFile(CookieFilePath()).Read(&text);
+    if (error != NO_ERROR) {
         return error;
     }
     *cookies = CookieFile(text).CookiesFor(parts, std::time(nullptr));
@@ -83,13 +78,14 @@ BOOL InternetSetCookieA(const char* url, const char* name, const char* data) {
         *text = file.Text();
         return error;
     };
-    return Answer(lockedStore != nullptr ? lockedStore->file.UpdateLocked(change)
+    return Answer(lockedStore != nullptr ? lockedStore->Update(change)
                                          : SharedTextFile(CookieFilePath()).Update(change));
 }
 
 BOOL LockCookieStore() {
-    auto locked = std::make_unique<LockedStore>();
-    if (const DWORD error = locked->file.Lock(&locked->lock); error != NO_ERROR) {
+    auto locked = std::make_unique<LockedTextFile>();
+    const DWORD error = locked->Lock(SharedTextFile(CookieFilePath()));
+    if (error != NO_ERROR) {
         return Answer(error);
     }
     lockedStore = locked.release();

@@ -93,7 +93,7 @@ DWORD MakeInPlace(const std::string& path, OtherUsersRights rights) {
 
 DWORD GrantToOthers(const std::string& path, OtherUsersRights rights) {
     // Without blocking, so that a pipe is not waited for.
-    const ScopedDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const ScopedDescriptor file = OpenDescriptor(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     return file ? Grant(file.Get(), rights) : ErrorFromHost(errno);
 }
 

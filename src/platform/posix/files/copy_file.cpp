@@ -15,6 +15,7 @@
 #include "platform/files.h"
 #include "platform/handles.h"
 #include "platform/posix/base/file_stamp.h"
+#include "platform/posix/base/interrupted.h"
 #include "platform/posix/base/last_error.h"
 #include "platform/posix/files/file_attributes.h"
 #include "platform/posix/files/open_file.h"
@@ -100,8 +101,10 @@ class ContentCopy {
         if (hostCopies_) {
             off_t from = place;
             off_t to = place;
-            const ssize_t done =
-                copy_file_range(source_, &from, target_, &to, static_cast<std::size_t>(count), 0);
+            const ssize_t done = Uninterrupted([&] {
+                return copy_file_range(source_, &from, target_, &to,
+                                       static_cast<std::size_t>(count), 0);
+            });
             if (done > 0) {
                 return done;
             }
@@ -116,18 +119,17 @@ class ContentCopy {
         if (!block_) {
             block_ = std::make_unique_for_overwrite<char[]>(kBlock);
         }
-        ssize_t length;
-        do {
-            length = pread(source_, block_.get(), static_cast<std::size_t>(count), place);
-        } while (length < 0 && errno == EINTR);
+        const ssize_t length = Uninterrupted(
+            [&] { return pread(source_, block_.get(), static_cast<std::size_t>(count), place); });
         for (ssize_t written = 0; written < length;) {
-            const ssize_t part =
-                pwrite(target_, block_.get() + written, static_cast<std::size_t>(length - written),
-                       place + written);
-            if (part < 0 && errno != EINTR) {
+            const ssize_t part = Uninterrupted([&] {
+                return pwrite(target_, block_.get() + written,
+                              static_cast<std::size_t>(length - written), place + written);
+            });
+            if (part < 0) {
                 return -1;
             }
-            written += std::max<ssize_t>(part, 0);
+            written += part;
         }
         return length;
     }

@@ -97,7 +97,7 @@ Attempt OpenExisting(const HostFile& file, const Opening& opening) {
         return Failed(refusal);
     }
     const bool isFolder = S_ISDIR(file.status.st_mode);
-    ScopedDescriptor descriptor(open(file.path.c_str(), HostFlags(opening.access, isFolder)));
+    ScopedDescriptor descriptor = OpenDescriptor(file.path, HostFlags(opening.access, isFolder));
     if (!descriptor) {
         return {ErrorFromHost(errno), errno == ENOENT, nullptr};
     }
@@ -114,7 +114,7 @@ Attempt OpenExisting(const HostFile& file, const Opening& opening) {
 Attempt MakeFile(const HostFile& file, const Opening& opening) {
     // Nothing can be made through a descriptor that gives access to the status alone.
     const int flags = HostFlags(opening.access | GENERIC_WRITE, false) | O_CREAT | O_EXCL;
-    ScopedDescriptor descriptor(open(file.path.c_str(), flags, 0666));
+    ScopedDescriptor descriptor = OpenDescriptor(file.path, flags, 0666);
     struct stat status;
     if (descriptor && fstat(descriptor.Get(), &status) == 0) {
         return Finish(std::move(descriptor), status, opening);

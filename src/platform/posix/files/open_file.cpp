@@ -9,6 +9,7 @@
 #include <cerrno>
 
 #include "platform/posix/base/host_errors.h"
+#include "platform/posix/base/interrupted.h"
 #include "platform/posix/base/last_error.h"
 #include "platform/threads.h"
 
@@ -29,15 +30,14 @@ bool HasRoomFor(int descriptor, std::int64_t growth) {
 template <typename Step>
 DWORD Transfer(DWORD count, DWORD* done, Step step) {
     while (*done < count) {
-        const ssize_t part = step();
+        const ssize_t part = Uninterrupted(step);
         if (part == 0) {
             break;
         }
-        if (part > 0) {
-            *done += static_cast<DWORD>(part);
-        } else if (errno != EINTR) {
+        if (part < 0) {
             return ErrorFromHost(errno);
         }
+        *done += static_cast<DWORD>(part);
     }
     return NO_ERROR;
 }
@@ -97,7 +97,7 @@ DWORD OpenFile::SetSize(std::int64_t size) {
         return ERROR_DISK_FULL;
     }
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
-    return ErrorOf(ftruncate(Descriptor(), size));
+    return ErrorOf(Uninterrupted([&] { return ftruncate(Descriptor(), size); }));
 }
 
 DWORD OpenFile::SetEnd() {
@@ -107,7 +107,7 @@ DWORD OpenFile::SetEnd() {
 
 ScopedDescriptor OpenFile::Duplicate() {
     const std::lock_guard lock(mutex_);
-    ScopedDescriptor copy(fcntl(Descriptor(), F_DUPFD_CLOEXEC, 0));
+    ScopedDescriptor copy(fcntl(Descriptor(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     if (copy && lseek(copy.Get(), position_, SEEK_SET) < 0) {
         copy.Close();
     }

@@ -18,6 +18,7 @@
 #include "platform/never_destroyed.h"
 #include "platform/posix/base/file_stamp.h"
 #include "platform/posix/base/host_errors.h"
+#include "platform/posix/base/interrupted.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/paths/scoped_folder.h"
 
@@ -112,13 +113,14 @@ struct flock LockOf(int type, off_t start, off_t length) {
 // without such locks enforces nothing.
 bool FindLock(int file, struct flock& lock) {
     lock.l_pid = 0;
-    return fcntl(file, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+    return Uninterrupted([&] { return fcntl(file, F_OFD_GETLK, &lock); }) == 0 &&
+           lock.l_type != F_UNLCK;
 }
 
 // NO_ERROR also where the host's file system has no locks.
 DWORD SetLock(int file, int type, off_t start, off_t length) {
     struct flock lock = LockOf(type, start, length);
-    if (fcntl(file, F_OFD_SETLK, &lock) == 0) {
+    if (Uninterrupted([&] { return fcntl(file, F_OFD_SETLK, &lock); }) == 0) {
         return NO_ERROR;
     }
     return errno == EAGAIN || errno == EACCES ? ERROR_SHARING_VIOLATION : NO_ERROR;
@@ -151,8 +153,8 @@ std::string LockFilePath(dev_t device, std::uint64_t highBits) {
     return highBits == 0 ? path : path + '-' + std::to_string(highBits);
 }
 
-int OpenPath(const std::string& path, int flags, mode_t mode = 0) {
-    return open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, mode);
+ScopedDescriptor OpenPath(const std::string& path, int flags, mode_t mode = 0) {
+    return OpenDescriptor(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK | flags, mode);
 }
 
 // Makes a lock file that is missing, open to all that may write in its folder.
@@ -164,12 +166,12 @@ ScopedDescriptor MakeLockFile(const std::string& path) {
         return {};
     }
     const mode_t mode = status.st_mode & 0666;
-    ScopedDescriptor file(OpenPath(path, O_CREAT | O_EXCL, mode));
+    ScopedDescriptor file = OpenPath(path, O_CREAT | O_EXCL, mode);
     if (file) {
         fchmod(file.Get(), mode);
         return file;
     }
-    return errno == EEXIST ? ScopedDescriptor(OpenPath(path, 0)) : ScopedDescriptor();
+    return errno == EEXIST ? OpenPath(path, 0) : ScopedDescriptor();
 }
 
 // Whether the host can open nothing at all at the moment, and not just this file.
@@ -231,7 +233,7 @@ DWORD ShareMode::OpenLockFile(const struct stat& file) {
         return NO_ERROR;
     }
     const std::string path = LockFilePath(file.st_dev, highBits);
-    ScopedDescriptor opened(OpenPath(path, 0));
+    ScopedDescriptor opened = OpenPath(path, 0);
     if (!opened && errno == ENOENT) {
         opened = MakeLockFile(path);
     }
@@ -358,7 +360,7 @@ void AddOpenFiles(int file, std::uint64_t highBits, OpenFiles which, FileNumbers
 FileNumbers OpenFilesOf(dev_t device, OpenFiles which) {
     FileNumbers numbers;
     for (std::uint64_t highBits = 0; highBits >> (64 - kNumberBits) == 0; ++highBits) {
-        const ScopedDescriptor file(OpenPath(LockFilePath(device, highBits), 0));
+        const ScopedDescriptor file = OpenPath(LockFilePath(device, highBits), 0);
         if (file) {
             AddOpenFiles(file.Get(), highBits, which, numbers);
         }
@@ -368,8 +370,7 @@ FileNumbers OpenFilesOf(dev_t device, OpenFiles which) {
 
 // Null for what is no folder of the device itself.
 ScopedFolder OpenFolder(const std::string& path, int flags, dev_t device) {
-    ScopedDescriptor folder(
-        open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | flags));
+    ScopedDescriptor folder = OpenDescriptor(path, O_RDONLY | O_DIRECTORY | O_NONBLOCK | flags);
     struct stat status;
     if (!folder || fstat(folder.Get(), &status) != 0 || status.st_dev != device) {
         return nullptr;

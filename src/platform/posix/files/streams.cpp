@@ -20,7 +20,7 @@ std::FILE* _wfopen(const WCHAR* path, const WCHAR*) {
     }
     // A pipe without a partner is opened at once, and not waited for.
     constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-    ScopedDescriptor descriptor(open(file.path.c_str(), kFlags));
+    ScopedDescriptor descriptor = OpenDescriptor(file.path, kFlags);
     std::FILE* stream = descriptor ? fdopen(descriptor.Get(), "r") : nullptr;
     if (stream != nullptr) {
         descriptor.Release();

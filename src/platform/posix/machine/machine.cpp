@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <initializer_list>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -16,6 +18,9 @@
 
 #include "platform/posix/base/environment.h"
 #include "platform/posix/base/made_once.h"
+#include "platform/posix/base/scoped_descriptor.h"
+#include "platform/posix/machine/executables.h"
+#include "platform/posix/machine/trusted_places.h"
 
 namespace brevik::platform {
 namespace {
@@ -72,14 +77,16 @@ std::string WithoutTrailingSlashes(std::string path) {
     return path;
 }
 
-// Throws std::system_error for an error of the host that may pass, such as EMFILE or ENOSPC.
-void RequireLasting(int error) {
-    for (int lasting : {0, ENOENT, ENOTDIR, EACCES, EPERM, EROFS, ELOOP, ENAMETOOLONG}) {
-        if (error == lasting) {
-            return;
-        }
+// Throws std::system_error for an error of the host that is none of these: it may pass.
+void RequireOneOf(std::initializer_list<int> lasting, int error) {
+    if (std::ranges::find(lasting, error) == lasting.end()) {
+        throw std::system_error(error, std::generic_category());
     }
-    throw std::system_error(error, std::generic_category());
+}
+
+// Such as EMFILE or ENOSPC may pass.
+void RequireLasting(int error) {
+    RequireOneOf({0, ENOENT, ENOTDIR, EACCES, EPERM, EROFS, ELOOP, ENAMETOOLONG}, error);
 }
 
 struct UserEntry {
@@ -87,15 +94,10 @@ struct UserEntry {
     std::string home;
 };
 
-// The ways in which the C library says that there is no such row. With any other error it has not
-// been able to look, whatever stood in the way.
-bool MeansNoRow(int error) {
-    return error == 0 || error == ENOENT || error == ESRCH || error == EBADF || error == EPERM;
-}
-
 // The effective user's row of the password database. Throws std::system_error when it cannot be
 // read at this moment.
 std::optional<UserEntry> FindUser() {
+    TakeStandardStreams();  // the C library opens files and sockets for it
     std::vector<char> buffer(1024);
     for (;;) {
         passwd row;
@@ -103,12 +105,11 @@ std::optional<UserEntry> FindUser() {
         const int error = getpwuid_r(geteuid(), &row, buffer.data(), buffer.size(), &found);
         if (error == ERANGE && buffer.size() < (1u << 20)) {
             buffer.resize(buffer.size() * 2);
-        } else if (error == 0 && found != nullptr) {
-            return UserEntry{row.pw_name, row.pw_dir};
-        } else if (MeansNoRow(error)) {
-            return std::nullopt;
         } else {
-            throw std::system_error(error, std::generic_category());
+            // These say that there is no such row; with another one it could not be looked for.
+            RequireOneOf({0, ENOENT, ESRCH}, error);
+            return found != nullptr ? std::optional(UserEntry{row.pw_name, row.pw_dir})
+                                    : std::nullopt;
         }
     }
 }
@@ -144,6 +145,15 @@ std::string OwnDataFolder() {
                : std::string();
 }
 
+// A privileged program goes by the machine of the user whose program it is, and never by that of
+// one who can merely start it.
+bool IsUsersProgram() {
+    const ProcessRights rights = CurrentRights();
+    struct stat program;
+    return !rights.isPrivileged ||
+           (StatExecutableOf(getpid(), &program) && program.st_uid == rights.user);
+}
+
 // The machine of all users has the modes that the documents promise, whatever mask it was made
 // under. What a link leads to is no part of the machine.
 void SetMode(const std::string& path, bool forEveryUser) {
@@ -168,8 +178,9 @@ MachinePlace FindPlace() {
     if (IsFolder(kSystemMachine)) {
         return {kSystemMachine, true};
     }
-    RequireLasting(errno);
-    const std::string data = OwnDataFolder();
+    // One that may be there is not passed over: it would part what the user's programs keep.
+    RequireOneOf({0, ENOENT, ENOTDIR}, errno);
+    const std::string data = IsUsersProgram() ? OwnDataFolder() : std::string();
     return {data.empty() ? kNowhere : data + "/brevikconfig", false, 0700};
 }
 

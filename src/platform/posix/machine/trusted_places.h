@@ -4,6 +4,8 @@
 
 #include <sys/stat.h>
 
+#include <string>
+
 #include "platform/types.h"
 
 namespace brevik::platform {
@@ -19,9 +21,14 @@ struct ProcessRights {
 
 ProcessRights CurrentRights();
 
-// Whether the current folder counts: root or the user owns it, and nobody else may write to it. In
-// a privileged process it never does, since whoever started the process chose it.
+// Whether a folder counts that is not the host's own, such as the current one: root or the user
+// owns it, and nobody else may write to it. A file or link in it is there because one of them put
+// it there. In a privileged process it never does, since whoever started the process chose it.
 PLATFORM_API bool MayHoldLibraries(const ProcessRights& rights, const struct stat& folder);
+
+// Whether the folder of a privileged program counts, which has an absolute path without links:
+// nobody but root and the program's owner can put anything there, or another folder in its place.
+PLATFORM_API bool MayHoldLibraries(const std::string& folder, const struct stat& program);
 
 // Whether the folder of the program that started this one counts: root or the user owns the
 // program. In a privileged process it never does.

@@ -1,7 +1,6 @@
 #include "platform/database_library.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -11,6 +10,7 @@
 #include <string_view>
 
 #include "platform/posix/base/host_errors.h"
+#include "platform/posix/base/interrupted.h"
 #include "platform/posix/base/made_once.h"
 #include "platform/posix/base/scoped_descriptor.h"
 #include "platform/posix/paths/paths.h"
@@ -99,8 +99,7 @@ bool IsGuarded(const char* path) {
 
 // Opens a file that was looked at before: others may have put a link there since.
 int OpenUnlinked(const char* path, int flags, mode_t mode) {
-    TakeStandardStreams();
-    ScopedDescriptor file(open(path, flags | O_NOFOLLOW | O_NONBLOCK, mode));
+    ScopedDescriptor file = OpenDescriptor(path, flags | O_NOFOLLOW | O_NONBLOCK, mode);
     struct stat status;
     if (file && (fstat(file.Get(), &status) != 0 || !MayBeUsed(path, status, S_IFREG))) {
         file.Close();
@@ -187,8 +186,9 @@ BOOL EmptySharedFile(const WCHAR* path) {
     if (file.error != NO_ERROR) {
         return Fail(file.error);
     }
-    const ScopedDescriptor opened(OpenUnlinked(file.path.c_str(), O_WRONLY | O_CLOEXEC, 0));
-    return opened && ftruncate(opened.Get(), 0) == 0 ? TRUE : Fail(ErrorFromHost(errno));
+    const ScopedDescriptor opened(OpenUnlinked(file.path.c_str(), O_WRONLY, 0));
+    const bool isEmptied = opened && Uninterrupted([&] { return ftruncate(opened.Get(), 0); }) == 0;
+    return isEmptied ? TRUE : Fail(ErrorFromHost(errno));
 }
 
 BOOL MakeSharedFile(const WCHAR* path) {
@@ -197,8 +197,7 @@ BOOL MakeSharedFile(const WCHAR* path) {
         return Fail(file.error == NO_ERROR ? ERROR_FILE_EXISTS : file.error);
     }
     constexpr mode_t everybody = 0666;
-    const ScopedDescriptor made(
-        open(file.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, everybody));
+    const ScopedDescriptor made = OpenDescriptor(file.path, O_WRONLY | O_CREAT | O_EXCL, everybody);
     if (!made) {
         return Fail(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromHost(errno));
     }

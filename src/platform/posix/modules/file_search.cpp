@@ -1,15 +1,17 @@
 #include "platform/posix/modules/file_search.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <optional>
 #include <sstream>
 
 #include "platform/folders.h"
+#include "platform/modules.h"
 #include "platform/posix/base/environment.h"
 #include "platform/posix/base/last_error.h"
+#include "platform/posix/machine/executables.h"
 #include "platform/posix/machine/trusted_places.h"
-#include "platform/posix/modules/executables.h"
 #include "platform/posix/paths/current_folder.h"
 #include "platform/posix/paths/folder_index.h"
 #include "platform/posix/paths/paths.h"
@@ -22,6 +24,12 @@ namespace {
 bool IsRegularFile(const std::string& path) {
     struct stat status;
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool IsAt(const std::string& path, const struct stat& file) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && status.st_dev == file.st_dev &&
+           status.st_ino == file.st_ino;
 }
 
 // Path of the regular file of this name in a folder that stat has just told of; else empty.
@@ -37,6 +45,19 @@ std::string FindIn(const std::string& folder, const struct stat& status, const F
 std::string FindIn(const std::string& folder, const FoldedName& name) {
     struct stat status;
     return stat(folder.c_str(), &status) == 0 ? FindIn(folder, status, name) : std::string();
+}
+
+// Path of the host's folder; empty where it cannot be had, and in a privileged process where other
+// users can change what lies there.
+std::string HostFolder() {
+    const std::string host = HostExecutable();
+    std::string folder = host.substr(0, host.rfind('/') + 1);
+    struct stat program;
+    const bool isTaken =
+        !folder.empty() && (!CurrentRights().isPrivileged ||
+                            (StatExecutableOf(getpid(), &program) &&
+                             MayHoldLibraries(folder.substr(0, folder.size() - 1), program)));
+    return isTaken ? folder : std::string();
 }
 
 std::string FindInSystemFolders(const FoldedName& name) {
@@ -66,10 +87,13 @@ std::string FindInCurrentFolder(const FoldedName& name) {
 std::string FindInPath(const FoldedName& name) {
     const char* variable = EnvironmentVariable("PATH");
     std::istringstream path(variable != nullptr ? variable : "");
+    const ProcessRights rights = CurrentRights();
     std::string found;
     for (std::string folder; found.empty() && std::getline(path, folder, ':');) {
-        if (folder.starts_with('/')) {
-            found = FindIn(folder, name);
+        struct stat status;
+        if (folder.starts_with('/') && stat(folder.c_str(), &status) == 0 &&
+            MayHoldLibraries(rights, status)) {
+            found = FindIn(folder, status, name);
         }
     }
     return found;
@@ -94,6 +118,18 @@ std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_vie
     return result;
 }
 
+bool MayHoldLibraries(const WCHAR* folder) {
+    const HostFile found = FindFile(folder);
+    return found.error == NO_ERROR &&
+           (MayHoldLibraries(CurrentRights(), found.status) || IsAt(HostFolder(), found.status));
+}
+
+std::u16string PathLeadingTo(const std::string& hostPath) {
+    std::u16string path = WindowsPath(hostPath);
+    const HostFile file = FindFile(PlaceOf(path));
+    return file.error == NO_ERROR && IsAt(hostPath, file.status) ? path : std::u16string();
+}
+
 std::string FindRegularFile(std::u16string_view path) {
     const HostFile file = FindFile(PlaceOf(path));
     const bool isRegular = file.error == NO_ERROR && S_ISREG(file.status.st_mode);
@@ -104,8 +140,7 @@ std::string FindInSystemOrder(std::u16string_view bareName) {
     if (!IsValidName(bareName)) {
         return {};
     }
-    const std::string host = HostExecutable();
-    const std::string hostFolder = host.substr(0, host.find_last_of('/') + 1);
+    const std::string hostFolder = HostFolder();
     const FoldedName name(Utf8FromWide(bareName));
     std::string found = hostFolder.empty() ? std::string() : FindIn(hostFolder, name);
     if (found.empty()) {

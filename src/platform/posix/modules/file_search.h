@@ -20,9 +20,13 @@ std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_vie
 std::string FindRegularFile(std::u16string_view path);
 
 // Host path of the first regular file of this name in the host's folder, C:\Windows\System32,
-// C:\Windows, the current folder, where that may hold libraries (see trusted_places.h), and the
-// folders of PATH, which are the host's own; entries that are relative are passed over, and so is
-// all of PATH in a set-user-id process. Empty when there is none.
+// C:\Windows, the current folder, and the folders of PATH, which are the host's own; of all but the
+// second and third only where they may hold libraries (see trusted_places.h), and of PATH no entry
+// that is relative. Empty when there is none.
 std::string FindInSystemOrder(std::u16string_view bareName);
+
+// The path of a file on the host; empty where what comes out leads to another one, since no path
+// can spell its name.
+std::u16string PathLeadingTo(const std::string& hostPath);
 
 }  // namespace brevik::platform

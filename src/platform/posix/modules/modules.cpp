@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "platform/never_destroyed.h"
-#include "platform/posix/modules/executables.h"
+#include "platform/posix/machine/executables.h"
 #include "platform/posix/modules/file_search.h"
 #include "platform/posix/modules/system_modules.h"
 #include "platform/posix/paths/paths.h"
@@ -25,7 +25,7 @@
 
 namespace brevik::platform {
 
-// A library that LoadLibraryExW loaded, or the host.
+// A library that LoadLibraryExW loaded.
 struct ModuleHandle {
     void* library = nullptr;  // of dlopen; holds one reference
     std::u16string path;
@@ -56,9 +56,11 @@ bool IsNamed(std::u16string_view path, std::u16string_view name) {
     return Upper(IsBareName(name) ? LastPart(path) : path) == Upper(name);
 }
 
+// The host's handle is an address that no library has; nothing stands behind it.
+constinit char hostModule = 0;
+
 HMODULE HostModule() {
-    static NeverDestroyed<ModuleHandle> host;
-    return &*host;
+    return reinterpret_cast<HMODULE>(&hostModule);
 }
 
 // The libraries that are loaded. No library is loaded or unloaded under the lock, since their

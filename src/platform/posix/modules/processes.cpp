@@ -10,8 +10,8 @@
 #include <string>
 
 #include "platform/posix/base/handle.h"
+#include "platform/posix/machine/executables.h"
 #include "platform/posix/machine/trusted_places.h"
-#include "platform/posix/modules/executables.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/posix/text/text_buffer.h"
 

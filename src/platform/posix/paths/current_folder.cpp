@@ -102,12 +102,16 @@ BOOL SetCurrentDirectoryW(const WCHAR* path) {
     if (!S_ISDIR(folder.status.st_mode)) {
         return Fail(ERROR_DIRECTORY);
     }
+    // Nothing is to need memory after the change.
+    const std::unique_ptr<char, decltype(&free)> real(realpath(folder.path.c_str(), nullptr),
+                                                      &free);
+    std::string hostPath = real ? real.get() : "";
+    SpelledFolder& spelled = Spelled();
     if (chdir(folder.path.c_str()) != 0) {
         return Fail(ErrorFromHost(errno));
     }
-    SpelledFolder& spelled = Spelled();
     const std::lock_guard lock(spelled.mutex);
-    spelled.hostPath = HostCurrentFolder();
+    spelled.hostPath = std::move(hostPath);
     spelled.spelling = std::move(spelling);
     return TRUE;
 }

@@ -76,4 +76,7 @@ PLATFORM_API HostFile FindFile(std::u16string_view path);
 // can spell, ill-formed UTF-8 and backslashes in names, becomes U+FFFD.
 PLATFORM_API std::u16string WindowsPath(std::string_view hostPath);
 
+// Of this process's executable; empty when it cannot be read. Once had, it is not asked for again.
+std::u16string HostExecutableWindowsPath();
+
 }  // namespace brevik::platform

@@ -14,7 +14,9 @@
 #include <vector>
 
 #include "platform/never_destroyed.h"
+#include "platform/posix/base/made_once.h"
 #include "platform/posix/base/stamped.h"
+#include "platform/posix/machine/executables.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/posix/paths/scoped_folder.h"
@@ -142,6 +144,15 @@ std::u16string WindowsPath(std::string_view hostPath) {
         }
     }
     return {};
+}
+
+std::u16string HostExecutableWindowsPath() {
+    static constinit MadeOnce<std::u16string> kept;
+    if (const std::u16string* path = kept.Find()) {
+        return *path;
+    }
+    std::u16string path = WindowsPath(HostExecutable());
+    return path.empty() || !Machine::Current().IsKnown() ? path : kept.Keep(std::move(path));
 }
 
 }  // namespace brevik::platform

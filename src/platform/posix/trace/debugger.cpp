@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "platform/posix/base/environment.h"
+#include "platform/posix/base/interrupted.h"
 #include "platform/posix/base/scoped_descriptor.h"
 #include "platform/threads.h"
 
@@ -47,8 +48,8 @@ bool IsPipe(int file) {
 
 int OpenFile(const char* path) {
     // Not to wait for the reader of a named pipe: one that has none is nobody.
-    ScopedDescriptor file(
-        open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0600));
+    ScopedDescriptor file =
+        OpenDescriptor(path, O_WRONLY | O_APPEND | O_CREAT | O_NOCTTY | O_NONBLOCK, 0600);
     if (!file) {
         return kNobody;
     }
@@ -69,7 +70,7 @@ void Write(int file, std::string_view text) {
     const HeldSignal quiet(listenerIsPipe ? SIGPIPE : SIGXFSZ,
                            listenerIsPipe || IsFileSizeLimited());
     while (!text.empty()) {
-        const ssize_t count = write(file, text.data(), text.size());
+        const ssize_t count = Uninterrupted([&] { return write(file, text.data(), text.size()); });
         if (count >= 0) {
             text.remove_prefix(static_cast<std::size_t>(count));
         } else if (errno == EAGAIN) {
@@ -78,7 +79,7 @@ void Write(int file, std::string_view text) {
         } else if (errno == EPIPE) {
             listener.store(kNobody, std::memory_order_release);  // its reader is gone for good
             return;
-        } else if (errno != EINTR) {
+        } else {
             return;
         }
     }

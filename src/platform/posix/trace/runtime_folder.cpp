@@ -1,6 +1,5 @@
 #include "platform/posix/trace/runtime_folder.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 
@@ -95,8 +94,7 @@ RuntimeFolder OpenRuntimeFolder(const std::string& path, bool make) {
                          "; let XDG_RUNTIME_DIR name a folder of yours";
         return folder;
     }
-    ScopedDescriptor opened(
-        open(folder.path.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    ScopedDescriptor opened = OpenDescriptor(folder.path, O_PATH | O_DIRECTORY | O_NOFOLLOW);
     if (!opened) {
         folder.refusal = "the folder " + folder.path +
                          (errno == ENOTDIR || errno == ELOOP

@@ -44,6 +44,7 @@ ScopedDescriptor ConnectIn(const std::string& path, const WCHAR* windowClass) {
     if (!folder.descriptor) {
         return {};
     }
+    TakeStandardStreams();
     ScopedDescriptor made(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const sockaddr_un address = folder.Address(SocketNameOf(windowClass));
     ucred peer = {};

@@ -1,4 +1,4 @@
-#include "platform/posix/modules/executables.h"
+#include "platform/posix/machine/executables.h"
 
 #include <limits.h>
 #include <unistd.h>
@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "platform/posix/base/made_once.h"
-#include "platform/posix/paths/paths.h"
 
 namespace brevik::platform {
 namespace {
@@ -56,15 +55,6 @@ std::string HostExecutable() {
         return *path;
     }
     std::string path = ReadExecutableLink("/proc/self/exe");
-    return path.empty() ? path : kept.Keep(std::move(path));
-}
-
-std::u16string HostExecutableWindowsPath() {
-    static constinit MadeOnce<std::u16string> kept;
-    if (const std::u16string* path = kept.Find()) {
-        return *path;
-    }
-    std::u16string path = WindowsPath(HostExecutable());
     return path.empty() ? path : kept.Keep(std::move(path));
 }
 

@@ -15,9 +15,7 @@ std::string ExecutableOf(pid_t process);
 // What the host knows of that file. False, with errno set, when it cannot be had.
 bool StatExecutableOf(pid_t process, struct stat* status);
 
-// The same for this process, and its Windows path. Once had, they are not asked for again: the host
-// does not move.
+// The same for this process. Once had, it is not asked for again: the host does not move.
 std::string HostExecutable();
-std::u16string HostExecutableWindowsPath();
 
 }  // namespace brevik::platform
