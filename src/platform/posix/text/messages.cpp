@@ -63,7 +63,6 @@ constexpr MessageTableRow kSystemTable[] = {
     {ERROR_NO_SYSTEM_RESOURCES, "The system lacks the resources to do this."},
     {ERROR_TIMEOUT, "The time allowed for this has run out."},
     {ERROR_UNRECOGNIZED_MEDIA, "The medium has no format that is known here."},
-    {ERROR_CANT_RESOLVE_FILENAME, "The links on the way to this name lead in a circle."},
     {4300, "The medium is not a valid one."},
     {4303, "The medium does not fit the drive."},
     {4308, "The medium cannot be had now."},
