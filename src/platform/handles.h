@@ -29,9 +29,7 @@ class ScopedHandle {
         }
     }
 
-    explicit operator bool() const {
-        return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE;
-    }
+    explicit operator bool() const { return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE; }
     HANDLE Get() const { return handle_; }
 
   private:
