@@ -57,7 +57,7 @@ class PLATFORM_API SharedTextFile {
 // so that the file which is replaced is the one that is locked. One thread.
 class PLATFORM_API LockedTextFile {
   public:
-    // Until the object ends. The errors are those of an update, and 1921 for links in a circle.
+    // Until the object ends. The errors are those of an update.
     // REQUIRES: it has not been called.
     DWORD Lock(const SharedTextFile& file);
 
