@@ -24,6 +24,9 @@ long until_failure = 0;  // the allocation that fails, counted from now on; 0 fo
     void* const block = until_failure > 0 && --until_failure == 0 ? nullptr : std::malloc(size);
     return block != nullptr ? block : throw std::bad_alloc();
 }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return std::malloc(size);
+}
 [[gnu::noinline]] void operator delete(void* block) noexcept {
     std::free(block);
 }

@@ -38,7 +38,8 @@ BOOL Fail(DWORD error) {
 
 // The crypto library's exit handler frees the locks that other threads hold. This keeps it from
 // being set; where the host has set it before, it calls `stop` first. False when the crypto library
-// has been shut down already. A database library on another one needs nothing of this.
+// has been shut down already, or had no memory to start with. A database library on another one
+// needs nothing of this.
 bool KeepCryptoLibrary(void* library, void (*stop)()) {
     using Initialise = int(std::uint64_t options, const void* settings);
     using AtExit = int(void (*handler)());
@@ -144,7 +145,7 @@ void* LoadDatabaseLibrary(void (*stop)(), std::string* reason) {
         const char* const message = dlerror();
         *reason = message != nullptr ? message : "";
     } else if (!KeepCryptoLibrary(library, stop)) {
-        *reason = "the process ends";
+        *reason = "the crypto library has ended, or could not start";
         return nullptr;
     } else {
         OpenFilesByOurselves(library);
