@@ -189,7 +189,7 @@ int32_t bvkc_VCM_ReadCookieValue(const bvkc_wchar* domain, const bvkc_wchar* coo
  *                  name. Refused is a cookie that bears the name of an attribute, in any case:
  *                  domain, path, expires, max-age, secure, httponly, samesite, priority or
  *                  partitioned; and one that its web server has marked HttpOnly or secure.
- *   key, value     wide; as told at bvkc_VCM_WriteOndrelCookieValue.
+ *   key, value     wide; as for bvkc_VCM_WriteOndrelCookieValue.
  *
  * Returns as bvkc_VCM_WriteOndrelCookieValue does.
  */

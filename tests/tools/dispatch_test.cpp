@@ -25,7 +25,7 @@ class BrevikctlDispatch : public testing::Test, protected Tool {
 TEST_F(BrevikctlDispatch, UpdateReachesTheService) {
     StandIn sibling;
     UpdatableProduct::Install();
-    EXPECT_EQ(OutputOf({"update", "Mixer", "--locale", "DEU"}), "the update service was told\n");
+    EXPECT_EQ(OutputOf({"update", "Mixer", "--locale", "DEU"}), "the update was announced\n");
     EXPECT_THAT(sibling.Take()[1], AllOf(HasSubstr("\"slot\":16"), HasSubstr("\"langId\":1031")));
     EXPECT_EQ(OutputOf({"update", "mixer", "--background", "--json"}),
               "{\"product\":\"mixer\",\"status\":0,\"service\":true}\n");
@@ -68,7 +68,7 @@ TEST_F(BrevikctlDispatch, WithoutAServiceTheAnswerIsThatOfAnApplicationWithAHint
         const ChildResult result = RunTool({"update", "Mixer", word, "--locale", "xyz"});
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_THAT(result.errors, AllOf(HasSubstr("'xyz' is no code of the suite"),
-                                         HasSubstr("nothing was told"), HasSubstr("DllShared")));
+                                         HasSubstr("nothing was announced"), HasSubstr("DllShared")));
     }
     EXPECT_EQ(RunTool({"update", "Mixer", "--json"}).output,
               "{\"product\":\"Mixer\",\"status\":0,\"service\":false}\n");

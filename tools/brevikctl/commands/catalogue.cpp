@@ -147,7 +147,7 @@ void AddCatalogueCommands(CLI::App& app) {
     Command(app, "guids", "Show the installed products, first match first", Guids)
         .Json("One JSON object a line");
 
-    Command language(app, "language", "Choose a language as an application would be told",
+    Command language(app, "language", "Choose a language as an application would get it",
                      Language);
     language.RequireOneOf(
         "languages",

@@ -63,7 +63,7 @@ std::string Explain(UpdateDispatch::Status status, const Options& options, bool 
     switch (status) {
         case UpdateDispatch::kTold:
             return hasService ? ""
-                              : "nothing was told, which is no failure to an application: " +
+                              : "nothing was announced, which is no failure to an application: " +
                                     MissingService();
         case UpdateDispatch::kNoUpdateInfo:
             return MissingUpdateInfo(options.product);
@@ -109,7 +109,7 @@ void Update(const Options& options) {
     } else if (options.check) {
         PrintLine(isGood ? "available" : "not available");
     } else if (hasService) {
-        PrintLine("the update service was told");
+        PrintLine("the update was announced");
     }
     const std::string reason = Explain(status, options, hasService);
     if (!isGood && !options.check) {
