@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "catalogue/RecordGathering.h"
 #include "modules/SmartComInitializer.h"
 
 // A command that is a group of others.
@@ -12,7 +13,8 @@ inline CLI::App& AddGroup(CLI::App& app, const char* name, const char* descripti
 }
 
 // A command with options of its own, which live as long as the application. It runs in an apartment
-// of the component model, and fails by throwing.
+// of the component model, waits for other processes that hold the database as one call of an export
+// does, and fails by throwing.
 template <typename Options>
 class Command {
   public:
@@ -21,6 +23,7 @@ class Command {
         : app_(parent.add_subcommand(name, description)) {
         app_->callback([run, options = options_] {
             const CLibraryUtils::SmartComInitializer apartment;
+            const RecordGathering waitsOnce;
             run(*options);
         });
     }
