@@ -18,6 +18,8 @@
 #include "catalogue/RecordGathering.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
+#include "catalogue/records/RecordAccess.h"
+#include "catalogue/records/RecordTable.h"
 #include "catalogue/records/SharedRecordStore.h"
 #include "platform/clock.h"
 #include "support/child_process.h"
@@ -278,6 +280,29 @@ TEST_F(SharedDatabase, LinksAndPipesAreRefused) {
         }
         EXPECT_FALSE(fs::exists(target)) << row.reason;
     }
+}
+
+TEST_F(SharedDatabase, ALinkThatIsPutInTheJournalsPlaceLaterIsNotFollowed) {
+    const fs::path target = TestMachine::ScratchFolder() / "target";
+    ASSERT_EQ(RunRecordHost(1).output, "ok\n");
+    SQLite3WrapperDB db;
+    db.Open(SQLCertificate::SqlDatabasePath());
+    EXPECT_NE(db.QueryScalar("select count(*) from CertificateData"), 0);
+    fs::create_symlink(target, DatabaseFile() += "-journal");
+    EXPECT_THROW(db.Execute("delete from CertificateData"), SQLite3WrapperException);
+    EXPECT_FALSE(fs::exists(target));
+}
+
+TEST_F(SharedDatabase, WhatIsWrittenGoesToTheFileThatAnotherProcessPutThere) {
+    ASSERT_EQ(RunRecordHost(1).output, "ok\n");
+    SharedRecordStore& store = SharedRecordStore::Get();
+    store.EnsureOpen();
+    RemoveDatabase();
+    ASSERT_EQ(RunRecordHost(1).output, "ok\n");
+    RecordAccess(store.Database()).Edit(RecordTable::DeleteAllRows);
+    SQLite3WrapperDB file;
+    file.Open(SQLCertificate::SqlDatabasePath());
+    EXPECT_EQ(file.QueryScalar("select count(*) from CertificateData"), 0);
 }
 
 // The crypto library's exit handler would run before that of the host.
