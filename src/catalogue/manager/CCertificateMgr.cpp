@@ -8,6 +8,7 @@
 #include "catalogue/RecordGathering.h"
 #include "modules/ModuleFolders.h"
 #include "platform/never_destroyed.h"
+#include "text/TimedMutex.h"
 #include "trace/UTrace.h"
 
 namespace {
@@ -21,7 +22,7 @@ constexpr std::chrono::milliseconds kLongestWait{500};
 
 // The list of the last complete load of the process, and the mode it was loaded in.
 struct CertificateCache {
-    std::recursive_timed_mutex loading;  // held by a load if it could be had
+    TimedMutex loading;  // held by a load if it could be had
 
     std::mutex mutex;  // guards the rest
     std::uint32_t mode = 0;

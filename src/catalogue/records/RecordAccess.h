@@ -12,6 +12,7 @@
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/records/RecordSnapshot.h"
+#include "text/TimedMutex.h"
 
 class RecordAccess {
   public:
@@ -47,7 +48,7 @@ class RecordAccess {
     // that what is read in it stays true until it ends.
     void Write(const std::function<void()>& change);
 
-    const std::unique_lock<std::timed_mutex> lock_;
+    const std::unique_lock<TimedMutex> lock_;
     SQLite3WrapperDB& db_;
     RecordSnapshot own_;  // of a connection other than the shared one
     RecordSnapshot& snapshot_;

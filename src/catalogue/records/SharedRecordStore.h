@@ -4,12 +4,12 @@
 #pragma once
 
 #include <exception>
-#include <mutex>
 #include <string>
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperDB.h"
 #include "catalogue/records/RecordSnapshot.h"
 #include "platform/never_destroyed.h"
+#include "text/TimedMutex.h"
 
 class RecordAccess;
 
@@ -53,7 +53,7 @@ class SharedRecordStore {
     bool IsDamaged(RecordAccess& access);
     void Purge(RecordAccess& access);
 
-    std::timed_mutex mutex_;  // held by a RecordAccess, guards the rest
+    TimedMutex mutex_;  // held by a RecordAccess, guards the rest
     SQLite3WrapperDB db_;
     RecordSnapshot snapshot_;
     bool existed_ = false;  // before this process opened it
