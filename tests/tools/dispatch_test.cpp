@@ -67,8 +67,9 @@ TEST_F(BrevikctlDispatch, WithoutAServiceTheAnswerIsThatOfAnApplicationWithAHint
     for (const char* word : {"--json", "--check"}) {
         const ChildResult result = RunTool({"update", "Mixer", word, "--locale", "xyz"});
         EXPECT_EQ(result.exitCode, 0);
-        EXPECT_THAT(result.errors, AllOf(HasSubstr("'xyz' is no code of the suite"),
-                                         HasSubstr("nothing was announced"), HasSubstr("DllShared")));
+        EXPECT_THAT(result.errors,
+                    AllOf(HasSubstr("'xyz' is no code of the suite"),
+                          HasSubstr("nothing was announced"), HasSubstr("DllShared")));
     }
     EXPECT_EQ(RunTool({"update", "Mixer", "--json"}).output,
               "{\"product\":\"Mixer\",\"status\":0,\"service\":false}\n");

@@ -147,8 +147,7 @@ void AddCatalogueCommands(CLI::App& app) {
     Command(app, "guids", "Show the installed products, first match first", Guids)
         .Json("One JSON object a line");
 
-    Command language(app, "language", "Choose a language as an application would get it",
-                     Language);
+    Command language(app, "language", "Choose a language as an application would get it", Language);
     language.RequireOneOf(
         "languages",
         language.Add("--ids", &Options::ids, "Identifiers that the application offers")
