@@ -38,9 +38,8 @@ namespace brevik::platform {
 // store cannot be read. `name` is not looked at.
 PLATFORM_API BOOL InternetGetCookieA(const char* url, const char* name, char* buffer, DWORD* size);
 
-// Stores the cookie `name=body` in front of the attributes (domain, path, expires, max-age, secure,
-// httponly) in place of the one with its name, domain and path. A date in the past removes that
-// one. False, with nothing stored, with error 87 when the domain does not cover the URL's host, 5
+// Stores the cookie `name=body`, which the attributes domain and expires may follow, in place of
+// the one with its name and domain. A date in the past removes that one. False, with nothing stored, with error 87 when the domain does not cover the URL's host, 5
 // when the cookie is one that the URL may not overwrite, 32 when other writers hold the store, and
 // others where it cannot be written. REQUIRES: a null `name`.
 PLATFORM_API BOOL InternetSetCookieA(const char* url, const char* name, const char* data);
