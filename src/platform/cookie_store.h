@@ -39,9 +39,10 @@ namespace brevik::platform {
 PLATFORM_API BOOL InternetGetCookieA(const char* url, const char* name, char* buffer, DWORD* size);
 
 // Stores the cookie `name=body`, which the attributes domain and expires may follow, in place of
-// the one with its name and domain. A date in the past removes that one. False, with nothing stored, with error 87 when the domain does not cover the URL's host, 5
-// when the cookie is one that the URL may not overwrite, 32 when other writers hold the store, and
-// others where it cannot be written. REQUIRES: a null `name`.
+// the one with its name and domain. A date in the past removes that one. False, with nothing
+// stored, with error 87 when the domain does not cover the URL's host, 5 when the cookie is one
+// that the URL may not overwrite, 32 when other writers hold the store, and others where it cannot
+// be written. REQUIRES: a null `name`.
 PLATFORM_API BOOL InternetSetCookieA(const char* url, const char* name, const char* data);
 
 // Keeps all other writers of the user's cookies who ask for this lock waiting, threads and

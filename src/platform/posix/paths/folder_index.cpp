@@ -38,9 +38,7 @@ constexpr long kStampingFileSystems[] = {
 };
 
 std::u16string Fold(std::string_view name) {
-    std::u16string folded = WideFromUtf8(name);
-    CharUpperBuffW(folded.data(), static_cast<DWORD>(folded.size()));
-    return folded;
+    return UpperCase(WideFromUtf8(name));
 }
 
 // FNV-1a over the units of the folded name; nothing for a name that is not well-formed. Nothing is

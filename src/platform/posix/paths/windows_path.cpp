@@ -1,6 +1,7 @@
 // The Windows path of a host path, by the drives and shares of the machine.
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -151,7 +152,7 @@ std::u16string HostExecutableWindowsPath() {
     if (const std::u16string* path = kept.Find()) {
         return *path;
     }
-    std::u16string path = WindowsPath(HostExecutable());
+    std::u16string path = WindowsPath(ExecutableOf(getpid()));
     return path.empty() || !Machine::Current().IsKnown() ? path : kept.Keep(std::move(path));
 }
 
