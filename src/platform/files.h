@@ -118,6 +118,9 @@ PLATFORM_API BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS
                                        void* information);
 PLATFORM_API BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes);
 PLATFORM_API BOOL DeleteFileW(const WCHAR* path);
+
+// Renames a file or folder. Off Windows nothing is moved from one volume to another
+// (ERROR_NOT_SAME_DEVICE): whoever wants that copies, and can be asked while it goes on.
 PLATFORM_API BOOL MoveFileW(const WCHAR* from, const WCHAR* to);
 
 // Whether a file or folder is there.

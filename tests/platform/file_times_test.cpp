@@ -12,7 +12,6 @@
 
 #include "platform/posix/text/host_text.h"
 #include "platform/posix/time/host_times.h"
-#include "platform/posix/time/time_zone.h"
 
 namespace {
 

@@ -5,32 +5,18 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "platform/files.h"
 #include "platform/folders.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/posix/text/host_text.h"
+#include "support/drive_files.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path DriveC() {
-    return fs::path(Machine::Current().Folder()) / "drives/c";
-}
-
-// A new empty folder at the root of drive C:.
-fs::path NewFolder(const std::string& name) {
-    const fs::path folder = DriveC() / name;
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    return folder;
-}
 
 // The names in a folder, "." and ".." first as they come and the others in byte order, or the error
 // of its listing.

@@ -19,7 +19,7 @@ class HandleObject {
     virtual ~HandleObject() = default;
 };
 
-// A new handle on the object. Throws std::bad_alloc when there are too many.
+// A new handle on the object.
 HANDLE OpenHandle(std::shared_ptr<HandleObject> object);
 
 // Null for what is no handle.

@@ -107,13 +107,13 @@ std::string FormatRow(const CookieRow& row) {
 
 // Whether a program that asks for the URL may see the cookie.
 bool IsVisible(const CookieRow& row, const CookieUrl& url, std::int64_t now) {
-    return !row.isHttpOnly && !row.IsExpired(now) && (!row.isSecure || url.isSecure) &&
+    return !row.isHttpOnly && !row.isSecure && !row.IsExpired(now) &&
            (row.includesSubdomains ? IsHostWithin(url.host, row.domain) : url.host == row.domain) &&
            IsPathWithin(url.path, row.path);
 }
 
-bool IsProtected(const CookieRow& row, const CookieUrl& url, std::int64_t now) {
-    return !row.IsExpired(now) && (row.isHttpOnly || (row.isSecure && !url.isSecure));
+bool IsProtected(const CookieRow& row, std::int64_t now) {
+    return !row.IsExpired(now) && (row.isHttpOnly || row.isSecure);
 }
 
 // Whether a cookie of this domain may be stored for the host: one for a single label would be sent
@@ -173,7 +173,7 @@ DWORD CookieFile::Store(const CookieUrl& url, const CookieSetText& order, std::i
                line.row->path == row.path;
     };
     if (std::ranges::any_of(lines_, [&](const Line& line) {
-            return isReplaced(line) && IsProtected(*line.row, url, now);
+            return isReplaced(line) && IsProtected(*line.row, now);
         })) {
         return ERROR_ACCESS_DENIED;
     }

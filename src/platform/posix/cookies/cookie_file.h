@@ -43,9 +43,10 @@ class PLATFORM_API CookieFile {
     std::string CookiesFor(const CookieUrl& url, std::int64_t now) const;
 
     // Stores the cookie at the end, in place of the one with its name, domain and path; with an
-    // expiry in the past it removes that one. NO_ERROR. With an error nothing is stored: 87 when
-    // the domain does not cover the URL's host or is a single label that is not the host, 5 when a
-    // cookie to replace is marked HttpOnly, or secure and the URL is not.
+    // expiry in the past it removes that one. NO_ERROR. With an error nothing is stored:
+    // ERROR_INVALID_PARAMETER when the domain does not cover the URL's host or is a single label
+    // that is not the host, ERROR_ACCESS_DENIED when a cookie to replace is marked HttpOnly or
+    // secure.
     DWORD Store(const CookieUrl& url, const CookieSetText& order, std::int64_t now);
 
     // Every cookie of the file.

@@ -13,8 +13,7 @@
 //    are about: those may be read-only, on a read-only medium, or on a file system without locks,
 //    and a program outside of this layer that locks such a file must find it free.
 //  - There is a lock file for each device, and in it the eight bytes at eight times the file's
-//    number belong to the file, so that two files never meet. Numbers too large for this have
-//    further lock files, by their highest bits.
+//    number belong to the file, so that two files do not meet.
 //  - One byte stands for each access that some handle has, one for each that some handle denies.
 //    A handle read-locks its bytes, as any number may; it conflicts when it finds a lock on the
 //    byte of an access that it denies, or on that of the denial of an access that it wants. Looking
@@ -31,7 +30,6 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
-#include <cstdint>
 #include <string>
 
 #include "platform/errors.h"
@@ -43,10 +41,9 @@ namespace brevik::platform {
 // An open description of a lock file, and what it is for.
 struct LockFile {
     ScopedDescriptor file;
-    pid_t owner = 0;             // the process that opened it
-    dev_t device = 0;            // of the files that are locked with it
-    std::uint64_t highBits = 0;  // of their numbers
-    struct stat own = {};        // of the lock file itself
+    pid_t owner = 0;       // the process that opened it
+    dev_t device = 0;      // of the files that are locked with it
+    struct stat own = {};  // of the lock file itself
 };
 
 // What one handle holds. For one thread at a time.

@@ -6,7 +6,6 @@
 
 #include "platform/posix/base/last_error.h"
 #include "platform/posix/time/host_times.h"
-#include "platform/posix/time/time_zone.h"
 
 namespace brevik::platform {
 namespace {

@@ -1,11 +1,11 @@
-#include "platform/posix/time/time_zone.h"
+#include "platform/posix/time/host_times.h"
 
 namespace brevik::platform {
 namespace {
 
 constexpr int kDay = 24 * 60 * 60;
 
-// Shorter than the shortest stretch of one time that a zone has: a month of fasting.
+// Shorter than the shortest stretch of one time that a zone has, a month.
 constexpr int kStep = 14 * kDay;
 
 std::tm LocalFields(time_t moment) {
