@@ -43,7 +43,7 @@ PLATFORM_API DWORD GetCurrentProcessId();
 // A handle on a running process; null with ERROR_INVALID_PARAMETER where none of this number can be
 // seen. Off Windows a process is opened for its program's folder alone: null with
 // ERROR_ACCESS_DENIED where libraries in it could be another user's, see
-// posix/machine/trusted_places.h.
+// posix/machine/programs.h.
 PLATFORM_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD process);
 
 // The path of a process's executable. REQUIRES: a null module. Result: its length without the NUL,

@@ -71,12 +71,8 @@ TEST(Listing, HoldsEveryNameOrSaysWhyThereIsNone) {
         {u"\\\\?\\UNC\\srv\\music", "Song"},
         {u"\\\\srv\\empty", "error 2"},
         {u"C:\\missing", "error 3"},
-        {u"C:\\missing\\more", "error 3"},
         {u"C:\\List\\b", "error 267"},
         {u"C:\\List\\b\\more", "error 3"},
-        {u"C:\\Li*", "error 123"},
-        {u"Q:", "error 3"},
-        {u"\\\\nosrv\\share", "error 53"},
     };
     for (const auto& row : cases) {
         EXPECT_EQ(List(row.folder), row.names) << Utf8FromWide(row.folder);

@@ -6,22 +6,16 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "platform/component_model.h"
 #include "platform/files.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/posix/text/host_text.h"
+#include "support/drive_files.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path DriveC() {
-    return fs::path(Machine::Current().Folder()) / "drives/c";
-}
 
 std::string CurrentFolder() {
     WCHAR path[1024];
@@ -62,7 +56,7 @@ TEST(CurrentFolder, IsTheOneSetAsItWasSpelled) {
 }
 
 TEST(CurrentFolder, StaysWhereItCannotBeChanged) {
-    std::ofstream(DriveC() / "Windows/win.ini") << "text";
+    WriteHostFile(DriveC() / "Windows/win.ini");
     ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\Windows"));
     const struct {
         const WCHAR* path;
@@ -125,7 +119,7 @@ TEST(SpecialFolders, AreTheSystems) {
 TEST(Streams, ReadFilesInAnyCaseAndNothingElse) {
     const fs::path folder = DriveC() / "Streams";
     fs::create_directories(folder);
-    std::ofstream(folder / "Note.txt") << "text";
+    WriteHostFile(folder / "Note.txt");
     ASSERT_EQ(mkfifo((folder / "Pipe").c_str(), 0600), 0);
     std::FILE* stream = _wfopen(u"c:\\STREAMS\\note.TXT", u"rb");
     ASSERT_NE(stream, nullptr);

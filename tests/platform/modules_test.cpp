@@ -12,7 +12,7 @@
 
 #include "platform/folders.h"
 #include "platform/posix/machine/machine.h"
-#include "platform/posix/machine/trusted_places.h"
+#include "platform/posix/machine/programs.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/posix/text/host_text.h"
 #include "support/test_machine.h"

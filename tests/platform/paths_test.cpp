@@ -155,16 +155,6 @@ TEST(FindFile, PrefersTheExactNameAndThenTheFirst) {
     EXPECT_EQ(Find(u"C:\\Choice\\naME"), folder / "NAME");
 }
 
-TEST(FindFile, TakesALiteralPathAsItStands) {
-    const fs::path folder = NewFolder("Literal");
-    WriteHostFile(folder / "dot.");
-    WriteHostFile(folder / "blank ");
-    EXPECT_EQ(Find(u"\\\\?\\C:\\Literal\\dot."), folder / "dot.");
-    EXPECT_EQ(Find(u"\\\\?\\C:\\literal\\BLANK "), folder / "blank ");
-    EXPECT_EQ(Find(u"C:\\Literal\\dot."), "2");
-    EXPECT_EQ(Find(u"C:\\Literal\\blank "), "2");
-}
-
 TEST(FindFile, FollowsDrivesAndSharesThatAreLinks) {
     const fs::path disk = TestMachine::ScratchFolder() / "disk";
     fs::create_directories(disk / "Songs");

@@ -210,33 +210,6 @@ TEST_F(Registry, WhatIsNoHandle) {
     }
 }
 
-TEST_F(Registry, AccessIsThatOfTheOpening) {
-    WriteRegistry(kFacts);
-    const struct {
-        REGSAM access;
-        LONG query;
-        LONG enumerate;
-    } cases[] = {
-        {KEY_ENUMERATE_SUB_KEYS, 5, 0},
-        {KEY_QUERY_VALUE, 0, 5},
-        {KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS, 0, 0},
-        {KEY_READ | KEY_WOW64_32KEY, 0, 0},
-        {0, 5, 5},
-    };
-    for (const auto& row : cases) {
-        const TestKey key(u"SOFTWARE\\Facts", row.access);
-        WCHAR name[64];
-        DWORD length = 64;
-        EXPECT_EQ(Answer(key.Get(), u"sz", 64).error, row.query) << row.access;
-        EXPECT_EQ(Answer(key.Get(), "sz", 64).error, row.query) << row.access;
-        EXPECT_EQ(RegEnumKeyExW(key.Get(), 0, name, &length, nullptr, nullptr, nullptr, nullptr),
-                  row.enumerate)
-            << row.access;
-        // A key opened below has the access asked for there.
-        EXPECT_EQ(TestKey(u"order", KEY_READ, key.Get()).error, 0) << row.access;
-    }
-}
-
 constexpr const char* kViews = R"([HKEY_LOCAL_MACHINE\SOFTWARE\Both]
 "view"="64"
 [HKEY_LOCAL_MACHINE\SOFTWARE\Both\Only64]

@@ -205,24 +205,4 @@ TEST_F(Volumes, FollowTheFolderOfAFixedDrive) {
     EXPECT_EQ(Ask(u"K:\\").error, 3u);
 }
 
-TEST_F(Volumes, AreAskedOnManyThreads) {
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 500; ++round) {
-                const Answer answer = Ask(u"M:\\");
-                ASSERT_EQ(answer.error, 0u);
-                ASSERT_TRUE(answer.label == "" || answer.label == "One" || answer.label == "Two");
-            }
-        });
-    }
-    for (int round = 0; round < 50; ++round) {
-        Tell("M", round % 2 == 0 ? "\"Label\"=\"One\"" : "\"Label\"=\"Two\"");
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(Ask(u"M:\\").label, "Two");
-}
-
 }  // namespace

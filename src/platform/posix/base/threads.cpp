@@ -1,7 +1,9 @@
 #include "platform/threads.h"
 
 #include <limits.h>
+#include <sys/resource.h>
 
+#include <ctime>
 #include <type_traits>
 
 #include "platform/posix/base/host_errors.h"
@@ -14,7 +16,17 @@ namespace {
 // comes back after being freed. It has no destructor: what it points at belongs to its owner.
 static_assert(std::is_same_v<pthread_key_t, DWORD>);
 
+thread_local DWORD lastError = ERROR_SUCCESS;
+
 }  // namespace
+
+DWORD GetLastError() {
+    return lastError;
+}
+
+void SetLastError(DWORD code) {
+    lastError = code;
+}
 
 DWORD TlsAlloc() {
     pthread_key_t key = 0;
@@ -58,6 +70,33 @@ void EnterCriticalSection(CRITICAL_SECTION* section) {
 
 void LeaveCriticalSection(CRITICAL_SECTION* section) {
     pthread_mutex_unlock(&section->mutex);
+}
+
+HeldSignal::HeldSignal(int signal, bool isNeeded) : isNeeded_(isNeeded) {
+    if (!isNeeded_) {
+        return;
+    }
+    sigset_t pending;
+    sigpending(&pending);
+    wasPending_ = sigismember(&pending, signal) == 1;
+    sigemptyset(&signal_);
+    sigaddset(&signal_, signal);
+    pthread_sigmask(SIG_BLOCK, &signal_, &previous_);
+}
+
+HeldSignal::~HeldSignal() {
+    if (!isNeeded_) {
+        return;
+    }
+    constexpr timespec kNow = {0, 0};
+    while (!wasPending_ && sigtimedwait(&signal_, nullptr, &kNow) > 0) {
+    }
+    pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+}
+
+bool IsFileSizeLimited() {
+    rlimit limit;
+    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY;
 }
 
 }  // namespace brevik::platform

@@ -2,7 +2,6 @@
 #include <map>
 #include <mutex>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/component_model.h"

@@ -1,11 +1,9 @@
-#include "platform/posix/cookies/cookie_set_text.h"
-
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 
-#include "platform/posix/cookies/cookie_url.h"
+#include "platform/posix/cookies/cookie_file.h"
 
 namespace brevik::platform {
 namespace {

@@ -9,8 +9,6 @@
 #include "platform/posix/base/last_error.h"
 #include "platform/posix/base/shared_text_file.h"
 #include "platform/posix/cookies/cookie_file.h"
-#include "platform/posix/cookies/cookie_set_text.h"
-#include "platform/posix/cookies/cookie_url.h"
 
 namespace brevik::platform {
 namespace {

@@ -44,7 +44,7 @@ bool HasNoLists(int error) {
     return error == EOPNOTSUPP || error == ENOSYS;
 }
 
-// All rights for everybody.
+// All rights for every user.
 DWORD SetDefaultList(int folder) {
     constexpr std::uint16_t kAll = kAllPermissions;
     constexpr DefaultList kList = {kListVersion,

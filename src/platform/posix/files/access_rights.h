@@ -12,8 +12,8 @@
 
 namespace brevik::platform {
 
-// Gives every user all rights to a file or folder. The owner's permissions stay, and nobody may
-// write or run a file that its owner may not. NO_ERROR or an error number.
+// Gives every user all rights to a file or folder. The owner's permissions stay, and no
+// other may write or run a file that its owner may not. NO_ERROR or an error number.
 DWORD OpenToOthers(const std::string& path);
 
 // Makes a folder that has these rights from its first moment. NO_ERROR or an error number.

@@ -15,7 +15,6 @@
 #include "platform/posix/files/access_rights.h"
 #include "platform/posix/files/file_attributes.h"
 #include "platform/posix/files/share_modes.h"
-#include "platform/posix/paths/current_folder.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/security.h"
 

@@ -20,7 +20,6 @@
 #include "platform/posix/base/host_errors.h"
 #include "platform/posix/base/interrupted.h"
 #include "platform/posix/machine/machine.h"
-#include "platform/posix/paths/scoped_folder.h"
 
 namespace brevik::platform {
 namespace {

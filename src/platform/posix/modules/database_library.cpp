@@ -45,7 +45,7 @@ bool KeepCryptoLibrary(void* library, void (*stop)()) {
            (initialise(kNoExitHandler, nullptr) == 1 && atExit(stop) == 1);
 }
 
-// Whether everybody may make files in the folder that a file stands in.
+// Whether every user may make files in the folder that a file stands in.
 bool StandsInOpenFolder(const std::string& path) {
     struct stat status;
     return stat(path.substr(0, path.rfind('/') + 1).c_str(), &status) == 0 &&
@@ -197,8 +197,7 @@ BOOL MakeSharedFile(const WCHAR* path) {
     if (!made) {
         return Fail(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromHost(errno));
     }
-    // A folder with a default access list has set it aside the mask; another one that is open to
-    // everybody has not.
+    // Unlike a default access list, the mode of an open folder does not set the mask aside.
     if (StandsInOpenFolder(file.path)) {
         fchmod(made.Get(), everybody);
     }

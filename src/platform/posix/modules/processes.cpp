@@ -7,8 +7,7 @@
 
 #include "platform/posix/base/handle.h"
 #include "platform/posix/base/last_error.h"
-#include "platform/posix/machine/executables.h"
-#include "platform/posix/machine/trusted_places.h"
+#include "platform/posix/machine/programs.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/posix/text/text_buffer.h"
 

@@ -1,5 +1,3 @@
-#include "platform/posix/paths/current_folder.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>

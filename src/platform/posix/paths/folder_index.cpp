@@ -9,12 +9,11 @@
 #include <cstdint>
 #include <iterator>
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "platform/never_destroyed.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "platform/posix/base/stamped.h"
-#include "platform/posix/paths/scoped_folder.h"
 #include "platform/posix/text/host_text.h"
 #include "platform/posix/text/unicode.h"
 #include "platform/text.h"

@@ -16,11 +16,11 @@
 
 #include "platform/never_destroyed.h"
 #include "platform/posix/base/made_once.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "platform/posix/base/stamped.h"
-#include "platform/posix/machine/executables.h"
 #include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/programs.h"
 #include "platform/posix/paths/paths.h"
-#include "platform/posix/paths/scoped_folder.h"
 #include "platform/posix/text/host_text.h"
 #include "platform/posix/text/unicode.h"
 
