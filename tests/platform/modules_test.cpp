@@ -11,10 +11,10 @@
 #include <string>
 
 #include "platform/folders.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/programs.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/posix/text/host_text.h"
+#include "support/drive_files.h"
 #include "support/test_machine.h"
 
 namespace {
@@ -23,10 +23,6 @@ namespace fs = std::filesystem;
 
 const fs::path kPlain = BREVIK_TEST_BINARY_FOLDER "/plain_library.so";
 const fs::path kDependent = BREVIK_TEST_BINARY_FOLDER "/dependent_library.so";
-
-fs::path DriveC() {
-    return fs::path(Machine::Current().Folder()) / "drives/c";
-}
 
 void Install(const fs::path& library, const fs::path& target) {
     fs::create_directories(target.parent_path());

@@ -128,16 +128,6 @@ TEST_F(Registry, ValuesInNarrowForm) {
     }
 }
 
-TEST_F(Registry, TheSizeAskedForHoldsTheText) {
-    WriteRegistry(kFacts);
-    const TestKey key(u"SOFTWARE\\Facts");
-    DWORD size = 0;
-    EXPECT_EQ(RegQueryValueExW(key.Get(), u"sznonul", nullptr, nullptr, nullptr, &size), 0);
-    EXPECT_EQ(size, 10u);
-    EXPECT_EQ(RegQueryValueExA(key.Get(), "sznonul", nullptr, nullptr, nullptr, &size), 0);
-    EXPECT_EQ(size, 5u);
-}
-
 TEST_F(Registry, SubKeysComeInTheOrderOfTheirUpperCasedUnits) {
     WriteRegistry(kFacts);
     const TestKey key(u"SOFTWARE\\Facts\\order");
