@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <memory>
 
-#include "modules/ScopedLibrary.h"
 #include "platform/component_model.h"
 #include "platform/files.h"
 #include "platform/folders.h"
@@ -81,33 +80,19 @@ bool LiesBeside(const WideString& programFolder, const WideString& fileName) {
 }
 
 WideString SpelledProcessFolder() {
-    using GetModuleFileName = DWORD(WINAPI*)(HMODULE, WCHAR*, DWORD);
-    const CLibraryUtils::ScopedLibrary kernel(
-        LoadLibraryExW(WIDE("kernel32.dll"), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-    const auto getModuleFileName = kernel.Find<GetModuleFileName>("GetModuleFileNameW");
-    if (getModuleFileName == nullptr) {
-        return {};
-    }
     WCHAR path[kPathCapacity];
-    return FolderOf(path, getModuleFileName(GetModuleHandleW(nullptr), path, kPathCapacity));
+    return FolderOf(path, GetModuleFileNameW(GetModuleHandleW(nullptr), path, kPathCapacity));
 }
 
 WideString SpelledParentProcessFolder() {
-    using GetModuleFileNameEx = DWORD(WINAPI*)(HANDLE, HMODULE, WCHAR*, DWORD);
     const DWORD parent = ParentProcessId();
     const ScopedHandle process(parent != 0 ? OpenProcess(kAllProcessRights, FALSE, parent)
                                            : nullptr);
     if (!process) {
         return {};
     }
-    const CLibraryUtils::ScopedLibrary psapi(
-        LoadLibraryExW(WIDE("Psapi.dll"), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
-    const auto getModuleFileName = psapi.Find<GetModuleFileNameEx>("GetModuleFileNameExW");
-    if (getModuleFileName == nullptr) {
-        return {};
-    }
     WCHAR path[kPathCapacity];
-    return FolderOf(path, getModuleFileName(process.Get(), nullptr, path, kPathCapacity));
+    return FolderOf(path, GetModuleFileNameExW(process.Get(), nullptr, path, kPathCapacity));
 }
 
 }  // namespace

@@ -32,23 +32,26 @@ inline void UnlockCookieStore() {
 namespace brevik::platform {
 
 // All cookies that a web client would send to the URL, "a=1; b=2" in the order of their last
-// storing, those marked HttpOnly left out. `size` is set to the bytes needed with the NUL; with a
-// null buffer that is all. False with error 259 without a cookie, 122 when the buffer is too small,
-// 87 for an empty URL or one without a host, 12006 for one without a scheme, and others where the
-// store cannot be read. `name` is not looked at.
+// storing, those marked HttpOnly or secure left out: the URL has to begin with "http://". `size` is
+// set to the bytes needed with the NUL; with a null buffer that is all. False with
+// ERROR_NO_MORE_ITEMS without a cookie, ERROR_INSUFFICIENT_BUFFER when the buffer is too small,
+// ERROR_INVALID_PARAMETER for an empty URL or one without a host,
+// ERROR_INTERNET_UNRECOGNIZED_SCHEME for one with another scheme, and others where the store cannot
+// be read. `name` is not looked at.
 PLATFORM_API BOOL InternetGetCookieA(const char* url, const char* name, char* buffer, DWORD* size);
 
-// Stores the cookie `name=body` in front of the attributes (domain, path, expires, max-age, secure,
-// httponly) in place of the one with its name, domain and path. A date in the past removes that
-// one. False, with nothing stored, with error 87 when the domain does not cover the URL's host, 5
-// when the cookie is one that the URL may not overwrite, 32 when other writers hold the store, and
-// others where it cannot be written. REQUIRES: a null `name`.
+// Stores the cookie `name=body`, which the attributes domain and expires may follow, in place of
+// the one with its name and domain. A date in the past removes that one. False, with nothing
+// stored, with ERROR_INVALID_PARAMETER when the domain does not cover the URL's host,
+// ERROR_ACCESS_DENIED when the cookie there is marked HttpOnly or secure, ERROR_SHARING_VIOLATION
+// when other writers hold the store, and others where it cannot be written. REQUIRES: a null
+// `name`.
 PLATFORM_API BOOL InternetSetCookieA(const char* url, const char* name, const char* data);
 
 // Keeps all other writers of the user's cookies who ask for this lock waiting, threads and
 // processes, until UnlockCookieStore: what the thread reads in between is what it changes. False
-// with error 32 when one of them stands still, and with others where the store cannot be written.
-// REQUIRES: the thread does not hold it.
+// with ERROR_SHARING_VIOLATION when one of them stands still, and with others where the store
+// cannot be written. REQUIRES: the thread does not hold it.
 PLATFORM_API BOOL LockCookieStore();
 PLATFORM_API void UnlockCookieStore();
 

@@ -118,13 +118,16 @@ PLATFORM_API BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS
                                        void* information);
 PLATFORM_API BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes);
 PLATFORM_API BOOL DeleteFileW(const WCHAR* path);
+
+// Renames a file or folder. Off Windows nothing is moved from one volume to another
+// (ERROR_NOT_SAME_DEVICE): a caller that wants it copies, and reports its progress.
 PLATFORM_API BOOL MoveFileW(const WCHAR* from, const WCHAR* to);
 
 // Whether a file or folder is there.
 PLATFORM_API BOOL PathFileExistsW(const WCHAR* path);
 
 // Off Windows the descriptor in `security` counts here alone, and CreateFileW looks at none; in a
-// folder that lets everybody make files, nobody but its owner takes another's away.
+// folder that lets every user make files, only its owner takes a file away.
 PLATFORM_API BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES* security);
 PLATFORM_API BOOL RemoveDirectoryW(const WCHAR* path);
 

@@ -35,7 +35,8 @@ using MessageTableFunction = const MessageTableRow* (*)();
 // block to free with LocalFree. The length without the NUL; 0 with ERROR_MR_MID_NOT_FOUND where
 // there is no text.
 //
-// REQUIRES: FORMAT_MESSAGE_ALLOCATE_BUFFER, and one of the two sources.
+// REQUIRES: FORMAT_MESSAGE_ALLOCATE_BUFFER, and one of the two sources; of a module also
+// FORMAT_MESSAGE_IGNORE_INSERTS.
 PLATFORM_API DWORD FormatMessageW(DWORD flags, const void* source, DWORD code, DWORD language,
                                   WCHAR* buffer, DWORD size, void* arguments);
 

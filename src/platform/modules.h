@@ -1,7 +1,6 @@
 // Loaded libraries: loading by name, operations by name, and the file a module came from.
 //
-// Off Windows a module is a shared object whatever its file's extension, and two system modules,
-// "kernel32.dll" and "psapi.dll", are answered by the platform library itself.
+// Off Windows a module is a shared object whatever its file's extension.
 #pragma once
 
 #include "platform/errors.h"

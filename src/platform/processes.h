@@ -40,13 +40,14 @@ PLATFORM_API BOOL Process32NextW(HANDLE snapshot, PROCESSENTRY32W* entry);
 
 PLATFORM_API DWORD GetCurrentProcessId();
 
-// A handle on a running process; null with error 87 when there is none of this number. Another
-// process than this one is opened for its program's folder alone: null with error 5 where libraries
-// in it could be another user's, see posix/trusted_places.h.
+// A handle on a running process; null with ERROR_INVALID_PARAMETER where none of this number can be
+// seen. Off Windows a process is opened for its program's folder alone: null with
+// ERROR_ACCESS_DENIED where libraries in it could be another user's, see
+// posix/machine/programs.h.
 PLATFORM_API HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD process);
 
-// The path of a process's executable (module null). Result: its length without the NUL, cut to
-// `size` like GetModuleFileNameW; 0 when it cannot be had.
+// The path of a process's executable. REQUIRES: a null module. Result: its length without the NUL,
+// cut to `size` like GetModuleFileNameW; 0 when it cannot be had.
 PLATFORM_API DWORD GetModuleFileNameExW(HANDLE process, HMODULE module, WCHAR* path, DWORD size);
 
 }  // namespace brevik::platform

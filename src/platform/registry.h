@@ -52,9 +52,9 @@ inline constexpr DWORD REG_QWORD = 11;
 // Opens a key below another, its path without regard to case. ERROR_FILE_NOT_FOUND when it is
 // missing, ERROR_BAD_PATHNAME for a path that begins with a backslash, ERROR_NO_SYSTEM_RESOURCES
 // when no handle is left, ERROR_ACCESS_DENIED or ERROR_GEN_FAILURE while the registry's file cannot
-// be read and never could be. The handle can do what `access` asks for; KEY_READ holds both rights
-// there are. Like every program of 32 bits the library sees SOFTWARE\Wow6432Node in place of
-// SOFTWARE; off Windows a path that is not there is then looked for as it stands.
+// be read and never could be. `access` is not looked at. Like every program of 32 bits the library
+// sees SOFTWARE\Wow6432Node in place of SOFTWARE; off Windows a path that is not there is then
+// looked for as it stands.
 PLATFORM_API LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD options, REGSAM access,
                                 HKEY* key);
 
@@ -63,8 +63,7 @@ PLATFORM_API LONG RegCloseKey(HKEY key);
 
 // The name of a sub key by its place in the order of upper-cased code units. `length` is the
 // buffer's size in units, and receives the length without the NUL. ERROR_NO_MORE_ITEMS after the
-// last, ERROR_MORE_DATA when the buffer is too small, ERROR_ACCESS_DENIED for a handle without
-// KEY_ENUMERATE_SUB_KEYS.
+// last, ERROR_MORE_DATA when the buffer is too small.
 //
 // REQUIRES: null for the class and the time of the last change, which are not kept.
 PLATFORM_API LONG RegEnumKeyExW(HKEY key, DWORD index, WCHAR* name, DWORD* length, DWORD* reserved,
@@ -72,7 +71,7 @@ PLATFORM_API LONG RegEnumKeyExW(HKEY key, DWORD index, WCHAR* name, DWORD* lengt
 
 // A value's type and bytes; `size` is the buffer's size in bytes and receives that of the value.
 // ERROR_FILE_NOT_FOUND for a missing value, ERROR_MORE_DATA with the size needed when the buffer is
-// too small, ERROR_ACCESS_DENIED for a handle without KEY_QUERY_VALUE. A text that was stored
+// too small. A text that was stored
 // without its NUL gets one where there is room. The narrow form gives texts in the narrow code
 // page.
 PLATFORM_API LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,

@@ -3,8 +3,8 @@
 // Identifiers and lists are made in blocks of the caller. Results are TRUE, or FALSE with
 // GetLastError. Any thread.
 //
-// Off Windows the blocks hold what the host needs to know: whether every user may do everything.
-// The owner of a file keeps its rights; entries for others than Everyone have no effect.
+// Off Windows a list gives every user all rights, or it is not supported. The owner of a file keeps
+// its rights; entries for others than Everyone have no effect.
 #pragma once
 
 #include "platform/errors.h"
@@ -40,10 +40,13 @@ enum WELL_KNOWN_SID_TYPE {
     WinBuiltinAdministratorsSid = 26,  // the group of administrators
 };
 
-struct ACL;
+// What the host needs to know of a list.
+struct ACL {
+    bool isOpenToAll;  // whether every user may do everything
+};
 
 struct SECURITY_DESCRIPTOR {
-    const ACL* Dacl;
+    ACL list;
 };
 
 struct SECURITY_ATTRIBUTES {
@@ -63,8 +66,8 @@ PLATFORM_API BOOL InitializeAcl(ACL* list, DWORD size, DWORD revision);
 PLATFORM_API BOOL AddAccessAllowedAceEx(ACL* list, DWORD revision, DWORD flags, DWORD rights,
                                         PSID sid);
 
-// A descriptor that only points at its parts, and the parts that it is given. The parts are not
-// copied, and have to stay. Off Windows the owner is not changed.
+// A descriptor that only points at its parts, and the parts that it is given. The parts have to
+// stay, and not to change. Off Windows the owner is not changed.
 PLATFORM_API BOOL InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revision);
 PLATFORM_API BOOL SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, BOOL present,
                                             ACL* list, BOOL defaulted);

@@ -52,6 +52,9 @@ class IPersistFile : public IUnknown {
     ~IPersistFile() = default;
 };
 
+// Makes an object of CLSID_ShellLink, for CoCreateInstance.
+HRESULT CreateShellLink(REFIID iid, void** object);
+
 }  // namespace brevik::platform
 
 #endif

@@ -22,7 +22,7 @@ struct COPYDATASTRUCT {
     void* lpData;
 };
 
-// The window of a class (the title must be null), or null.
+// The window of a class, or null. REQUIRES: a null title.
 PLATFORM_API HWND FindWindowW(const WCHAR* windowClass, const WCHAR* title);
 
 // Delivers a WM_COPYDATA message with a block, waiting at most `milliseconds` for a receiver that

@@ -67,7 +67,7 @@ TEST_F(CookieFileOnDisk, LinesThatAreNotUnderstoodStayInTheirPlaces) {
     ASSERT_TRUE(Set("a=0"));
     ASSERT_TRUE(Set("a=1"));
     EXPECT_EQ(ReadCookieFile(), before + "\n" + kRow);
-    ASSERT_TRUE(Set("a=1;max-age=0"));
+    ASSERT_TRUE(Set("a=1;expires=Thu, 1-Jan-1970 00:00:00 GMT"));
     EXPECT_EQ(ReadCookieFile(), before + "\n");
 }
 
@@ -207,7 +207,7 @@ TEST_F(CookieFileOnDisk, AStoreThatChangesNothingWritesNothing) {
     struct stat after;
     ASSERT_EQ(stat(CookieFilePath().c_str(), &before), 0);
     ASSERT_TRUE(Set("a=1"));
-    ASSERT_TRUE(Set("unknown=1;max-age=0"));
+    ASSERT_TRUE(Set("unknown=1;expires=Thu, 1-Jan-1970 00:00:00 GMT"));
     ASSERT_EQ(stat(CookieFilePath().c_str(), &after), 0);
     EXPECT_EQ(after.st_ino, before.st_ino);
     EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);

@@ -99,7 +99,9 @@ TEST(FailingCalls, LeaveTheCurrentFolder) {
 }
 
 TEST(FailingCalls, DoNotKeepALibraryLoaded) {
-    HMODULE const module = LoadLibraryW(u"kernel32.dll");
+    fs::copy_file(BREVIK_TEST_BINARY_FOLDER "/plain_library.so",
+                  fs::path(Machine::Current().Folder()) / "drives/c/Windows/plain.dll");
+    HMODULE const module = LoadLibraryW(u"plain.dll");
     allocations_left = 0;
     EXPECT_TRUE(FreeLibrary(module));
     allocations_left = -1;

@@ -1,27 +1,24 @@
-// The current folder, the system's folders, and streams.
+// The current folder, the system's folders, streams, and the full path in a caller's buffer.
 
 #include "platform/folders.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "platform/component_model.h"
 #include "platform/files.h"
-#include "platform/posix/machine/machine.h"
+#include "platform/posix/paths/paths.h"
 #include "platform/posix/text/host_text.h"
+#include "support/drive_files.h"
+#include "support/test_machine.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path DriveC() {
-    return fs::path(Machine::Current().Folder()) / "drives/c";
-}
 
 std::string CurrentFolder() {
     WCHAR path[1024];
@@ -62,7 +59,7 @@ TEST(CurrentFolder, IsTheOneSetAsItWasSpelled) {
 }
 
 TEST(CurrentFolder, StaysWhereItCannotBeChanged) {
-    std::ofstream(DriveC() / "Windows/win.ini") << "text";
+    WriteHostFile(DriveC() / "Windows/win.ini");
     ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\Windows"));
     const struct {
         const WCHAR* path;
@@ -125,7 +122,7 @@ TEST(SpecialFolders, AreTheSystems) {
 TEST(Streams, ReadFilesInAnyCaseAndNothingElse) {
     const fs::path folder = DriveC() / "Streams";
     fs::create_directories(folder);
-    std::ofstream(folder / "Note.txt") << "text";
+    WriteHostFile(folder / "Note.txt");
     ASSERT_EQ(mkfifo((folder / "Pipe").c_str(), 0600), 0);
     std::FILE* stream = _wfopen(u"c:\\STREAMS\\note.TXT", u"rb");
     ASSERT_NE(stream, nullptr);
@@ -142,6 +139,69 @@ TEST(Streams, ReadFilesInAnyCaseAndNothingElse) {
     ASSERT_NE(pipe, nullptr);
     EXPECT_EQ(std::fgetc(pipe), EOF);
     std::fclose(pipe);
+}
+
+std::string TempPath() {
+    WCHAR path[1024];
+    return Utf8FromWide({path, GetTempPathW(1024, path)});
+}
+
+TEST(GetFullPathName, GivesTheLengthOrAsksForRoom) {
+    ASSERT_TRUE(SetCurrentDirectoryW(u"C:\\windows"));
+    const struct {
+        const WCHAR* path;
+        const char* full;
+    } cases[] = {
+        {u"c:a", "C:\\windows\\a"}, {u"C:\\a\\b", "C:\\a\\b"}, {u"C:\\a\\b..", "C:\\a\\b"}};
+    for (const auto& row : cases) {
+        WCHAR buffer[64] = u"?";
+        const auto room = static_cast<DWORD>(std::string(row.full).size() + 1);
+        EXPECT_EQ(GetFullPathNameW(row.path, 0, nullptr, nullptr), room) << row.full;
+        EXPECT_EQ(GetFullPathNameW(row.path, room - 1, buffer, nullptr), room) << row.full;
+        EXPECT_EQ(buffer[0], u'?');
+        EXPECT_EQ(GetFullPathNameW(row.path, room, buffer, nullptr), room - 1) << row.full;
+        EXPECT_EQ(Utf8FromWide(buffer), row.full);
+    }
+    const std::u16string longPath = u"C:\\" + std::u16string(30'000, u'a');
+    EXPECT_EQ(GetFullPathNameW(longPath.c_str(), 0, nullptr, nullptr), 30'004u);
+}
+
+TEST(GetFullPathName, HasNoneOfNothing) {
+    WCHAR buffer[64];
+    SetLastError(0);
+    EXPECT_EQ(GetFullPathNameW(u"", 64, buffer, nullptr), 0u);
+    EXPECT_EQ(GetLastError(), 0u);
+
+    const fs::path gone = fs::path(Machine::Current().Folder()) / "drives/c/Gone";
+    fs::create_directory(gone);
+    fs::current_path(gone);
+    fs::remove(gone);
+    EXPECT_EQ(GetFullPathNameW(u"a", 64, buffer, nullptr), 0u);
+    EXPECT_EQ(GetLastError(), 3u);
+    EXPECT_EQ(GetFullPathNameW(u"C:\\a", 64, buffer, nullptr), 4u);
+    fs::current_path("/");
+}
+
+TEST(GetTempPath, IsTheMachinesElseTheHosts) {
+    const fs::path machines = fs::path(Machine::Current().Folder()) / "drives/c/Windows/Temp";
+    EXPECT_EQ(TempPath(), "C:\\Windows\\Temp\\");
+    WCHAR path[17] = u"?";
+    EXPECT_EQ(GetTempPathW(16, path), 17u);
+    EXPECT_EQ(path[0], u'?');
+    EXPECT_EQ(GetTempPathW(17, path), 16u);
+
+    fs::remove(machines);
+    const fs::path scratch = fs::canonical(TestMachine::ScratchFolder());
+    setenv("TMPDIR", scratch.c_str(), 1);
+    EXPECT_EQ(TempPath(), Utf8FromWide(WindowsPath(scratch.string())) + "\\");
+    for (const char* useless : {"relative", "/missing/folder", ""}) {
+        setenv("TMPDIR", useless, 1);
+        EXPECT_EQ(TempPath(), Utf8FromWide(WindowsPath(fs::canonical("/tmp").string())) + "\\")
+            << useless;
+    }
+    unsetenv("TMPDIR");
+    fs::create_directory(machines);
+    EXPECT_EQ(TempPath(), "C:\\Windows\\Temp\\");
 }
 
 }  // namespace

@@ -7,36 +7,18 @@
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/folders.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/posix/text/host_text.h"
+#include "support/drive_files.h"
 #include "support/test_machine.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path DriveC() {
-    return fs::path(Machine::Current().Folder()) / "drives/c";
-}
-
-void Write(const fs::path& path) {
-    std::ofstream(path) << path.string();
-}
-
-// A new empty folder at the root of drive C:.
-fs::path NewFolder(const std::string& name) {
-    const fs::path folder = DriveC() / name;
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    return folder;
-}
 
 // The host path found, or the error's number.
 std::string Find(std::u16string_view path) {
@@ -103,7 +85,7 @@ TEST(FullPath, CompletesFromTheFolderOfAShare) {
 
 TEST(FindFile, TellsWhyNothingIsThere) {
     const fs::path folder = NewFolder("Errors");
-    Write(folder / "file");
+    WriteHostFile(folder / "file");
     fs::create_directories(fs::path(Machine::Current().Folder()) / "shares/Srv/Music");
     fs::create_symlink("nowhere", folder / "dangling");
     const std::u16string longest(255, u'n');
@@ -149,7 +131,7 @@ TEST(FindFile, TellsWhyNothingIsThere) {
 
 TEST(FindFile, PassesOverCase) {
     const fs::path folder = NewFolder("Suite/Player Files");
-    Write(folder / "Player.exe");
+    WriteHostFile(folder / "Player.exe");
     EXPECT_EQ(Find(u"C:\\Suite\\Player Files\\Player.exe"), folder / "Player.exe");
     EXPECT_EQ(Find(u"c:/SUITE/player files/PLAYER.EXE"), folder / "Player.exe");
     EXPECT_EQ(Find(u"\\\\?\\c:\\suite\\player files\\player.exe"), folder / "Player.exe");
@@ -157,8 +139,8 @@ TEST(FindFile, PassesOverCase) {
     EXPECT_EQ(Find(u"c:\\suite\\player files\\player.exe. "), folder / "Player.exe");
 
     // Letters beyond ASCII fold too; a name in no encoding is never found.
-    Write(folder / "\xC3\x84rger");
-    Write(folder / "bad\xFF");
+    WriteHostFile(folder / "\xC3\x84rger");
+    WriteHostFile(folder / "bad\xFF");
     EXPECT_EQ(Find(u"C:\\Suite\\Player Files\\\u00E4RGER"), folder / "\xC3\x84rger");
     EXPECT_EQ(Find(u"C:\\Suite\\Player Files\\bad\uFFFD"), "2");
 }
@@ -166,21 +148,11 @@ TEST(FindFile, PassesOverCase) {
 TEST(FindFile, PrefersTheExactNameAndThenTheFirst) {
     const fs::path folder = NewFolder("Choice");
     for (const char* name : {"name", "nAme", "NAME", "Name"}) {
-        Write(folder / name);
+        WriteHostFile(folder / name);
     }
     EXPECT_EQ(Find(u"C:\\choice\\name"), folder / "name");
     EXPECT_EQ(Find(u"C:\\choice\\nAme"), folder / "nAme");
     EXPECT_EQ(Find(u"C:\\Choice\\naME"), folder / "NAME");
-}
-
-TEST(FindFile, TakesALiteralPathAsItStands) {
-    const fs::path folder = NewFolder("Literal");
-    Write(folder / "dot.");
-    Write(folder / "blank ");
-    EXPECT_EQ(Find(u"\\\\?\\C:\\Literal\\dot."), folder / "dot.");
-    EXPECT_EQ(Find(u"\\\\?\\C:\\literal\\BLANK "), folder / "blank ");
-    EXPECT_EQ(Find(u"C:\\Literal\\dot."), "2");
-    EXPECT_EQ(Find(u"C:\\Literal\\blank "), "2");
 }
 
 TEST(FindFile, FollowsDrivesAndSharesThatAreLinks) {
@@ -234,7 +206,7 @@ TEST(FindFile, SeesEveryChangeAtTheNextLookup) {
     const fs::path folder = NewFolder("Changing");
     for (int round = 0; round < 3; ++round) {
         LookUntilSettled(u"C:\\changing\\library.dll", "2");
-        Write(folder / "Library.DLL");
+        WriteHostFile(folder / "Library.DLL");
         ASSERT_EQ(Find(u"C:\\changing\\library.dll"), folder / "Library.DLL");
         LookUntilSettled(u"C:\\changing\\library.dll", folder / "Library.DLL");
         fs::rename(folder / "Library.DLL", folder / "LIBRARY.dll");
@@ -244,7 +216,7 @@ TEST(FindFile, SeesEveryChangeAtTheNextLookup) {
     // A change above: the folder is replaced by one that holds the file.
     LookUntilSettled(u"C:\\changing\\library.dll", "2");
     const fs::path other = NewFolder("Other");
-    Write(other / "Library.dll");
+    WriteHostFile(other / "Library.dll");
     fs::rename(folder, DriveC() / "Away");
     fs::rename(other, folder);
     EXPECT_EQ(Find(u"C:\\changing\\library.dll"), folder / "Library.dll");
@@ -252,7 +224,7 @@ TEST(FindFile, SeesEveryChangeAtTheNextLookup) {
 
     // Many changes within one step of the clock.
     for (int round = 0; round < 200; ++round) {
-        Write(folder / "Quick");
+        WriteHostFile(folder / "Quick");
         ASSERT_EQ(Find(u"C:\\changing\\quick"), folder / "Quick");
         fs::remove(folder / "Quick");
         ASSERT_EQ(Find(u"C:\\changing\\quick"), "2");
@@ -261,7 +233,7 @@ TEST(FindFile, SeesEveryChangeAtTheNextLookup) {
 
 TEST(FindFile, LooksThroughAVeryLargeFolder) {
     const fs::path folder = NewFolder("Large");
-    Write(folder / "File0");
+    WriteHostFile(folder / "File0");
     for (int file = 1; file < 10'010; ++file) {
         fs::create_hard_link(folder / "File0", folder / ("File" + std::to_string(file)));
     }
@@ -273,7 +245,7 @@ TEST(FindFile, LooksThroughAVeryLargeFolder) {
 
 TEST(FindFile, ServesThreadsWhileFoldersChange) {
     const fs::path folder = NewFolder("Threads");
-    Write(folder / "Always");
+    WriteHostFile(folder / "Always");
     std::atomic<bool> stop = false;
     std::atomic<int> wrong = 0;
     std::vector<std::thread> threads;
@@ -287,7 +259,7 @@ TEST(FindFile, ServesThreadsWhileFoldersChange) {
         });
     }
     for (int round = 0; round < 200; ++round) {
-        Write(folder / ("Other" + std::to_string(round)));
+        WriteHostFile(folder / ("Other" + std::to_string(round)));
         fs::create_directory(fs::path(Machine::Current().Folder()) / "drives/t");
         fs::remove(fs::path(Machine::Current().Folder()) / "drives/t");
     }

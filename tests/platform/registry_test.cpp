@@ -128,16 +128,6 @@ TEST_F(Registry, ValuesInNarrowForm) {
     }
 }
 
-TEST_F(Registry, TheSizeAskedForHoldsTheText) {
-    WriteRegistry(kFacts);
-    const TestKey key(u"SOFTWARE\\Facts");
-    DWORD size = 0;
-    EXPECT_EQ(RegQueryValueExW(key.Get(), u"sznonul", nullptr, nullptr, nullptr, &size), 0);
-    EXPECT_EQ(size, 10u);
-    EXPECT_EQ(RegQueryValueExA(key.Get(), "sznonul", nullptr, nullptr, nullptr, &size), 0);
-    EXPECT_EQ(size, 5u);
-}
-
 TEST_F(Registry, SubKeysComeInTheOrderOfTheirUpperCasedUnits) {
     WriteRegistry(kFacts);
     const TestKey key(u"SOFTWARE\\Facts\\order");
@@ -207,33 +197,6 @@ TEST_F(Registry, WhatIsNoHandle) {
         EXPECT_EQ(TextOf(none, u"sz"), "error 6");
         EXPECT_EQ(RegEnumKeyExW(none, 0, name, &length, nullptr, nullptr, nullptr, nullptr), 6);
         EXPECT_EQ(GetLastError(), 12345u);
-    }
-}
-
-TEST_F(Registry, AccessIsThatOfTheOpening) {
-    WriteRegistry(kFacts);
-    const struct {
-        REGSAM access;
-        LONG query;
-        LONG enumerate;
-    } cases[] = {
-        {KEY_ENUMERATE_SUB_KEYS, 5, 0},
-        {KEY_QUERY_VALUE, 0, 5},
-        {KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS, 0, 0},
-        {KEY_READ | KEY_WOW64_32KEY, 0, 0},
-        {0, 5, 5},
-    };
-    for (const auto& row : cases) {
-        const TestKey key(u"SOFTWARE\\Facts", row.access);
-        WCHAR name[64];
-        DWORD length = 64;
-        EXPECT_EQ(Answer(key.Get(), u"sz", 64).error, row.query) << row.access;
-        EXPECT_EQ(Answer(key.Get(), "sz", 64).error, row.query) << row.access;
-        EXPECT_EQ(RegEnumKeyExW(key.Get(), 0, name, &length, nullptr, nullptr, nullptr, nullptr),
-                  row.enumerate)
-            << row.access;
-        // A key opened below has the access asked for there.
-        EXPECT_EQ(TestKey(u"order", KEY_READ, key.Get()).error, 0) << row.access;
     }
 }
 

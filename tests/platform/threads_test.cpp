@@ -24,17 +24,6 @@ TEST(ThreadSlot, HoldsAValueForEachThread) {
     EXPECT_TRUE(TlsFree(slot));
 }
 
-TEST(ThreadSlot, StartsNullWhenItsNumberComesBack) {
-    int value = 0;
-    const DWORD first = TlsAlloc();
-    EXPECT_TRUE(TlsSetValue(first, &value));
-    EXPECT_TRUE(TlsFree(first));
-    const DWORD second = TlsAlloc();
-    ASSERT_EQ(second, first) << "the number was not used again, so this shows nothing";
-    EXPECT_EQ(TlsGetValue(second), nullptr);
-    EXPECT_TRUE(TlsFree(second));
-}
-
 TEST(ThreadSlot, RunsOutWithAnErrorOfItsOwn) {
     std::vector<DWORD> slots;
     for (DWORD slot = TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = TlsAlloc()) {
@@ -45,15 +34,6 @@ TEST(ThreadSlot, RunsOutWithAnErrorOfItsOwn) {
     for (const DWORD slot : slots) {
         EXPECT_TRUE(TlsFree(slot));
     }
-}
-
-TEST(LastError, BelongsToOneThread) {
-    SetLastError(5);
-    std::thread([] {
-        EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-        SetLastError(6);
-    }).join();
-    EXPECT_EQ(GetLastError(), 5u);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Volumes: what the host tells about them, and what the machine's registry tells in its place.
+// Volumes: what the host knows of them, what the machine's registry says in its place, and locking
+// and dismounting a drive through its device.
 
 #include "platform/volumes.h"
 
@@ -7,14 +8,11 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "platform/posix/machine/machine.h"
 #include "platform/posix/text/host_text.h"
+#include "support/drive_files.h"
 #include "support/test_machine.h"
 
 namespace {
@@ -205,24 +203,74 @@ TEST_F(Volumes, FollowTheFolderOfAFixedDrive) {
     EXPECT_EQ(Ask(u"K:\\").error, 3u);
 }
 
-TEST_F(Volumes, AreAskedOnManyThreads) {
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number) {
-        threads.emplace_back([] {
-            for (int round = 0; round < 500; ++round) {
-                const Answer answer = Ask(u"M:\\");
-                ASSERT_EQ(answer.error, 0u);
-                ASSERT_TRUE(answer.label == "" || answer.label == "One" || answer.label == "Two");
-            }
-        });
+std::string Kind(const std::string& kind) {
+    return "\"Kind\"=\"" + kind + "\"";
+}
+
+DWORD Control(const OpenedFile& device, DWORD code) {
+    DWORD returned = 77;
+    const BOOL done =
+        DeviceIoControl(device.Get(), code, nullptr, 0, nullptr, 0, &returned, nullptr);
+    EXPECT_EQ(returned, 0u);
+    return ErrorOf(done);
+}
+
+class DriveDevices : public testing::Test {
+  protected:
+    void SetUp() override {
+        const fs::path drive = DriveC().parent_path() / "m";
+        fs::create_directories(drive / "Folder");
+        WriteHostFile(drive / "Folder/file");
+        WriteHostFile(DriveC() / "elsewhere");
     }
-    for (int round = 0; round < 50; ++round) {
-        Tell("M", round % 2 == 0 ? "\"Label\"=\"One\"" : "\"Label\"=\"Two\"");
+};
+
+TEST_F(DriveDevices, AreLockedAndDismountedWhenRemovable) {
+    EXPECT_EQ(OpenedFile(u"\\\\.\\Q:", GENERIC_READ, 3).Error(), 2u);
+    Tell("M", Kind("fixed"));
+    {
+        const OpenedFile fixed(u"\\\\.\\M:", GENERIC_READ, 3);
+        ASSERT_TRUE(fixed.IsOpen());
+        EXPECT_EQ(Control(fixed, FSCTL_LOCK_VOLUME), 5u);
+        EXPECT_EQ(Control(fixed, FSCTL_DISMOUNT_VOLUME), 5u);
     }
-    for (std::thread& thread : threads) {
-        thread.join();
+    Tell("M", Kind("removable") + "\n\"Empty\"=dword:00000001");
+    {
+        const OpenedFile empty(u"\\\\.\\m:", GENERIC_READ, 3);
+        ASSERT_TRUE(empty.IsOpen());
+        EXPECT_EQ(Control(empty, FSCTL_LOCK_VOLUME), 21u);
     }
-    EXPECT_EQ(Ask(u"M:\\").label, "Two");
+    for (const char* kind : {"removable", "cdrom"}) {
+        Tell("M", Kind(kind));
+        const OpenedFile device(u"\\\\.\\M:", GENERIC_READ, 3);
+        EXPECT_EQ(Control(device, FSCTL_LOCK_VOLUME), 0u);
+        EXPECT_EQ(Control(device, FSCTL_DISMOUNT_VOLUME), 0u);
+        EXPECT_EQ(Control(device, 0x00090000), 50u);
+    }
+}
+
+TEST_F(DriveDevices, AreNotLockedWhileInUse) {
+    Tell("M", Kind("removable"));
+    const OpenedFile device(u"\\\\.\\M:", GENERIC_READ | GENERIC_WRITE, 3);
+    const OpenedFile elsewhere(u"C:\\elsewhere", GENERIC_READ);
+    ASSERT_TRUE(device.IsOpen() && elsewhere.IsOpen());
+    {
+        const OpenedFile file(u"M:\\Folder\\file", GENERIC_READ, 7);
+        EXPECT_EQ(Control(device, FSCTL_LOCK_VOLUME), 5u);
+    }
+    EXPECT_EQ(Control(device, FSCTL_LOCK_VOLUME), 0u);
+    OpenedFile other(u"\\\\.\\M:", GENERIC_READ, 3);
+    EXPECT_EQ(Control(other, FSCTL_LOCK_VOLUME), 5u);
+    EXPECT_EQ(Control(elsewhere, FSCTL_LOCK_VOLUME), 6u);
+}
+
+TEST_F(DriveDevices, AreUnlockedByClosing) {
+    Tell("M", Kind("removable"));
+    OpenedFile first(u"\\\\.\\M:", GENERIC_READ, 3);
+    EXPECT_EQ(Control(first, FSCTL_LOCK_VOLUME), 0u);
+    first.Close();
+    const OpenedFile second(u"\\\\.\\M:", GENERIC_READ, 3);
+    EXPECT_EQ(Control(second, FSCTL_LOCK_VOLUME), 0u);
 }
 
 }  // namespace

@@ -67,18 +67,6 @@ inline std::string TextAt(const WCHAR* path, const WCHAR* name, REGSAM access = 
                                       : "error " + std::to_string(key.error);
 }
 
-// Bytes of any value; "error N" without one.
-inline std::string BytesOf(HKEY key, const WCHAR* name, DWORD* type) {
-    DWORD size = 0;
-    LONG error = RegQueryValueExW(key, name, nullptr, type, nullptr, &size);
-    std::string bytes(size, '#');
-    if (error == ERROR_SUCCESS) {
-        error = RegQueryValueExW(key, name, nullptr, type, reinterpret_cast<BYTE*>(bytes.data()),
-                                 &size);
-    }
-    return error == ERROR_SUCCESS ? bytes : "error " + std::to_string(error);
-}
-
 inline std::vector<std::string> SubKeysOf(HKEY key) {
     std::vector<std::string> names;
     for (DWORD index = 0;; ++index) {

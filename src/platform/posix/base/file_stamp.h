@@ -18,11 +18,9 @@ inline bool IsSameFile(const struct stat& left, const struct stat& right) {
 std::int64_t Now();
 
 // Whether every change from `moment` on gets another time stamp than this one; both are nanoseconds
-// since 1970.
-//
-// File systems stamp in steps. Most take the kernel's clock, which advances every 10 milliseconds
-// at most and may be that much behind ours; some store hundredths of a second. Old ones store whole
-// seconds, and FAT every other one, so a stamp without a fraction counts as one of these.
+// since 1970. Most file systems stamp by the kernel's clock, which advances every 10 milliseconds
+// at most and may lag as much; old ones store whole seconds, and FAT every other one, so a stamp
+// without a fraction counts as one of these.
 constexpr bool HasSettled(std::int64_t stamp, std::int64_t moment) {
     constexpr std::int64_t kMillisecond = 1'000'000;
     constexpr std::int64_t kSecond = 1'000 * kMillisecond;

@@ -1,7 +1,5 @@
-// Handles: numbers under which the system's objects are known to their users.
-//
-// A handle is good from OpenHandle until CloseHandle; afterwards, and for any other value, it is
-// known to be none. An object lives on while an operation still uses it. Safe on any thread.
+// Handles: numbers under which the system's objects are known to their users, from OpenHandle until
+// CloseHandle. An object lives on while an operation still uses it. Safe on any thread.
 #pragma once
 
 #include <memory>
@@ -19,7 +17,7 @@ class HandleObject {
     virtual ~HandleObject() = default;
 };
 
-// A new handle on the object. Throws std::bad_alloc when there are too many.
+// A new handle on the object.
 HANDLE OpenHandle(std::shared_ptr<HandleObject> object);
 
 // Null for what is no handle.

@@ -1,7 +1,6 @@
-// A value that is made once and then stays to the end of the process.
-//
-// No lock is held while it is made: that may load a library of the host's, whose initialisers may
-// come back here. Threads that need it at once each make one, and the first that is kept counts.
+// A value that is made once and then stays to the end of the process. No lock is held while it is
+// made, which may load a library of the host's whose initialisers come back here: threads that need
+// it at once each make one, and the first that is kept counts.
 #pragma once
 
 #include <atomic>

@@ -1,9 +1,11 @@
-// Owner of a file descriptor, which is never that of a standard stream.
+// Owners of a file descriptor, which is never that of a standard stream, and of an open folder.
 #pragma once
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -52,5 +54,10 @@ class ScopedDescriptor {
 // prints meanwhile.
 PLATFORM_API ScopedDescriptor OpenDescriptor(const std::string& path, int flags, mode_t mode = 0,
                                              int folder = AT_FDCWD);
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+using ScopedFolder = std::unique_ptr<DIR, CloseFolder>;
 
 }  // namespace brevik::platform

@@ -78,8 +78,7 @@ bool WriteAll(int descriptor, const std::string& text) {
     return true;
 }
 
-// REQUIRES: the lock. It makes one name enough for the new file: what a killed writer left behind
-// there is nobody's.
+// REQUIRES: the lock, which makes one name enough for the new file.
 DWORD ReplaceFile(const std::string& path, const std::string& text, mode_t mode) {
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
     const std::string newPath = path + ".new";

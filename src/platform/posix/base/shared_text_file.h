@@ -1,17 +1,12 @@
 // A small text file of the machine that several programs read and replace whole.
 //
-// A writer holds the file's WriteLock from its reading to its replacing, so that no two of them
-// lose each other's changes, and puts the new text in place by renaming, so that readers need no
-// lock and never see half of it. The text is on the disk before its name is: after a writer was
-// killed or the power failed, the file is the old one or the new one. A writer that was killed may
-// leave a file PATH.new, which the next one replaces.
+// A writer holds the file's WriteLock from its reading to its replacing, and puts the new text in
+// place by renaming once it is on the disk: readers need no lock, and after a crash the file is the
+// old one or the new one. A file PATH.new that a killed writer left is replaced by the next one.
+// Of a symbolic link the target is replaced, and the lock lies beside that.
 //
-// Where the path is a symbolic link, the file that it leads to is replaced, and the lock lies
-// beside that.
-//
-// An empty path is that of a file without a place: every operation gives error 3.
-//
-// Threads: any number may use one object.
+// An empty path is that of a file without a place: every operation returns ERROR_PATH_NOT_FOUND.
+// Any number of threads may use one object.
 #pragma once
 
 #include <sys/stat.h>
@@ -36,14 +31,13 @@ class PLATFORM_API SharedTextFile {
     // The longest text, in bytes: a file of any size must not fill the memory of a host.
     static constexpr std::size_t kLongestText = std::size_t{64} << 20;
 
-    // The file's bytes; of a missing file, none. NO_ERROR; 5 where it may not be read or is no
-    // plain file, 13 where it is longer than the longest text, and others of the host.
+    // The file's bytes; of a missing file, none. NO_ERROR; ERROR_ACCESS_DENIED also for what is no
+    // plain file, ERROR_INVALID_DATA where it is longer than the longest text, others of the host.
     DWORD Read(std::string* text) const;
 
     // Reads the file, has `change` work on the bytes, and replaces the file when they are others
     // then. An error of `change` is the result, and the file stays; further ones are those of the
-    // lock and of Read, 3 for a missing folder, 5 where it may not be written, 13 where the new
-    // text is longer than the longest text, 112 for a full disk, and others of the host.
+    // lock and of Read, ERROR_PATH_NOT_FOUND for a missing folder, and others of the host.
     DWORD Update(const std::function<DWORD(std::string* text)>& change) const;
 
   private:

@@ -53,8 +53,8 @@ struct Stamped {
     SeenFiles seen;
 };
 
-// Answers by what was asked, up to a bound: all are dropped when it is reached. Whether one still
-// holds is for its user to look. Safe on any thread.
+// Answers by what was asked, all dropped when a bound is reached. Its user looks whether one still
+// holds. Safe on any thread.
 template <typename Question, typename Kept>
 class AnswerCache {
   public:

@@ -51,7 +51,7 @@ class ProcessQueue {
         }
     }
 
-    // Somebody, in whatever process, has come to a turn.
+    // A writer of any process has come to a turn.
     void NoteTurn() {
         const std::lock_guard lock(mutex_);
         lastTurn_ = Clock::now();
@@ -113,8 +113,8 @@ DWORD WriteLock::Take(const std::string& path) {
 }
 
 // Processes queue at a second lock, on a byte of the file, whose holder alone tries the first one:
-// writers that never rest would else starve others. The queue is a courtesy, which ends after a
-// while: a writer that is stopped there holds nobody for good.
+// writers that never rest would else starve others. The queueing ends after a while, since a writer
+// may be stopped there.
 DWORD WriteLock::WaitForOtherProcesses(Clock::time_point begin) {
     constexpr std::chrono::microseconds kShortestPause{100};
     constexpr std::chrono::microseconds kLongestPause{2000};

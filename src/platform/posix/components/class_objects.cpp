@@ -1,16 +1,12 @@
-#include <algorithm>
 #include <cstdio>
-#include <iterator>
 #include <map>
 #include <mutex>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/component_model.h"
 #include "platform/modules.h"
 #include "platform/never_destroyed.h"
-#include "platform/posix/components/built_in_classes.h"
 #include "platform/posix/text/host_text.h"
 #include "platform/registry.h"
 #include "platform/shell_links.h"
@@ -20,16 +16,7 @@ namespace {
 
 using GetClassObject = HRESULT(STDMETHODCALLTYPE*)(REFCLSID, REFIID, void**);
 
-struct BuiltInClass {
-    CLSID id;
-    HRESULT (*create)(REFIID iid, void** object);
-};
-
-constexpr BuiltInClass kBuiltInClasses[] = {
-    {CLSID_ShellLink, CreateShellLink},
-};
-
-// One more entry tells by its result whether there was one before.
+// One more entry shows by its result whether there was one before.
 bool IsInApartment() {
     const HRESULT entry = CoInitialize(nullptr);
     if (SUCCEEDED(entry)) {
@@ -73,7 +60,7 @@ HRESULT FindServer(REFCLSID classId, std::u16string* server) {
     return server->empty() ? REGDB_E_CLASSNOTREG : S_OK;
 }
 
-// The libraries that classes come from. Each stays loaded: nobody tells when its last object has
+// The libraries that classes come from. Each stays loaded: nothing shows when its last object has
 // gone. No library is loaded under the lock, since its initialisers may ask for other classes.
 class Servers {
   public:
@@ -152,13 +139,10 @@ HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFII
     if ((context & CLSCTX_INPROC_SERVER) == 0) {
         return REGDB_E_CLASSNOTREG;
     }
-    const auto builtIn =
-        std::find_if(std::begin(kBuiltInClasses), std::end(kBuiltInClasses),
-                     [&](const BuiltInClass& candidate) { return candidate.id == classId; });
-    if (builtIn == std::end(kBuiltInClasses)) {
+    if (classId != CLSID_ShellLink) {
         return CreateFromServer(classId, outer, iid, object);
     }
-    return outer != nullptr ? CLASS_E_NOAGGREGATION : builtIn->create(iid, object);
+    return outer != nullptr ? CLASS_E_NOAGGREGATION : CreateShellLink(iid, object);
 }
 
 }  // namespace brevik::platform

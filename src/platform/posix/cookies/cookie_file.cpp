@@ -17,7 +17,7 @@ constexpr std::string_view kHttpOnlyPrefix = "#HttpOnly_";
 
 using Fields = std::array<std::string_view, 7>;
 
-// The fields of a line; a line that ends behind the name has an empty value. False for any other
+// The fields of a line; a line that ends after the name has an empty value. False for any other
 // number of fields.
 bool SplitFields(std::string_view line, Fields* fields) {
     std::size_t count = 0;
@@ -58,7 +58,7 @@ std::optional<std::int64_t> ParseExpiry(std::string_view text) {
 }
 
 // Whether a cookie comes out of "name=value; name=value" as it went in.
-bool CanBeTold(const CookieRow& row) {
+bool CanBeShown(const CookieRow& row) {
     return !row.name.empty() && row.name.front() != ' ' &&
            row.name.find_first_of("=;") == std::string::npos &&
            row.value.find(';') == std::string::npos &&
@@ -93,10 +93,10 @@ std::optional<CookieRow> ParseRow(std::string_view line) {
     row.expires = *expires;
     row.name = fields[5];
     row.value = fields[6];
-    return CanBeTold(row) ? std::optional(std::move(row)) : std::nullopt;
+    return CanBeShown(row) ? std::optional(std::move(row)) : std::nullopt;
 }
 
-// A cookie for subdomains has a dot in front of its domain: some programs insist on it.
+// A cookie for subdomains has a dot before its domain: some programs insist on it.
 std::string FormatRow(const CookieRow& row) {
     const auto flag = [](bool value) { return value ? "\tTRUE\t" : "\tFALSE\t"; };
     std::string line(row.isHttpOnly ? kHttpOnlyPrefix : "");
@@ -105,15 +105,15 @@ std::string FormatRow(const CookieRow& row) {
     return line + std::to_string(row.expires) + '\t' + row.name + '\t' + row.value + '\n';
 }
 
-// Whether a program that asks for the URL is told of the cookie.
+// Whether a program that asks for the URL may see the cookie.
 bool IsVisible(const CookieRow& row, const CookieUrl& url, std::int64_t now) {
-    return !row.isHttpOnly && !row.IsExpired(now) && (!row.isSecure || url.isSecure) &&
+    return !row.isHttpOnly && !row.isSecure && !row.IsExpired(now) &&
            (row.includesSubdomains ? IsHostWithin(url.host, row.domain) : url.host == row.domain) &&
            IsPathWithin(url.path, row.path);
 }
 
-bool IsProtected(const CookieRow& row, const CookieUrl& url, std::int64_t now) {
-    return !row.IsExpired(now) && (row.isHttpOnly || (row.isSecure && !url.isSecure));
+bool IsProtected(const CookieRow& row, std::int64_t now) {
+    return !row.IsExpired(now) && (row.isHttpOnly || row.isSecure);
 }
 
 // Whether a cookie of this domain may be stored for the host: one for a single label would be sent
@@ -126,9 +126,6 @@ CookieRow NewRow(const CookieUrl& url, const CookieSetText& order) {
     CookieRow row;
     row.domain = order.domain.empty() ? url.host : order.domain;
     row.includesSubdomains = !IsIpAddress(row.domain);
-    row.path = order.path;
-    row.isSecure = order.isSecure;
-    row.isHttpOnly = order.isHttpOnly;
     row.expires = order.expires.value_or(0);
     row.name = order.name;
     row.value = order.body;
@@ -176,7 +173,7 @@ DWORD CookieFile::Store(const CookieUrl& url, const CookieSetText& order, std::i
                line.row->path == row.path;
     };
     if (std::ranges::any_of(lines_, [&](const Line& line) {
-            return isReplaced(line) && IsProtected(*line.row, url, now);
+            return isReplaced(line) && IsProtected(*line.row, now);
         })) {
         return ERROR_ACCESS_DENIED;
     }

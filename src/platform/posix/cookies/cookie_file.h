@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "platform/errors.h"
-#include "platform/posix/cookies/cookie_set_text.h"
 #include "platform/posix/cookies/cookie_url.h"
 
 namespace brevik::platform {
@@ -32,6 +31,20 @@ struct CookieRow {
     bool IsExpired(std::int64_t now) const { return expires != 0 && expires <= now; }
 };
 
+// What a program asks the store to keep: "name=body;domain=D;expires=T".
+struct CookieSetText {
+    std::string name;
+    std::string body;
+    std::string domain;                   // lower case, without a leading dot; empty: not given
+    std::optional<std::int64_t> expires;  // seconds since 1970; nothing for the end of the session
+};
+
+// Takes a text apart: the cookie, and what follows its first ";" as attributes, of which others
+// than these count for nothing. NO_ERROR; ERROR_INVALID_PARAMETER for a cookie without a name or
+// without "=", and for any control character. The one form of a date that is understood is "Fri,
+// 5-Mar-2032  9: 7: 5 GMT"; any other counts as none.
+PLATFORM_API DWORD ParseCookieSetText(std::string_view data, CookieSetText* parts);
+
 class PLATFORM_API CookieFile {
   public:
     explicit CookieFile(std::string_view text);
@@ -43,9 +56,10 @@ class PLATFORM_API CookieFile {
     std::string CookiesFor(const CookieUrl& url, std::int64_t now) const;
 
     // Stores the cookie at the end, in place of the one with its name, domain and path; with an
-    // expiry in the past it removes that one. NO_ERROR. With an error nothing is stored: 87 when
-    // the domain does not cover the URL's host or is a single label that is not the host, 5 when a
-    // cookie to replace is marked HttpOnly, or secure and the URL is not.
+    // expiry in the past it removes that one. NO_ERROR. With an error nothing is stored:
+    // ERROR_INVALID_PARAMETER when the domain does not cover the URL's host or is a single label
+    // that is not the host, ERROR_ACCESS_DENIED when a cookie to replace is marked HttpOnly or
+    // secure.
     DWORD Store(const CookieUrl& url, const CookieSetText& order, std::int64_t now);
 
     // Every cookie of the file.

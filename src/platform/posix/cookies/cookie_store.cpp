@@ -6,10 +6,9 @@
 #include <string>
 #include <utility>
 
+#include "platform/posix/base/last_error.h"
 #include "platform/posix/base/shared_text_file.h"
 #include "platform/posix/cookies/cookie_file.h"
-#include "platform/posix/cookies/cookie_set_text.h"
-#include "platform/posix/cookies/cookie_url.h"
 
 namespace brevik::platform {
 namespace {
@@ -17,23 +16,21 @@ namespace {
 // Of the thread that called LockCookieStore, until it unlocks.
 thread_local LockedTextFile* lockedStore = nullptr;
 
-BOOL Answer(DWORD error) {
-    if (error != NO_ERROR) {
-        SetLastError(error);
-    }
-    return error == NO_ERROR;
+// Calls `use` with the store that this thread has locked, or with one that it has not.
+template <typename Use>
+DWORD UseStore(Use use) {
+    return lockedStore != nullptr ? use(*lockedStore) : use(SharedTextFile(CookieFilePath()));
 }
 
-// NO_ERROR, or 259 without a cookie.
+// NO_ERROR, or ERROR_NO_MORE_ITEMS without a cookie.
 DWORD FindCookies(const char* url, std::string* cookies) {
     CookieUrl parts;
     if (const DWORD error = ParseCookieUrl(url, &parts); error != NO_ERROR) {
         return error;
     }
     std::string text;
-    const DWORD error = lockedStore != nullptr ? lockedStore->Read(&text)
-                                               : SharedTextFile(CookieFilePath()).Read(&text);
-    if (error != NO_ERROR) {
+    if (const DWORD error = UseStore([&](const auto& store) { return store.Read(&text); });
+        error != NO_ERROR) {
         return error;
     }
     *cookies = CookieFile(text).CookiesFor(parts, std::time(nullptr));
@@ -63,23 +60,20 @@ BOOL InternetSetCookieA(const char* url, const char* name, const char* data) {
     if (url == nullptr || name != nullptr || data == nullptr) {
         return Answer(ERROR_INVALID_PARAMETER);
     }
-    const std::int64_t now = std::time(nullptr);
     CookieUrl parts;
-    if (const DWORD error = ParseCookieUrl(url, &parts); error != NO_ERROR) {
-        return Answer(error);
-    }
     CookieSetText order;
-    if (const DWORD error = ParseCookieSetText(data, now, &order); error != NO_ERROR) {
-        return Answer(error);
+    DWORD error = ParseCookieUrl(url, &parts);
+    error = error == NO_ERROR ? ParseCookieSetText(data, &order) : error;
+    if (error != NO_ERROR) {
+        return Fail(error);
     }
     const auto change = [&](std::string* text) {
         CookieFile file(*text);
-        const DWORD error = file.Store(parts, order, now);
+        const DWORD stored = file.Store(parts, order, std::time(nullptr));
         *text = file.Text();
-        return error;
+        return stored;
     };
-    return Answer(lockedStore != nullptr ? lockedStore->Update(change)
-                                         : SharedTextFile(CookieFilePath()).Update(change));
+    return Answer(UseStore([&](const auto& store) { return store.Update(change); }));
 }
 
 BOOL LockCookieStore() {

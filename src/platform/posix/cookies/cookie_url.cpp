@@ -9,19 +9,6 @@ namespace {
 
 constexpr std::size_t kLongestHost = 255;  // of a name in the domain name system
 
-constexpr bool IsLetter(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
-
-constexpr bool IsSchemeCharacter(char character) {
-    return IsLetter(character) || (character >= '0' && character <= '9') || character == '+' ||
-           character == '-' || character == '.';
-}
-
-bool IsScheme(std::string_view text) {
-    return !text.empty() && IsLetter(text.front()) && std::ranges::all_of(text, IsSchemeCharacter);
-}
-
 // The host of "user:password@host:port" and of "[address]:port".
 std::string_view HostOf(std::string_view authority) {
     if (const std::size_t user = authority.rfind('@'); user != authority.npos) {
@@ -37,15 +24,14 @@ std::string_view HostOf(std::string_view authority) {
 }  // namespace
 
 DWORD ParseCookieUrl(std::string_view url, CookieUrl* parts) {
-    constexpr std::string_view kSchemeEnd = "://";
+    constexpr std::string_view kScheme = "http://";
     if (url.empty()) {
         return ERROR_INVALID_PARAMETER;
     }
-    const std::size_t schemeEnd = url.find(kSchemeEnd);
-    if (schemeEnd == url.npos || !IsScheme(url.substr(0, schemeEnd))) {
+    if (!LowerAscii(url).starts_with(kScheme)) {
         return ERROR_INTERNET_UNRECOGNIZED_SCHEME;
     }
-    std::string_view rest = url.substr(schemeEnd + kSchemeEnd.size());
+    std::string_view rest = url.substr(kScheme.size());
     const std::size_t authorityEnd = std::min(rest.find_first_of("/\\?#"), rest.size());
     const std::string_view host = HostOf(rest.substr(0, authorityEnd));
     const auto isForbidden = [](char character) {
@@ -58,7 +44,6 @@ DWORD ParseCookieUrl(std::string_view url, CookieUrl* parts) {
     rest = rest.substr(0, rest.find_first_of("?#"));
     parts->host = LowerAscii(host);
     parts->path = rest.starts_with('/') ? rest : "/";
-    parts->isSecure = LowerAscii(url.substr(0, schemeEnd)) == "https";
     return NO_ERROR;
 }
 

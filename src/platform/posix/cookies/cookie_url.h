@@ -1,5 +1,5 @@
-// The place that a cookie is asked for: what a URL says about host, path and security, and how
-// hosts and paths of cookies match it.
+// The place that a cookie is asked for: what a URL says about host and path, and how hosts and
+// paths of cookies match it.
 #pragma once
 
 #include <string>
@@ -12,11 +12,11 @@ namespace brevik::platform {
 struct CookieUrl {
     std::string host;  // lower case, without user, port and brackets
     std::string path;  // from its "/" on, without query and fragment
-    bool isSecure = false;
 };
 
-// NO_ERROR; 87 for an empty URL and for one without a host, with one of more than 255 bytes or with
-// blanks or control characters in it, 12006 for one without a scheme.
+// NO_ERROR; ERROR_INVALID_PARAMETER for an empty URL and for one without a host, with one of more
+// than 255 bytes or with blanks or control characters in it, ERROR_INTERNET_UNRECOGNIZED_SCHEME for
+// one that does not begin with "http://".
 PLATFORM_API DWORD ParseCookieUrl(std::string_view url, CookieUrl* parts);
 
 // Whether the host is the domain or lies beneath it. Nothing lies beneath an IP address. Both in

@@ -44,71 +44,59 @@ bool HasNoLists(int error) {
     return error == EOPNOTSUPP || error == ENOSYS;
 }
 
-DWORD SetDefaultList(int folder, unsigned permissions) {
+// All rights for every user.
+DWORD SetDefaultList(int folder) {
     constexpr std::uint16_t kAll = kAllPermissions;
-    const auto others = static_cast<std::uint16_t>(permissions);
-    const DefaultList list = {kListVersion,
-                              {{kOwner, kAll, kNoUser},
-                               {kGroup, others, kNoUser},
-                               {kMask, others, kNoUser},
-                               {kOthers, others, kNoUser}}};
-    const bool isSet = fsetxattr(folder, kDefaultList, &list, sizeof list, 0) == 0;
+    constexpr DefaultList kList = {kListVersion,
+                                   {{kOwner, kAll, kNoUser},
+                                    {kGroup, kAll, kNoUser},
+                                    {kMask, kAll, kNoUser},
+                                    {kOthers, kAll, kNoUser}}};
+    const bool isSet = fsetxattr(folder, kDefaultList, &kList, sizeof kList, 0) == 0;
     return isSet || HasNoLists(errno) ? NO_ERROR : ErrorFromHost(errno);
 }
 
-DWORD Grant(int descriptor, OtherUsersRights rights) {
-    struct stat status;
-    if (fstat(descriptor, &status) != 0) {
-        return ErrorFromHost(errno);
-    }
-    const bool isFolder = S_ISDIR(status.st_mode);
-    unsigned others = rights == OtherUsersRights::kAll ? kAllPermissions : 0;
-    if (!isFolder) {
-        others &= kMayRead | (status.st_mode & S_IRWXU) >> 6;
-    }
-    // The file's own access list would otherwise still decide what its group may do.
-    if (fremovexattr(descriptor, kAccessList) != 0 && errno != ENODATA && !HasNoLists(errno)) {
-        return ErrorFromHost(errno);
-    }
-    constexpr mode_t kKept = 07777 & ~(S_IRWXG | S_IRWXO);
-    if (fchmod(descriptor, (status.st_mode & kKept) | others << 3 | others) != 0) {
-        return ErrorFromHost(errno);
-    }
-    return isFolder ? SetDefaultList(descriptor, others) : DWORD{NO_ERROR};
-}
-
-// The mode of a folder before it is opened to others. Where they may make files, none may replace
+// The mode of a folder before it is opened to others. Since they may make files, none may replace
 // another's: a link in the place of a file would have its user's programs write where it leads.
-mode_t ShutMode(OtherUsersRights rights) {
-    return S_IRWXU | (rights == OtherUsersRights::kAll ? S_ISVTX : 0);
-}
+constexpr mode_t kShutMode = S_IRWXU | S_ISVTX;
 
 // Makes the folder where it is to be, and opens it to others afterwards.
-DWORD MakeInPlace(const std::string& path, OtherUsersRights rights) {
-    const DWORD error = ErrorOf(mkdir(path.c_str(), ShutMode(rights)));
-    return error == NO_ERROR ? GrantToOthers(path, rights) : error;
+DWORD MakeInPlace(const std::string& path) {
+    const DWORD error = ErrorOf(mkdir(path.c_str(), kShutMode));
+    return error == NO_ERROR ? OpenToOthers(path) : error;
 }
 
 }  // namespace
 
-DWORD GrantToOthers(const std::string& path, OtherUsersRights rights) {
+DWORD OpenToOthers(const std::string& path) {
     // Without blocking, so that a pipe is not waited for.
     const ScopedDescriptor file = OpenDescriptor(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    return file ? Grant(file.Get(), rights) : ErrorFromHost(errno);
+    struct stat status;
+    if (!file || fstat(file.Get(), &status) != 0) {
+        return ErrorFromHost(errno);
+    }
+    const bool isFolder = S_ISDIR(status.st_mode);
+    const unsigned others = isFolder ? kAllPermissions : kMayRead | (status.st_mode & S_IRWXU) >> 6;
+    // The file's own access list would otherwise still decide what its group may do.
+    if (fremovexattr(file.Get(), kAccessList) != 0 && errno != ENODATA && !HasNoLists(errno)) {
+        return ErrorFromHost(errno);
+    }
+    constexpr mode_t kKept = 07777 & ~(S_IRWXG | S_IRWXO);
+    if (fchmod(file.Get(), (status.st_mode & kKept) | others << 3 | others) != 0) {
+        return ErrorFromHost(errno);
+    }
+    return isFolder ? SetDefaultList(file.Get()) : DWORD{NO_ERROR};
 }
 
-DWORD MakeFolderWithRights(const std::string& path, OtherUsersRights rights) {
-    if (rights == OtherUsersRights::kAsTheMaskSays) {
-        return ErrorOf(mkdir(path.c_str(), 0777));
-    }
+DWORD MakeOpenFolder(const std::string& path) {
     // Made under another name and renamed when it is ready: a process that ends half-way must not
     // leave a folder that is shut to all others for good.
     std::string scratch = path.substr(0, path.rfind('/') + 1) + ".brevik-XXXXXX";
     if (mkdtemp(scratch.data()) == nullptr) {
         return ErrorFromHost(errno);
     }
-    DWORD error = ErrorOf(chmod(scratch.c_str(), ShutMode(rights)));
-    error = error == NO_ERROR ? GrantToOthers(scratch, rights) : error;
+    DWORD error = ErrorOf(chmod(scratch.c_str(), kShutMode));
+    error = error == NO_ERROR ? OpenToOthers(scratch) : error;
     if (error == NO_ERROR &&
         renameat2(AT_FDCWD, scratch.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0) {
         return NO_ERROR;
@@ -119,8 +107,7 @@ DWORD MakeFolderWithRights(const std::string& path, OtherUsersRights rights) {
         return error;
     }
     // The file system may not be able to rename in this way.
-    return failure == EINVAL || failure == ENOSYS ? MakeInPlace(path, rights)
-                                                  : ErrorFromHost(failure);
+    return failure == EINVAL || failure == ENOSYS ? MakeInPlace(path) : ErrorFromHost(failure);
 }
 
 }  // namespace brevik::platform

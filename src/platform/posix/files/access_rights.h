@@ -9,27 +9,14 @@
 #include <string>
 
 #include "platform/errors.h"
-#include "platform/types.h"
 
 namespace brevik::platform {
 
-enum class OtherUsersRights {
-    kAsTheMaskSays,  // no descriptor was given
-    kNone,
-    kAll,
-};
+// Gives every user all rights to a file or folder. The owner's permissions stay, and no
+// other may write or run a file that its owner may not. NO_ERROR or an error number.
+DWORD OpenToOthers(const std::string& path);
 
-// REQUIRES: a descriptor of either form, with an access list.
-OtherUsersRights RightsIn(const void* descriptor);
-
-// Gives the file or folder these rights in place of those that it grants others now. The owner's
-// permissions stay, and nobody may write or run a file that its owner may not. 0 or an error
-// number.
-//
-// REQUIRES: kNone or kAll.
-DWORD GrantToOthers(const std::string& path, OtherUsersRights rights);
-
-// Makes a folder, which has these rights from its first moment. 0 or an error number.
-DWORD MakeFolderWithRights(const std::string& path, OtherUsersRights rights);
+// Makes a folder that has these rights from its first moment. NO_ERROR or an error number.
+DWORD MakeOpenFolder(const std::string& path);
 
 }  // namespace brevik::platform

@@ -1,8 +1,5 @@
 // CopyFileExW.
 
-#include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -147,10 +144,6 @@ DWORD CopyContents(const OpenFile& source, OpenFile& target, const Watcher& watc
         return NO_ERROR;
     }
     const HeldSignal withinLimit(SIGXFSZ, IsFileSizeLimited());
-    // Where the host lets two files share their blocks, that is all there is to do.
-    if (ioctl(target.Descriptor(), FICLONE, source.Descriptor()) == 0) {
-        return watcher.Report(CALLBACK_CHUNK_FINISHED, watcher.size);
-    }
     // First, so that a disk without the room refuses before the work.
     DWORD error = target.SetSize(watcher.size);
     std::int64_t done = 0;

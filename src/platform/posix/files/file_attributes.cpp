@@ -7,7 +7,6 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <string>
 
 #include "platform/files.h"

@@ -1,21 +1,18 @@
 // Attributes and times of host files.
 //
 // A file is read-only when its owner has no permission to write. The rest is stored in the extended
-// attribute user.DOSATTRIB, in the text that Samba writes there ("0x22"); its binary form is read
-// too. A file without it has the archive attribute, a folder none. Read-only of a folder does not
-// keep files from being made in it, so it is stored in the extended attribute as well; a folder
-// that its owner may not write to reads as read-only all the same. A leading dot means nothing.
+// attribute user.DOSATTRIB, as text ("0x22"); the binary form of Samba is read too. A file without
+// it has the archive attribute, a folder none. Read-only of a folder, which takes files all the
+// same, is stored there as well; a folder that its owner may not write to reads as read-only too.
 //
-// The creation time is the host's own, and where it has none the earlier of the last write and the
-// last change. One that was set is stored in the extended attribute user.brevik.creation_time, as a
-// decimal count of file time.
+// The creation time is the host's own, else the earlier of the last write and the last change. One
+// that was set is stored in user.brevik.creation_time, as a decimal count of file time.
 #pragma once
 
 #include <sys/stat.h>
 
 #include <cstdint>
 #include <optional>
-#include <string_view>
 
 #include "platform/clock.h"
 #include "platform/errors.h"

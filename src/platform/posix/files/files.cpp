@@ -15,7 +15,6 @@
 #include "platform/posix/files/access_rights.h"
 #include "platform/posix/files/file_attributes.h"
 #include "platform/posix/files/share_modes.h"
-#include "platform/posix/paths/current_folder.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/security.h"
 
@@ -138,9 +137,15 @@ BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES* security) {
     if (file.error != ERROR_FILE_NOT_FOUND) {
         return Fail(file.error == NO_ERROR ? ERROR_ALREADY_EXISTS : file.error);
     }
-    const bool isSecured = security != nullptr && security->lpSecurityDescriptor != nullptr;
-    const DWORD error = MakeFolderWithRights(
-        file.path, isSecured ? RightsIn(security->lpSecurityDescriptor) : OtherUsersRights());
+    const auto* const descriptor =
+        security != nullptr
+            ? static_cast<const SECURITY_DESCRIPTOR*>(security->lpSecurityDescriptor)
+            : nullptr;
+    if (descriptor != nullptr && !descriptor->list.isOpenToAll) {
+        return Fail(ERROR_NOT_SUPPORTED);
+    }
+    const DWORD error =
+        descriptor != nullptr ? MakeOpenFolder(file.path) : ErrorOf(mkdir(file.path.c_str(), 0777));
     // What is missing here can only be the folder above.
     return Answer(error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error);
 }

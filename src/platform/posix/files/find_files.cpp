@@ -13,8 +13,8 @@
 #include "platform/files.h"
 #include "platform/posix/base/handle.h"
 #include "platform/posix/base/last_error.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "platform/posix/paths/paths.h"
-#include "platform/posix/paths/scoped_folder.h"
 #include "platform/posix/text/unicode.h"
 
 namespace brevik::platform {

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -72,7 +71,7 @@ DWORD RefusalOf(const Move& move) {
     if (move.target.error != ERROR_FILE_NOT_FOUND) {
         return move.target.error;
     }
-    return move.IsOfFolder() && move.LeavesVolume() ? ERROR_NOT_SAME_DEVICE : NO_ERROR;
+    return move.LeavesVolume() ? ERROR_NOT_SAME_DEVICE : NO_ERROR;
 }
 
 DWORD Rename(const Move& move) {
@@ -116,20 +115,7 @@ BOOL MoveFileW(const WCHAR* from, const WCHAR* to) {
         return Fail(move.source.error);
     }
     move.target = FindFile(move.targetPlace);
-    const DWORD error = TryToRename(move);
-    if (error != ERROR_NOT_SAME_DEVICE || move.IsOfFolder()) {
-        return Answer(error);
-    }
-    if (!CopyFileExW(from, to, nullptr, nullptr, nullptr, COPY_FILE_FAIL_IF_EXISTS)) {
-        // Copying reports an existing target by another error than moving.
-        return GetLastError() == ERROR_FILE_EXISTS ? Fail(ERROR_ALREADY_EXISTS) : FALSE;
-    }
-    // A source that cannot be removed is no failure: the file is where it was wanted.
-    ShareMode share;
-    if (share.EnterToDelete(move.source.status) == NO_ERROR) {
-        unlink(move.source.path.c_str());
-    }
-    return TRUE;
+    return Answer(TryToRename(move));
 }
 
 }  // namespace brevik::platform

@@ -20,7 +20,6 @@
 #include "platform/posix/base/host_errors.h"
 #include "platform/posix/base/interrupted.h"
 #include "platform/posix/machine/machine.h"
-#include "platform/posix/paths/scoped_folder.h"
 
 namespace brevik::platform {
 namespace {
@@ -38,8 +37,14 @@ enum SlotByte : unsigned {
     kSlotSize
 };
 
-// A lock's offset has 63 bits.
-constexpr unsigned kNumberBits = 60;
+// The place of a file's bytes. A lock's offset has 63 bits, so 60 are left for the file's number:
+// of a larger one the highest bits are mixed into them, and two files that meet are very unlikely.
+constexpr off_t SlotOf(ino_t number) {
+    constexpr unsigned kBits = 60;
+    constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15;
+    const std::uint64_t mixed = number ^ (number >> kBits) * kOdd;
+    return static_cast<off_t>(mixed & ((std::uint64_t{1} << kBits) - 1)) * kSlotSize;
+}
 
 struct AccessKind {
     DWORD access;
@@ -146,11 +151,10 @@ DWORD LockSection(int file, off_t slot) {
     }
 }
 
-std::string LockFilePath(dev_t device, std::uint64_t highBits) {
+std::string LockFilePath(dev_t device) {
     char name[64];
     std::snprintf(name, sizeof name, "/locks/%jx", static_cast<std::uintmax_t>(device));
-    std::string path = Machine::Current().Folder() + name;
-    return highBits == 0 ? path : path + '-' + std::to_string(highBits);
+    return Machine::Current().Folder() + name;
 }
 
 ScopedDescriptor OpenPath(const std::string& path, int flags, mode_t mode = 0) {
@@ -183,12 +187,11 @@ bool IsShortage(int hostError) {
 // otherwise open one for each file.
 class SpareLockFile {
   public:
-    // The spare, when this process opened it for this part of this device and its path still leads
-    // to it; else none.
-    LockFile Take(pid_t process, dev_t device, std::uint64_t highBits) {
+    // The spare, when this process opened it for this device and its path still leads to it; else
+    // none.
+    LockFile Take(pid_t process, dev_t device) {
         const std::lock_guard lock(mutex_);
-        if (!spare_.file || spare_.owner != process || spare_.device != device ||
-            spare_.highBits != highBits) {
+        if (!spare_.file || spare_.owner != process || spare_.device != device) {
             return {};
         }
         LockFile taken = std::move(spare_);
@@ -223,16 +226,13 @@ SpareLockFile& Spare() {
 }  // namespace
 
 DWORD ShareMode::OpenLockFile(const struct stat& file) {
-    const std::uint64_t number = file.st_ino;
-    const std::uint64_t highBits = number >> kNumberBits;
-    slot_ = static_cast<off_t>((number << (64 - kNumberBits)) >> (64 - kNumberBits)) *
-            static_cast<off_t>(kSlotSize);
+    slot_ = SlotOf(file.st_ino);
     const pid_t process = getpid();
-    lockFile_ = Spare().Take(process, file.st_dev, highBits);
+    lockFile_ = Spare().Take(process, file.st_dev);
     if (lockFile_.file) {
         return NO_ERROR;
     }
-    const std::string path = LockFilePath(file.st_dev, highBits);
+    const std::string path = LockFilePath(file.st_dev);
     ScopedDescriptor opened = OpenPath(path, 0);
     if (!opened && errno == ENOENT) {
         opened = MakeLockFile(path);
@@ -241,7 +241,7 @@ DWORD ShareMode::OpenLockFile(const struct stat& file) {
     if (!opened || fstat(opened.Get(), &own) != 0) {
         return IsShortage(errno) ? ErrorFromHost(errno) : NO_ERROR;
     }
-    lockFile_ = {std::move(opened), process, file.st_dev, highBits, own};
+    lockFile_ = {std::move(opened), process, file.st_dev, own};
     return NO_ERROR;
 }
 
@@ -318,7 +318,7 @@ void ShareMode::Leave() {
 
 namespace {
 
-using FileNumbers = std::unordered_set<ino_t>;
+using Slots = std::unordered_set<off_t>;
 
 bool Covers(const struct flock& lock, unsigned byte) {
     const off_t first = lock.l_start % kSlotSize;
@@ -333,19 +333,23 @@ bool Counts(const struct flock& lock, OpenFiles which) {
 
 // The host reports one lock of a range, and not the first: what is left on either side of it is
 // looked at in turn.
-void AddOpenFiles(int file, std::uint64_t highBits, OpenFiles which, FileNumbers& numbers) {
+Slots OpenSlotsOf(dev_t device, OpenFiles which) {
+    Slots slots;
+    const ScopedDescriptor lockFile = OpenPath(LockFilePath(device), 0);
+    if (!lockFile) {
+        return slots;
+    }
     std::vector<std::pair<off_t, off_t>> ranges = {{0, INT64_MAX}};
     while (!ranges.empty()) {
         const auto [first, last] = ranges.back();
         ranges.pop_back();
         // A length of 0 reaches to the end.
         struct flock lock = LockOf(F_WRLCK, first, last == INT64_MAX ? 0 : last - first + 1);
-        if (!FindLock(file, lock) || lock.l_len == 0) {
+        if (!FindLock(lockFile.Get(), lock) || lock.l_len == 0) {
             continue;
         }
         if (Counts(lock, which)) {
-            numbers.insert(static_cast<std::uint64_t>(lock.l_start / kSlotSize) |
-                           highBits << kNumberBits);
+            slots.insert(lock.l_start - lock.l_start % kSlotSize);
         }
         if (lock.l_start > first) {
             ranges.emplace_back(first, lock.l_start - 1);
@@ -355,17 +359,7 @@ void AddOpenFiles(int file, std::uint64_t highBits, OpenFiles which, FileNumbers
             ranges.emplace_back(end + 1, last);
         }
     }
-}
-
-FileNumbers OpenFilesOf(dev_t device, OpenFiles which) {
-    FileNumbers numbers;
-    for (std::uint64_t highBits = 0; highBits >> (64 - kNumberBits) == 0; ++highBits) {
-        const ScopedDescriptor file = OpenPath(LockFilePath(device, highBits), 0);
-        if (file) {
-            AddOpenFiles(file.Get(), highBits, which, numbers);
-        }
-    }
-    return numbers;
+    return slots;
 }
 
 // Null for what is no folder of the device itself.
@@ -390,9 +384,9 @@ bool AnyOpenBelow(const std::string& folder, OpenFiles which) {
         return false;
     }
     const dev_t device = status.st_dev;
-    const FileNumbers numbers = OpenFilesOf(device, which);
+    const Slots slots = OpenSlotsOf(device, which);
     std::vector<std::string> folders;
-    if (!numbers.empty()) {
+    if (!slots.empty()) {
         folders.push_back(folder);
     }
     while (!folders.empty()) {
@@ -405,7 +399,7 @@ bool AnyOpenBelow(const std::string& folder, OpenFiles which) {
             if (name == "." || name == "..") {
                 continue;
             }
-            if (numbers.contains(entry->d_ino)) {
+            if (slots.contains(SlotOf(entry->d_ino))) {
                 return true;
             }
             if (entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN) {

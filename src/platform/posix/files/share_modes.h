@@ -1,37 +1,26 @@
 // Share modes: what the handles on one file let each other do, between all processes.
 //
 // An opening conflicts with a handle that is open on the same file when both have some access of
-// read, write or delete, and the access of one is not covered by the share mode of the other. An
-// opening without any of these never conflicts and costs nothing here. Deleting and renaming count
-// as openings with delete access and all sharing for as long as they take.
+// read, write or delete, and the access of one is not covered by the share mode of the other.
+// Deleting and renaming count as openings with delete access and all sharing while they last.
 //
-// How: each handle has an open description of a lock file of its own, and on it the kernel's byte
-// range locks that belong to an open description (F_OFD_SETLK).
-//  - The locks vanish with the process, however it ends. Nothing is stored, so nothing can be left
-//    over, and the lock files are always empty.
-//  - They lie on files of ours in the folder "locks" of the machine, not on the files that they
-//    are about: those may be read-only, on a read-only medium, or on a file system without locks,
-//    and a program outside of this layer that locks such a file must find it free.
-//  - There is a lock file for each device, and in it the eight bytes at eight times the file's
-//    number belong to the file, so that two files never meet. Numbers too large for this have
-//    further lock files, by their highest bits.
+// Each handle holds byte range locks of its own open description (F_OFD_SETLK), which vanish with
+// the process, on a file in the machine's folder "locks": the file itself may be read-only or on a
+// file system without locks, and other programs must find it free. There is a lock file for each
+// device, with eight bytes for each file's number:
 //  - One byte stands for each access that some handle has, one for each that some handle denies.
-//    A handle read-locks its bytes, as any number may; it conflicts when it finds a lock on the
-//    byte of an access that it denies, or on that of the denial of an access that it wants. Looking
-//    and locking happen under a write lock on a further byte, so that of two openings at one time
-//    one is first. Deleting and renaming happen under it too. Nothing waits for it longer than two
-//    seconds.
+//    A handle read-locks its bytes; it conflicts with a lock on the byte of an access that it
+//    denies, or on that of the denial of an access that it wants.
+//  - Looking and locking, deleting and renaming happen under a write lock on a further byte, which
+//    is waited for two seconds at most.
 //  - A forked child inherits the descriptions, so closing one does not unlock: leaving unlocks
-//    explicitly, which holds for all copies, and only in the process that entered.
-// Users of one machine can lock against each other if they may write in its folder "locks". Where
-// no lock file can be used, because the machine's folder is missing or read-only, or its file
-// system knows no locks, share modes are not enforced, and files open all the same.
+//    explicitly, for all copies, and only in the process that entered.
+// Where no lock file can be used, share modes are not enforced, and files open all the same.
 #pragma once
 
 #include <sys/stat.h>
 #include <sys/types.h>
 
-#include <cstdint>
 #include <string>
 
 #include "platform/errors.h"
@@ -43,10 +32,9 @@ namespace brevik::platform {
 // An open description of a lock file, and what it is for.
 struct LockFile {
     ScopedDescriptor file;
-    pid_t owner = 0;             // the process that opened it
-    dev_t device = 0;            // of the files that are locked with it
-    std::uint64_t highBits = 0;  // of their numbers
-    struct stat own = {};        // of the lock file itself
+    pid_t owner = 0;       // the process that opened it
+    dev_t device = 0;      // of the files that are locked with it
+    struct stat own = {};  // of the lock file itself
 };
 
 // What one handle holds. For one thread at a time.

@@ -11,7 +11,6 @@
 
 #include "platform/files.h"
 #include "platform/handles.h"
-#include "platform/posix/components/built_in_classes.h"
 #include "platform/posix/files/shortcut_file.h"
 #include "platform/posix/paths/paths.h"
 

@@ -19,20 +19,19 @@
 #include "platform/posix/base/environment.h"
 #include "platform/posix/base/made_once.h"
 #include "platform/posix/base/scoped_descriptor.h"
-#include "platform/posix/machine/executables.h"
-#include "platform/posix/machine/trusted_places.h"
+#include "platform/posix/machine/programs.h"
 
 namespace brevik::platform {
 namespace {
 
 constexpr char kSystemMachine[] = "/var/lib/brevikconfig";
 
-// A path at which nothing can ever stand, for a machine whose place cannot be told.
+// A path at which nothing can ever stand, for a machine whose place is unknown.
 constexpr char kNowhere[] = "/dev/null/brevikconfig";
 
 struct MachineFolder {
     std::string_view name;
-    bool forEveryUser;  // every user may put things there, and nobody may take away another's
+    bool forEveryUser;  // every user may put things there, and take away only their own
 };
 
 // In the order of their making.
@@ -211,7 +210,7 @@ bool MakeMachine(const MachinePlace& place) {
     return true;
 }
 
-// Whether a folder is real and nobody's but the user's or root's.
+// Whether a folder is real and the user's or root's.
 bool IsOwnFolder(const struct stat& status) {
     return S_ISDIR(status.st_mode) && (status.st_uid == geteuid() || status.st_uid == 0);
 }

@@ -35,8 +35,8 @@ class PLATFORM_API Machine {
     void SetModes() const;
 
     // Host path of users/LOGIN for the effective user, made with mode 0700 where it was missing.
-    // Where somebody else has taken that name, it is brevikconfig/users/LOGIN in the user's own
-    // data folder. Empty when it cannot be made.
+    // Where another user has taken that name, it is brevikconfig/users/LOGIN in the user's own data
+    // folder. Empty when it cannot be made.
     std::string UserFolder() const;
 
   private:

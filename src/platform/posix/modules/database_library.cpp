@@ -11,6 +11,7 @@
 
 #include "platform/posix/base/host_errors.h"
 #include "platform/posix/base/interrupted.h"
+#include "platform/posix/base/last_error.h"
 #include "platform/posix/base/made_once.h"
 #include "platform/posix/base/scoped_descriptor.h"
 #include "platform/posix/paths/paths.h"
@@ -22,19 +23,14 @@
 namespace brevik::platform {
 namespace {
 
-// With the deep binding the library finds its own functions ahead of the host's. The sanitizers'
-// run-time libraries, which stand ahead of everything, refuse it.
+// With the deep binding the library finds its own functions before the host's. The sanitizers'
+// run-time libraries, which come before everything, refuse it.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || \
     __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 constexpr int kDeepBinding = 0;
 #else
 constexpr int kDeepBinding = RTLD_DEEPBIND;
 #endif
-
-BOOL Fail(DWORD error) {
-    SetLastError(error);
-    return FALSE;
-}
 
 // The crypto library's exit handler frees the locks that other threads hold. This keeps it from
 // being set; where the host has set it before, it calls `stop` first. False when the crypto library
@@ -50,7 +46,7 @@ bool KeepCryptoLibrary(void* library, void (*stop)()) {
            (initialise(kNoExitHandler, nullptr) == 1 && atExit(stop) == 1);
 }
 
-// Whether everybody may make files in the folder that a file stands in.
+// Whether every user may make files in the folder that a file stands in.
 bool StandsInOpenFolder(const std::string& path) {
     struct stat status;
     return stat(path.substr(0, path.rfind('/') + 1).c_str(), &status) == 0 &&
@@ -202,8 +198,7 @@ BOOL MakeSharedFile(const WCHAR* path) {
     if (!made) {
         return Fail(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromHost(errno));
     }
-    // A folder with a default access list has set it aside the mask; another one that is open to
-    // everybody has not.
+    // Unlike a default access list, the mode of an open folder does not set the mask aside.
     if (StandsInOpenFolder(file.path)) {
         fchmod(made.Get(), everybody);
     }

@@ -9,10 +9,9 @@
 #include "platform/folders.h"
 #include "platform/modules.h"
 #include "platform/posix/base/environment.h"
+#include "platform/posix/base/file_stamp.h"
 #include "platform/posix/base/last_error.h"
-#include "platform/posix/machine/executables.h"
-#include "platform/posix/machine/trusted_places.h"
-#include "platform/posix/paths/current_folder.h"
+#include "platform/posix/machine/programs.h"
 #include "platform/posix/paths/folder_index.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/posix/text/host_text.h"
@@ -28,11 +27,10 @@ bool IsRegularFile(const std::string& path) {
 
 bool IsAt(const std::string& path, const struct stat& file) {
     struct stat status;
-    return stat(path.c_str(), &status) == 0 && status.st_dev == file.st_dev &&
-           status.st_ino == file.st_ino;
+    return stat(path.c_str(), &status) == 0 && IsSameFile(status, file);
 }
 
-// Path of the regular file of this name in a folder that stat has just told of; else empty.
+// Path of the regular file of this name in a folder whose status stat has just read; else empty.
 std::string FindIn(const std::string& folder, const struct stat& status, const FoldedName& name) {
     const std::optional<std::string> found = FindName(folder, status, name).name;
     if (!found) {
@@ -50,7 +48,7 @@ std::string FindIn(const std::string& folder, const FoldedName& name) {
 // Path of the host's folder; empty where it cannot be had, and in a privileged process where other
 // users can change what lies there.
 std::string HostFolder() {
-    const std::string host = HostExecutable();
+    const std::string host = ExecutableOf(getpid());
     std::string folder = host.substr(0, host.rfind('/') + 1);
     struct stat program;
     const bool isTaken =
@@ -101,33 +99,10 @@ std::string FindInPath(const FoldedName& name) {
 
 }  // namespace
 
-bool IsBareName(std::u16string_view name) {
-    return name.find_first_of(u"\\/:") == std::u16string_view::npos;
-}
-
-std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_view extension) {
-    std::u16string result(name);
-    if (name.ends_with(u'.')) {
-        result.pop_back();
-        return result;
-    }
-    const std::size_t start = name.find_last_of(u"\\/") + 1;
-    if (name.find(u'.', start) == std::u16string_view::npos) {
-        result += extension;
-    }
-    return result;
-}
-
 bool MayHoldLibraries(const WCHAR* folder) {
     const HostFile found = FindFile(folder);
     return found.error == NO_ERROR &&
            (MayHoldLibraries(CurrentRights(), found.status) || IsAt(HostFolder(), found.status));
-}
-
-std::u16string PathLeadingTo(const std::string& hostPath) {
-    std::u16string path = WindowsPath(hostPath);
-    const HostFile file = FindFile(PlaceOf(path));
-    return file.error == NO_ERROR && IsAt(hostPath, file.status) ? path : std::u16string();
 }
 
 std::string FindRegularFile(std::u16string_view path) {

@@ -8,25 +8,14 @@
 
 namespace brevik::platform {
 
-// Whether a name is completed with a folder before it is looked for.
-bool IsBareName(std::u16string_view name);
-
-// The name with `extension` behind it where its last part has none. A dot at the end stands for no
-// extension, and is taken off.
-std::u16string WithDefaultExtension(std::u16string_view name, std::u16string_view extension);
-
 // Host path of the regular file that the path names; empty when there is none, and for a path that
 // ends in a separator.
 std::string FindRegularFile(std::u16string_view path);
 
 // Host path of the first regular file of this name in the host's folder, C:\Windows\System32,
 // C:\Windows, the current folder, and the folders of PATH, which are the host's own; of all but the
-// second and third only where they may hold libraries (see trusted_places.h), and of PATH no entry
+// second and third only where they may hold libraries (see programs.h), and of PATH no entry
 // that is relative. Empty when there is none.
 std::string FindInSystemOrder(std::u16string_view bareName);
-
-// The path of a file on the host; empty where what comes out leads to another one, since no path
-// can spell its name.
-std::u16string PathLeadingTo(const std::string& hostPath);
 
 }  // namespace brevik::platform

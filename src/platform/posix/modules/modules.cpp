@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -16,12 +15,10 @@
 #include <vector>
 
 #include "platform/never_destroyed.h"
-#include "platform/posix/machine/executables.h"
 #include "platform/posix/modules/file_search.h"
-#include "platform/posix/modules/system_modules.h"
 #include "platform/posix/paths/paths.h"
+#include "platform/posix/text/host_text.h"
 #include "platform/posix/text/text_buffer.h"
-#include "platform/text.h"
 
 namespace brevik::platform {
 
@@ -34,29 +31,35 @@ struct ModuleHandle {
 
 namespace {
 
-constexpr std::u16string_view kLibraryExtension = u".dll";
-
 struct CloseLibrary {
     void operator()(void* library) const { dlclose(library); }
 };
 using ScopedLibrary = std::unique_ptr<void, CloseLibrary>;
 
-std::u16string Upper(std::u16string_view text) {
-    std::u16string upper(text);
-    CharUpperBuffW(upper.data(), static_cast<DWORD>(upper.size()));
-    return upper;
+// Whether a name is completed with a folder before it is looked for.
+bool IsBareName(std::u16string_view name) {
+    return name.find_first_of(u"\\/:") == name.npos;
 }
 
-std::u16string_view LastPart(std::u16string_view path) {
-    return path.substr(path.find_last_of(u'\\') + 1);
+// The name of a module completed with its folder, where it has one, and with the extension of
+// libraries where its last part has none. A dot at the end stands for no extension.
+std::u16string ModuleName(const WCHAR* name) {
+    std::u16string complete = name;
+    if (complete.ends_with(u'.')) {
+        complete.pop_back();
+    } else if (complete.find(u'.', complete.find_last_of(u"\\/") + 1) == complete.npos) {
+        complete += u".dll";
+    }
+    return IsBareName(complete) ? complete : FullPath(complete);
 }
 
 // Whether the path is the one named, or, with a bare name, its last part.
 bool IsNamed(std::u16string_view path, std::u16string_view name) {
-    return Upper(IsBareName(name) ? LastPart(path) : path) == Upper(name);
+    const std::size_t begin = IsBareName(name) ? path.find_last_of(u'\\') + 1 : 0;
+    return UpperCase(path.substr(begin)) == UpperCase(name);
 }
 
-// The host's handle is an address that no library has; nothing stands behind it.
+// The host's handle is an address that no library has; nothing lies at it.
 constinit char hostModule = 0;
 
 HMODULE HostModule() {
@@ -72,37 +75,31 @@ class ModuleRegistry {
         return *registry;
     }
 
-    // Counts one more loading; the handle, or null when the library is new.
-    ModuleHandle* CountByName(std::u16string_view name) {
+    // The handle of a loaded library, which counts so many further loadings, or null.
+    HMODULE FindByName(std::u16string_view name, unsigned loadings) {
         const std::lock_guard lock(mutex_);
-        ModuleHandle* module = FindName(name);
-        if (module != nullptr) {
-            ++module->count;
+        const auto module =
+            FindIf([&](const ModuleHandle& entry) { return IsNamed(entry.path, name); });
+        if (module == modules_.end()) {
+            return nullptr;
         }
-        return module;
-    }
-
-    ModuleHandle* FindByName(std::u16string_view name) {
-        const std::lock_guard lock(mutex_);
-        return FindName(name);
+        (*module)->count += loadings;
+        return module->get();
     }
 
     // Takes over the reference where the library is new, and leaves it where it is known.
-    ModuleHandle* Count(ScopedLibrary& library, std::string_view hostPath) {
-        auto module = std::make_unique<ModuleHandle>();
-        module->path = WindowsPath(hostPath);
+    HMODULE Count(ScopedLibrary& library, std::string_view hostPath) {
+        auto made = std::make_unique<ModuleHandle>();
+        made->path = WindowsPath(hostPath);
         const std::lock_guard lock(mutex_);
-        const auto known = std::find_if(modules_.begin(), modules_.end(), [&](const auto& entry) {
-            return entry->library == library.get();
-        });
-        if (known != modules_.end()) {
-            ++(*known)->count;
-            return known->get();
+        auto module =
+            FindIf([&](const ModuleHandle& entry) { return entry.library == library.get(); });
+        if (module == modules_.end()) {
+            module = modules_.insert(module, std::move(made));
+            (*module)->library = library.release();
         }
-        module->library = library.release();
-        module->count = 1;
-        modules_.push_back(std::move(module));
-        return modules_.back().get();
+        ++(*module)->count;
+        return module->get();
     }
 
     // Undoes one loading. False when there is no such module; `library` receives the reference
@@ -120,31 +117,22 @@ class ModuleRegistry {
         return true;
     }
 
-    void* LibraryOf(HMODULE handle) {
+    std::optional<ModuleHandle> Get(HMODULE handle) {
         const std::lock_guard lock(mutex_);
         const auto module = Find(handle);
-        return module != modules_.end() ? (*module)->library : nullptr;
-    }
-
-    std::optional<std::u16string> PathOf(HMODULE handle) {
-        const std::lock_guard lock(mutex_);
-        const auto module = Find(handle);
-        return module != modules_.end() ? std::optional((*module)->path) : std::nullopt;
+        return module != modules_.end() ? std::optional(**module) : std::nullopt;
     }
 
   private:
     using Modules = std::vector<std::unique_ptr<ModuleHandle>>;
 
-    Modules::iterator Find(HMODULE handle) {
+    template <typename Predicate>
+    Modules::iterator FindIf(Predicate isMeant) {
         return std::find_if(modules_.begin(), modules_.end(),
-                            [=](const auto& entry) { return entry.get() == handle; });
+                            [&](const auto& entry) { return isMeant(*entry); });
     }
-
-    ModuleHandle* FindName(std::u16string_view name) {
-        const auto found = std::find_if(modules_.begin(), modules_.end(), [=](const auto& entry) {
-            return IsNamed(entry->path, name);
-        });
-        return found != modules_.end() ? found->get() : nullptr;
+    Modules::iterator Find(HMODULE handle) {
+        return FindIf([=](const ModuleHandle& entry) { return &entry == handle; });
     }
 
     std::mutex mutex_;
@@ -161,23 +149,12 @@ DWORD LoadError(const std::string& path) {
     return ofFile ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND;
 }
 
-HMODULE Fail(DWORD error) {
-    SetLastError(error);
-    return nullptr;
-}
-
 HMODULE LoadFile(const std::string& path) {
     ScopedLibrary library(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (!library) {
-        return Fail(LoadError(path));
+        return Fail<HMODULE>(LoadError(path));
     }
     return ModuleRegistry::Current().Count(library, path);
-}
-
-// The name of a module completed with its folder, where it has one.
-std::u16string ModuleName(const WCHAR* name) {
-    std::u16string complete = WithDefaultExtension(name, kLibraryExtension);
-    return IsBareName(complete) ? complete : FullPath(complete);
 }
 
 // The address, where the module itself exports the name; the libraries that it needs do not count.
@@ -194,42 +171,17 @@ void* FindExport(void* library, const char* name) {
     return owner == module ? address : nullptr;
 }
 
-FARPROC FindFunction(HMODULE module, const char* name) {
-    if (const SystemModule* system = FindSystemModule(module)) {
-        const bool found = std::strcmp(system->function.name, name) == 0;
-        return found ? system->function.address() : nullptr;
-    }
-    if (module == HostModule() || module == nullptr) {
-        const ScopedLibrary host(dlopen(nullptr, RTLD_NOW));
-        return host ? reinterpret_cast<FARPROC>(FindExport(host.get(), name)) : nullptr;
-    }
-    void* library = ModuleRegistry::Current().LibraryOf(module);
-    return library != nullptr ? reinterpret_cast<FARPROC>(FindExport(library, name)) : nullptr;
-}
-
-// Whether a function's name is a number instead, which no library here knows its functions by.
-bool IsOrdinal(const char* name) {
-    return reinterpret_cast<std::uintptr_t>(name) < 0x10000;
-}
-
 }  // namespace
 
 HMODULE LoadLibraryExW(const WCHAR* name, HANDLE, DWORD) {
-    if (name == nullptr || *name == u'\0') {
-        return Fail(ERROR_INVALID_PARAMETER);
-    }
     const std::u16string complete = ModuleName(name);
-    if (const SystemModule* system = FindSystemModule(complete)) {
-        return HandleOf(system);
+    const bool isBare = IsBareName(complete);
+    HMODULE const loaded = isBare ? ModuleRegistry::Current().FindByName(complete, 1) : HMODULE{};
+    if (loaded != nullptr) {
+        return loaded;
     }
-    const bool bare = IsBareName(complete);
-    if (bare) {
-        if (ModuleHandle* loaded = ModuleRegistry::Current().CountByName(complete)) {
-            return loaded;
-        }
-    }
-    const std::string path = bare ? FindInSystemOrder(complete) : FindRegularFile(complete);
-    return path.empty() ? Fail(ERROR_MOD_NOT_FOUND) : LoadFile(path);
+    const std::string path = isBare ? FindInSystemOrder(complete) : FindRegularFile(complete);
+    return path.empty() ? Fail<HMODULE>(ERROR_MOD_NOT_FOUND) : LoadFile(path);
 }
 
 HMODULE LoadLibraryW(const WCHAR* name) {
@@ -237,57 +189,32 @@ HMODULE LoadLibraryW(const WCHAR* name) {
 }
 
 BOOL FreeLibrary(HMODULE module) {
-    if (module == HostModule() || FindSystemModule(module) != nullptr) {
-        return TRUE;
-    }
     ScopedLibrary library;
-    if (!ModuleRegistry::Current().Release(module, library)) {
-        SetLastError(module == nullptr ? ERROR_INVALID_HANDLE : ERROR_MOD_NOT_FOUND);
-        return FALSE;
-    }
-    return TRUE;
+    return ModuleRegistry::Current().Release(module, library) ? TRUE : Fail(ERROR_MOD_NOT_FOUND);
 }
 
 FARPROC GetProcAddress(HMODULE module, const char* name) {
-    const FARPROC function = IsOrdinal(name) ? nullptr : FindFunction(module, name);
-    if (function == nullptr) {
-        SetLastError(ERROR_PROC_NOT_FOUND);
-    }
-    return function;
+    const std::optional<ModuleHandle> loaded = ModuleRegistry::Current().Get(module);
+    void* const function = loaded ? FindExport(loaded->library, name) : nullptr;
+    return function != nullptr ? reinterpret_cast<FARPROC>(function)
+                               : Fail<FARPROC>(ERROR_PROC_NOT_FOUND);
 }
 
 HMODULE GetModuleHandleW(const WCHAR* name) {
     if (name == nullptr) {
         return HostModule();
     }
-    const std::u16string complete = ModuleName(name);
-    if (const SystemModule* system = FindSystemModule(complete)) {
-        return HandleOf(system);
-    }
-    if (ModuleHandle* loaded = ModuleRegistry::Current().FindByName(complete)) {
-        return loaded;
-    }
-    return Fail(ERROR_MOD_NOT_FOUND);
+    HMODULE const loaded = ModuleRegistry::Current().FindByName(ModuleName(name), 0);
+    return loaded != nullptr ? loaded : Fail<HMODULE>(ERROR_MOD_NOT_FOUND);
 }
 
 DWORD GetModuleFileNameW(HMODULE module, WCHAR* path, DWORD size) {
     if (module == nullptr || module == HostModule()) {
         const std::u16string host = HostExecutableWindowsPath();
-        if (host.empty()) {
-            SetLastError(ERROR_FILE_NOT_FOUND);
-            return 0;
-        }
-        return CopyCutting(host, path, size);
+        return host.empty() ? Fail<DWORD>(ERROR_FILE_NOT_FOUND) : CopyCutting(host, path, size);
     }
-    if (const SystemModule* system = FindSystemModule(module)) {
-        return CopyCutting(system->path, path, size);
-    }
-    const std::optional<std::u16string> loaded = ModuleRegistry::Current().PathOf(module);
-    if (!loaded) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return 0;
-    }
-    return CopyCutting(*loaded, path, size);
+    const std::optional<ModuleHandle> loaded = ModuleRegistry::Current().Get(module);
+    return loaded ? CopyCutting(loaded->path, path, size) : Fail<DWORD>(ERROR_MOD_NOT_FOUND);
 }
 
 }  // namespace brevik::platform

@@ -1,5 +1,4 @@
-#include "platform/posix/paths/current_folder.h"
-
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 #include "platform/never_destroyed.h"
 #include "platform/posix/base/file_stamp.h"
 #include "platform/posix/base/last_error.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/posix/text/text_buffer.h"
 
@@ -114,6 +114,26 @@ BOOL SetCurrentDirectoryW(const WCHAR* path) {
     spelled.hostPath = std::move(hostPath);
     spelled.spelling = std::move(spelling);
     return TRUE;
+}
+
+KeptFolder KeptFolder::Current() {
+    KeptFolder kept;
+    ScopedDescriptor folder(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    kept.descriptor_ = folder.Release();
+    return kept;
+}
+
+KeptFolder::~KeptFolder() {
+    if (*this) {
+        close(descriptor_);
+    }
+}
+
+void KeptFolder::MakeCurrent() const noexcept {
+    if (*this && fchdir(descriptor_) != 0) {
+        // It was the current one: all that can be lost is the right to enter it.
+        return;
+    }
 }
 
 }  // namespace brevik::platform

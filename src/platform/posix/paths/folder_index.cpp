@@ -9,12 +9,11 @@
 #include <cstdint>
 #include <iterator>
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "platform/never_destroyed.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "platform/posix/base/stamped.h"
-#include "platform/posix/paths/scoped_folder.h"
 #include "platform/posix/text/host_text.h"
 #include "platform/posix/text/unicode.h"
 #include "platform/text.h"
@@ -38,9 +37,7 @@ constexpr long kStampingFileSystems[] = {
 };
 
 std::u16string Fold(std::string_view name) {
-    std::u16string folded = WideFromUtf8(name);
-    CharUpperBuffW(folded.data(), static_cast<DWORD>(folded.size()));
-    return folded;
+    return UpperCase(WideFromUtf8(name));
 }
 
 // FNV-1a over the units of the folded name; nothing for a name that is not well-formed. Nothing is

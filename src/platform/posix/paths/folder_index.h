@@ -1,10 +1,8 @@
 // The names of host folders, found without regard to case.
 //
-// Two names are the same when their UTF-16 forms are the same after upper-casing each unit. A name
-// that is not well-formed UTF-8 has no such form and is never found.
-//
-// Listings of folders are kept within bounds and are good until the folder changes; a miss in a
-// kept listing costs no system call. Safe on any thread.
+// Two names are the same when their UTF-16 forms are the same after upper-casing each unit; a name
+// that is not well-formed UTF-8 is never found. Listings of folders are kept, within bounds, until
+// the folder changes. Safe on any thread.
 #pragma once
 
 #include <sys/stat.h>

@@ -7,7 +7,7 @@
 
 #include "platform/folders.h"
 #include "platform/posix/base/last_error.h"
-#include "platform/posix/paths/current_folder.h"
+#include "platform/posix/paths/paths.h"
 #include "platform/posix/text/text_buffer.h"
 #include "platform/posix/text/unicode.h"
 

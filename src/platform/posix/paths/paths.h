@@ -79,4 +79,15 @@ PLATFORM_API std::u16string WindowsPath(std::string_view hostPath);
 // Of this process's executable; empty when it cannot be read. Once had, it is not asked for again.
 std::u16string HostExecutableWindowsPath();
 
+// The process's current folder, without a trailing backslash but at the root of a drive. It is
+// spelled as SetCurrentDirectoryW was given it while the process is still in that folder. Empty
+// when there is none, or when no path leads to it, as to a folder whose name ends in a dot. Safe on
+// any thread.
+std::u16string CurrentFolder();
+
+// The same on the host, with links followed. Empty when there is none.
+std::string HostCurrentFolder();
+
+bool IsCurrentFolder(const struct stat& folder);
+
 }  // namespace brevik::platform

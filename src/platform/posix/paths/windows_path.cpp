@@ -1,6 +1,7 @@
 // The Windows path of a host path, by the drives and shares of the machine.
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,11 +16,11 @@
 
 #include "platform/never_destroyed.h"
 #include "platform/posix/base/made_once.h"
+#include "platform/posix/base/scoped_descriptor.h"
 #include "platform/posix/base/stamped.h"
-#include "platform/posix/machine/executables.h"
 #include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/programs.h"
 #include "platform/posix/paths/paths.h"
-#include "platform/posix/paths/scoped_folder.h"
 #include "platform/posix/text/host_text.h"
 #include "platform/posix/text/unicode.h"
 
@@ -151,7 +152,7 @@ std::u16string HostExecutableWindowsPath() {
     if (const std::u16string* path = kept.Find()) {
         return *path;
     }
-    std::u16string path = WindowsPath(HostExecutable());
+    std::u16string path = WindowsPath(ExecutableOf(getpid()));
     return path.empty() || !Machine::Current().IsKnown() ? path : kept.Keep(std::move(path));
 }
 

@@ -27,15 +27,13 @@ std::string PathIn32BitView(const std::string& path) {
 // What a handle stands for. It never changes: the path is as the caller named it, and in its newest
 // state the registry may have another key for it, or none.
 struct OpenKey : HandleObject {
-    OpenKey(std::string foldedPath, REGSAM access, bool isPredefined = false)
+    explicit OpenKey(std::string foldedPath, bool isPredefined = false)
         : path(std::move(foldedPath)),
           pathIn32BitView(PathIn32BitView(path)),
-          access(access),
           isPredefined(isPredefined) {}
 
     const std::string path;
     const std::string pathIn32BitView;
-    const REGSAM access;
     const bool isPredefined;
 };
 
@@ -45,7 +43,7 @@ std::shared_ptr<const OpenKey> FindPredefined(HKEY handle) {
         std::shared_ptr<const OpenKey> key;
     };
     const auto make = [](const char16_t* path) {
-        return std::make_shared<const OpenKey>(FoldRegistryPath(path), KEY_READ, true);
+        return std::make_shared<const OpenKey>(FoldRegistryPath(path), true);
     };
     static NeverDestroyed<std::array<Row, 4>> rows(std::array<Row, 4>{{
         {HKEY_CLASSES_ROOT, make(u"HKEY_LOCAL_MACHINE\\SOFTWARE\\CLASSES")},
@@ -107,15 +105,12 @@ LONG GiveData(std::string_view data, BYTE* buffer, DWORD* size) {
     return ERROR_SUCCESS;
 }
 
-// Calls `use` with the newest state of an open key that has this right.
+// Calls `use` with the newest state of an open key.
 template <typename Use>
-LONG UseKey(HKEY handle, REGSAM right, Use use) {
+LONG UseKey(HKEY handle, Use use) {
     const std::shared_ptr<const OpenKey> key = FindOpenKey(handle);
     if (!key) {
         return ERROR_INVALID_HANDLE;
-    }
-    if ((key->access & right) == 0) {
-        return ERROR_ACCESS_DENIED;
     }
     const std::shared_ptr<const RegistrySnapshot> registry = NewestRegistry();
     const RegistryKey* found = FindKey(*registry, *key);
@@ -125,7 +120,7 @@ LONG UseKey(HKEY handle, REGSAM right, Use use) {
 // Calls `give` with the value.
 template <typename Give>
 LONG QueryValue(HKEY handle, std::u16string_view name, DWORD* type, Give give) {
-    return UseKey(handle, KEY_QUERY_VALUE, [&](const RegistryKey& key) -> LONG {
+    return UseKey(handle, [&](const RegistryKey& key) -> LONG {
         const RegistryValue* value = key.FindValue(name);
         if (value == nullptr) {
             return ERROR_FILE_NOT_FOUND;
@@ -139,7 +134,7 @@ LONG QueryValue(HKEY handle, std::u16string_view name, DWORD* type, Give give) {
 
 }  // namespace
 
-LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, REGSAM access, HKEY* key) {
+LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, REGSAM, HKEY* key) {
     const std::shared_ptr<const OpenKey> above = FindOpenKey(parent);
     if (!above) {
         return ERROR_INVALID_HANDLE;
@@ -152,7 +147,7 @@ LONG RegOpenKeyExW(HKEY parent, const WCHAR* subKey, DWORD, REGSAM access, HKEY*
         *key = parent;
         return ERROR_SUCCESS;
     }
-    const auto opened = std::make_shared<OpenKey>(PathBelow(above->path, path), access);
+    const auto opened = std::make_shared<OpenKey>(PathBelow(above->path, path));
     const std::shared_ptr<const RegistrySnapshot> registry = NewestRegistry();
     if (registry->error != NO_ERROR) {
         return static_cast<LONG>(registry->error);
@@ -180,7 +175,7 @@ LONG RegCloseKey(HKEY key) {
 
 LONG RegEnumKeyExW(HKEY handle, DWORD index, WCHAR* name, DWORD* length, DWORD*, WCHAR*, DWORD*,
                    FILETIME*) {
-    return UseKey(handle, KEY_ENUMERATE_SUB_KEYS, [&](const RegistryKey& key) -> LONG {
+    return UseKey(handle, [&](const RegistryKey& key) -> LONG {
         if (index >= key.subKeys.size()) {
             return ERROR_NO_MORE_ITEMS;
         }

@@ -7,8 +7,8 @@
 
 #include "platform/debugger.h"
 #include "platform/never_destroyed.h"
-#include "platform/posix/base/file_watch.h"
 #include "platform/posix/base/shared_text_file.h"
+#include "platform/posix/base/stamped.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/registry/registry_text.h"
 
@@ -52,7 +52,7 @@ class RegistryCache {
 
     std::shared_ptr<const RegistrySnapshot> Newest() {
         const std::lock_guard lock(mutex_);
-        if (!isLasting_ || !watch_.IsUnchanged()) {
+        if (!isLasting_ || !seen_.AreUnchanged()) {
             Refresh();
         }
         return snapshot_;
@@ -61,9 +61,13 @@ class RegistryCache {
   private:
     void Refresh() {
         isLasting_ = false;
-        FileReading reading = ReadRegistryFile(path_, watch_.Begin());
+        seen_ = SeenFiles();
+        const FileStamp stamp = StampOf(path_);
+        seen_.Add(path_, stamp);
+        FileReading reading = ReadRegistryFile(path_, stamp);
         // A reading that failed, or went on while the file changed, is no lasting answer.
-        const bool isLasting = watch_.Settle() && reading.error == NO_ERROR;
+        const bool isLasting =
+            reading.error == NO_ERROR && seen_.AreSettled() && seen_.AreUnchanged();
         if (!reading.IsSameAs(reading_)) {
             Adopt(reading);
             reading.text.clear();
@@ -73,26 +77,18 @@ class RegistryCache {
     }
 
     void Adopt(const FileReading& reading) {
-        RegistryFault fault{path_, 0, {}};
-        if (reading.error == ERROR_INVALID_DATA) {
-            fault.reason = kTooLargeRegistryText;
-            Refuse(fault, NO_ERROR);
-            return;
-        }
-        if (reading.error != NO_ERROR) {
-            fault.reason = "cannot be read";
-            Refuse(fault, reading.error);
-            return;
-        }
+        const bool isTooLarge = reading.error == ERROR_INVALID_DATA;
+        RegistryFault fault{path_, 0, isTooLarge ? kTooLargeRegistryText : "cannot be read"};
         const auto snapshot = std::make_shared<RegistrySnapshot>();
-        if (!reading.stamp.IsMissing()) {
-            if (!MergeRegistryText(reading.text, &snapshot->tree, &fault)) {
-                Refuse(fault, NO_ERROR);
-                return;
-            }
+        if (reading.error != NO_ERROR) {
+            Refuse(fault, isTooLarge ? NO_ERROR : reading.error);
+        } else if (!reading.stamp.IsMissing() &&
+                   !MergeRegistryText(reading.text, &snapshot->tree, &fault)) {
+            Refuse(fault, NO_ERROR);
+        } else {
+            snapshot_ = snapshot;
+            isAnyRead_ = true;
         }
-        snapshot_ = snapshot;
-        isAnyRead_ = true;
     }
 
     void Refuse(const RegistryFault& fault, DWORD error) {
@@ -109,7 +105,7 @@ class RegistryCache {
 
     const std::string path_ = RegistryFilePath();
     std::mutex mutex_;
-    FileWatch watch_{path_};
+    SeenFiles seen_;
     bool isLasting_ = false;  // whether the reading holds for as long as the file is unchanged
     FileReading reading_;     // the last one, without its text
     std::shared_ptr<const RegistrySnapshot> snapshot_ = std::make_shared<RegistrySnapshot>();

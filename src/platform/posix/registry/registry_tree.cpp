@@ -4,8 +4,8 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/posix/text/host_text.h"
 #include "platform/registry.h"
-#include "platform/text.h"
 
 namespace brevik::platform {
 namespace {
@@ -23,9 +23,7 @@ bool CanBeWritten(std::u16string_view name) {
 }  // namespace
 
 std::u16string FoldRegistryName(std::u16string_view name) {
-    std::u16string folded(name);
-    CharUpperBuffW(folded.data(), static_cast<DWORD>(folded.size()));
-    return folded;
+    return UpperCase(name);
 }
 
 std::string FoldRegistryPath(std::u16string_view path) {

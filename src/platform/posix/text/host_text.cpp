@@ -1,6 +1,7 @@
 #include "platform/posix/text/host_text.h"
 
 #include "platform/posix/text/unicode.h"
+#include "platform/text.h"
 
 namespace brevik::platform {
 
@@ -39,6 +40,12 @@ std::u16string Utf16OfBytes(std::string_view bytes) {
                                             static_cast<unsigned char>(bytes[2 * index + 1]) << 8);
     }
     return text;
+}
+
+std::u16string UpperCase(std::u16string_view text) {
+    std::u16string upper(text);
+    CharUpperBuffW(upper.data(), static_cast<DWORD>(upper.size()));
+    return upper;
 }
 
 std::uint32_t NumberOfBytes(std::string_view bytes) {

@@ -17,6 +17,9 @@ PLATFORM_API std::u16string WideFromUtf8(std::string_view text);
 PLATFORM_API std::string BytesOfUtf16(std::u16string_view text);
 PLATFORM_API std::u16string Utf16OfBytes(std::string_view bytes);
 
+// Each unit in upper case, as CharUpperBuffW has it.
+PLATFORM_API std::u16string UpperCase(std::u16string_view text);
+
 // The number in up to four bytes, little-endian.
 std::uint32_t NumberOfBytes(std::string_view bytes);
 

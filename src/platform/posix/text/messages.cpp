@@ -16,7 +16,6 @@ namespace {
 // an insert.
 constexpr MessageTableRow kSystemTable[] = {
     {ERROR_SUCCESS, "No error occurred."},
-    {1, "This operation does not exist here."},
     {ERROR_FILE_NOT_FOUND, "There is no file of this name."},
     {ERROR_PATH_NOT_FOUND, "A folder on the way to this name is missing."},
     {ERROR_TOO_MANY_OPEN_FILES, "No further file can be opened."},
@@ -24,16 +23,12 @@ constexpr MessageTableRow kSystemTable[] = {
     {ERROR_INVALID_HANDLE, "The handle does not stand for anything open."},
     {ERROR_NOT_ENOUGH_MEMORY, "There is too little memory to do this."},
     {ERROR_INVALID_DATA, "The data have a form that cannot be read."},
-    {14, "There is too little memory to finish this."},
-    {ERROR_INVALID_DRIVE, "There is no drive of this letter."},
     {ERROR_NOT_SAME_DEVICE, "This cannot be moved from one disk to another."},
     {ERROR_NO_MORE_FILES, "All files have been listed."},
     {ERROR_WRITE_PROTECT, "The medium is protected against writing."},
     {ERROR_NOT_READY, "The drive is not ready."},
     {ERROR_GEN_FAILURE, "The device failed for a reason of its own."},
     {ERROR_SHARING_VIOLATION, "The file is in use and not shared for this."},
-    {ERROR_HANDLE_EOF, "The end of the file has been reached."},
-    {ERROR_HANDLE_DISK_FULL, "The disk has no room left for the file."},
     {ERROR_NOT_SUPPORTED, "This request is not supported."},
     {ERROR_BAD_NETPATH, "No server of this name answers."},
     {ERROR_FILE_EXISTS, "A file of this name is there already."},
@@ -44,7 +39,6 @@ constexpr MessageTableRow kSystemTable[] = {
     {ERROR_MOD_NOT_FOUND, "A library of this name cannot be found."},
     {ERROR_PROC_NOT_FOUND, "The library has no operation of this name."},
     {ERROR_NEGATIVE_SEEK, "A position before the start of the file was asked for."},
-    {ERROR_DIR_NOT_ROOT, "The folder is not the root of a volume."},
     {ERROR_DIR_NOT_EMPTY, "The folder still holds something."},
     {ERROR_BAD_PATHNAME, "The path has a form that is not allowed."},
     {ERROR_ALREADY_EXISTS, "Something of this name is there already."},
@@ -52,27 +46,18 @@ constexpr MessageTableRow kSystemTable[] = {
     {ERROR_MORE_DATA, "There is more data than was asked for."},
     {ERROR_NO_MORE_ITEMS, "There are no further entries."},
     {ERROR_DIRECTORY, "The name is not that of a folder."},
-    {ERROR_MR_MID_NOT_FOUND, "There is no message text for this number."},
-    {ERROR_INVALID_FLAGS, "The flags given do not go together or are not known."},
-    {ERROR_END_OF_MEDIA, "The end of the medium has been reached."},
     {ERROR_NO_MEDIA_IN_DRIVE, "The drive is empty."},
-    {ERROR_NO_UNICODE_TRANSLATION, "A character has no counterpart in Unicode."},
     {ERROR_NETWORK_UNREACHABLE, "There is no way to the network place."},
     {ERROR_REQUEST_ABORTED, "The request was called off."},
     {ERROR_INVALID_WINDOW_HANDLE, "The window handle does not stand for a window."},
     {ERROR_NO_SYSTEM_RESOURCES, "The system lacks the resources to do this."},
     {ERROR_TIMEOUT, "The time allowed for this has run out."},
     {ERROR_UNRECOGNIZED_MEDIA, "The medium has no format that is known here."},
-    {4300, "The medium is not a valid one."},
-    {4303, "The medium does not fit the drive."},
-    {4308, "The medium cannot be had now."},
-    {4315, "The medium is of a kind that does not go with this."},
-    {4318, "No medium is at hand for this."},
     {ERROR_INTERNET_UNRECOGNIZED_SCHEME, "The scheme of the web address is not known."},
     {static_cast<DWORD>(E_NOTIMPL), "The object does not implement this operation."},
     {static_cast<DWORD>(E_NOINTERFACE), "The object does not have this interface."},
     {static_cast<DWORD>(E_POINTER), "A pointer is null or leads nowhere."},
-    {static_cast<DWORD>(E_FAIL), "The operation failed for a reason that was not told."},
+    {static_cast<DWORD>(E_FAIL), "The operation failed for a reason that it does not name."},
     {static_cast<DWORD>(E_UNEXPECTED), "The object failed in a way that was not foreseen."},
     {static_cast<DWORD>(RPC_E_CHANGED_MODE),
      "The thread already is in an apartment of another kind."},
@@ -127,10 +112,6 @@ DWORD FormatMessageW(DWORD flags, const void* source, DWORD code, DWORD, WCHAR* 
         (flags & FORMAT_MESSAGE_FROM_SYSTEM) != 0 ? SystemText(code) : ModuleText(source, code);
     if (text == nullptr) {
         return Fail<DWORD>(ERROR_MR_MID_NOT_FOUND);
-    }
-    // There are no arguments to insert.
-    if ((flags & FORMAT_MESSAGE_IGNORE_INSERTS) == 0 && std::strchr(text, '%') != nullptr) {
-        return Fail<DWORD>(ERROR_INVALID_PARAMETER);
     }
     const WideString line = WideFromUtf8(text) + u"\r\n";
     const auto block = static_cast<WCHAR*>(std::calloc(line.size() + 1, sizeof(WCHAR)));

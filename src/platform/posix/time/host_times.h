@@ -34,6 +34,14 @@ constexpr FILETIME FileTimeFromHost(const timespec& time) {
                                                       time.tv_nsec / 100 + kFileTimeOf1970));
 }
 
+// Minutes by which local time is ahead of Coordinated Universal Time at this moment, by the host's
+// rules: those of the variable TZ, which may change while the process runs, else those of
+// /etc/localtime.
+PLATFORM_API int ZoneOffsetAt(time_t moment);
+
+// What GetTimeZoneInformation returns at this moment.
+PLATFORM_API DWORD ZoneInformationAt(time_t moment, TIME_ZONE_INFORMATION* information);
+
 // REQUIRES: the count lies below 2 to the 63rd, where file times end.
 constexpr timespec HostTimeFromFileTime(const FILETIME& time) {
     const std::int64_t count = static_cast<std::int64_t>(CountOf(time)) - kFileTimeOf1970;

@@ -23,7 +23,7 @@ namespace {
 
 // In the place of the descriptor that text goes to.
 constexpr int kNotAskedYet = -1;
-constexpr int kNobody = -2;
+constexpr int kNone = -2;
 
 // The longest write that a pipe does not mix with those of others.
 constexpr std::size_t kLongestWrite = PIPE_BUF;
@@ -47,11 +47,11 @@ bool IsPipe(int file) {
 }
 
 int OpenFile(const char* path) {
-    // Not to wait for the reader of a named pipe: one that has none is nobody.
+    // Not to wait for the reader of a named pipe.
     ScopedDescriptor file =
         OpenDescriptor(path, O_WRONLY | O_APPEND | O_CREAT | O_NOCTTY | O_NONBLOCK, 0600);
     if (!file) {
-        return kNobody;
+        return kNone;
     }
     fcntl(file.Get(), F_SETFL, O_APPEND);
     return file.Release();
@@ -60,12 +60,12 @@ int OpenFile(const char* path) {
 int OpenListener() {
     const char* name = EnvironmentVariable("BREVIK_DEBUG_OUTPUT");
     if (name == nullptr) {
-        return kNobody;
+        return kNone;
     }
     return std::strcmp(name, "-") == 0 ? STDERR_FILENO : OpenFile(name);
 }
 
-// Text that cannot be written is lost: there is nobody to tell.
+// Text that cannot be written is lost.
 void Write(int file, std::string_view text) {
     const HeldSignal quiet(listenerIsPipe ? SIGPIPE : SIGXFSZ,
                            listenerIsPipe || IsFileSizeLimited());
@@ -77,7 +77,7 @@ void Write(int file, std::string_view text) {
             pollfd room = {file, POLLOUT, 0};
             poll(&room, 1, -1);
         } else if (errno == EPIPE) {
-            listener.store(kNobody, std::memory_order_release);  // its reader is gone for good
+            listener.store(kNone, std::memory_order_release);  // its reader is gone for good
             return;
         } else {
             return;
@@ -101,7 +101,7 @@ void Collect(int file, std::string_view text) {
     }
 }
 
-// The descriptor that text goes to, or kNobody.
+// The descriptor that text goes to, or kNone.
 int Listener() {
     if (const int known = listener.load(std::memory_order_acquire); known != kNotAskedYet) {
         return known;
@@ -119,7 +119,7 @@ int Listener() {
 
 void OutputDebugStringA(const char* text) {
     const int file = Listener();
-    if (file == kNobody || text == nullptr) {
+    if (file == kNone || text == nullptr) {
         return;
     }
     const int callersError = errno;
@@ -140,7 +140,7 @@ void OutputDebugStringA(const char* text) {
 }
 
 bool IsDebuggerOutputOpen() {
-    return Listener() != kNobody;
+    return Listener() != kNone;
 }
 
 }  // namespace brevik::platform

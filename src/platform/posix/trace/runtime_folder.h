@@ -1,10 +1,9 @@
 // Where the viewers and the programs of a user meet: a folder that holds a socket for each machine.
 //
 // It is "brevikconfig" in the runtime folder of the user's session ($XDG_RUNTIME_DIR, else
-// /run/user/UID), or /tmp/brevikconfig-UID where the user has no such folder. Anybody who can write
-// to it could take a viewer's place, so it counts only while it is a real folder of the effective
-// user that nobody else can enter. Since somebody else may have made it first, .brevikconfig in the
-// user's home folder is the second choice.
+// /run/user/UID), or /tmp/brevikconfig-UID where the user has no such folder. It counts only while
+// it is a real folder of the effective user that no other can enter: one who can write to it could
+// take a viewer's place. The second choice is .brevikconfig in the user's home folder.
 #pragma once
 
 #include <sys/un.h>

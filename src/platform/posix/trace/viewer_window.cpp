@@ -107,11 +107,8 @@ DWORD SendPacket(int descriptor, const COPYDATASTRUCT& data, UINT milliseconds) 
 
 }  // namespace
 
-HWND FindWindowW(const WCHAR* windowClass, const WCHAR* title) {
+HWND FindWindowW(const WCHAR* windowClass, const WCHAR*) {
     SetLastError(ERROR_SUCCESS);
-    if (title != nullptr) {
-        return nullptr;
-    }
     const std::lock_guard guard(lock);
     if (connection >= 0 && (!IsAlive(connection) || connectedTo != SocketNameOf(windowClass))) {
         Disconnect();

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,14 +17,86 @@
 #include "platform/posix/base/stamped.h"
 #include "platform/posix/paths/paths.h"
 #include "platform/posix/registry/registry_snapshot.h"
+#include "platform/posix/text/host_text.h"
 #include "platform/posix/text/text_buffer.h"
 #include "platform/posix/volumes/host_volumes.h"
-#include "platform/posix/volumes/volume_settings.h"
+#include "platform/registry.h"
 
 namespace brevik::platform {
 namespace {
 
 constexpr std::size_t kLongestLabel = 255;
+
+// What the machine's registry says of the medium of a drive or share, in place of the host: the
+// values of the key HKEY_LOCAL_MACHINE\\SOFTWARE\\Brevik\\Volumes\\X for drive X:, and
+// ...\\Volumes\\SERVER\\SHARE for a share.
+struct VolumeSettings {
+    std::u16string label;
+    std::optional<UINT> kind;
+    std::optional<DWORD> serial;
+    bool isEmpty = false;  // no medium is in the drive
+
+    // Whether the drive is there also while the folder that it leads to is not.
+    bool TakesMedia() const { return kind == DRIVE_REMOVABLE || kind == DRIVE_CDROM; }
+};
+
+constexpr std::u16string_view kVolumesKey = u"HKEY_LOCAL_MACHINE\\SOFTWARE\\Brevik\\Volumes\\";
+
+struct KindName {
+    std::u16string_view folded;
+    UINT kind;
+};
+
+constexpr KindName kKinds[] = {
+    {u"FIXED", DRIVE_FIXED},
+    {u"REMOVABLE", DRIVE_REMOVABLE},
+    {u"CDROM", DRIVE_CDROM},
+    {u"REMOTE", DRIVE_REMOTE},
+};
+
+std::optional<std::u16string> ReadText(const RegistryKey& key, std::u16string_view foldedName) {
+    const RegistryValue* value = key.FindValue(foldedName);
+    if (value == nullptr || value->type != REG_SZ) {
+        return std::nullopt;
+    }
+    const std::u16string text = Utf16OfBytes(value->data);
+    return text.substr(0, text.find(u'\0'));
+}
+
+std::optional<DWORD> ReadNumber(const RegistryKey& key, std::u16string_view foldedName) {
+    const RegistryValue* value = key.FindValue(foldedName);
+    if (value == nullptr || value->type != REG_DWORD || value->data.size() != sizeof(DWORD)) {
+        return std::nullopt;
+    }
+    return NumberOfBytes(value->data);
+}
+
+std::optional<UINT> ReadKind(const RegistryKey& key) {
+    const std::u16string name = FoldRegistryName(ReadText(key, u"KIND").value_or(u""));
+    const auto kind = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                   [&](const KindName& entry) { return entry.folded == name; });
+    return kind == std::end(kKinds) ? std::nullopt : std::optional(kind->kind);
+}
+
+// A value of another type than it ought to be is none.
+VolumeSettings ReadVolumeSettings(const RegistrySnapshot& registry, const HostPlace& place) {
+    // Without a machine the root of drive Z: is the host itself.
+    if (place.error != NO_ERROR || place.root == place.top) {
+        return {};
+    }
+    std::u16string names = WideFromUtf8(
+        std::string_view(place.path).substr(place.top + 1, place.root - place.top - 1));
+    std::replace(names.begin(), names.end(), u'/', u'\\');
+    const RegistryKey* key = registry.tree.Find(std::u16string(kVolumesKey) + names);
+    VolumeSettings settings;
+    if (key != nullptr) {
+        settings.label = ReadText(*key, u"LABEL").value_or(u"");
+        settings.kind = ReadKind(*key);
+        settings.serial = ReadNumber(*key, u"SERIAL");
+        settings.isEmpty = ReadNumber(*key, u"EMPTY").value_or(0) != 0;
+    }
+    return settings;
+}
 
 // The host's clock in the steps in which it is cheapest to read, a few milliseconds each.
 std::int64_t CurrentStep() {
@@ -87,7 +161,7 @@ DWORD FindRoot(const HostPlace& place, const VolumeSettings& settings, HostFile*
     if (place.error != NO_ERROR) {
         return place.error;
     }
-    if (settings.empty) {
+    if (settings.isEmpty) {
         return ERROR_NOT_READY;
     }
     *folder = FindFile(place);
