@@ -12,22 +12,27 @@ class FileException : public VelmarException {
   public:
     // A failure of the kind that the text names.
     FileException(const VelmarText& text, const FilePath& path,
-                  const SharedHandle<VelmarException>& inner);
+                  const SharedHandle<VelmarException>& inner)
+        : VelmarException(text), path_(path), inner_(inner) {}
 
     // A failure with the number, message and note of another.
     FileException(const VelmarException& source, const FilePath& path,
-                  const SharedHandle<VelmarException>& inner);
+                  const SharedHandle<VelmarException>& inner)
+        : VelmarException(source), path_(path), inner_(inner) {}
 
-    ~FileException() override;
-    FileException* Clone() const override;
-    FileException& SetNote(const std::string& note) override;
+    ~FileException() override = default;
+    FileException* Clone() const override { return new FileException(*this); }
+    FileException& SetNote(const std::string& note) override {
+        VelmarException::SetNote(note);
+        return *this;
+    }
 
     // Raise() throws a copy of the base class alone.
 
-    virtual FilePath GetPath() const;
+    virtual FilePath GetPath() const { return path_; }
 
     // The failure beneath, which lives as long as any copy of this one; may be null.
-    virtual const VelmarException* GetInner() const;
+    virtual const VelmarException* GetInner() const { return inner_.get(); }
 
   private:
     FilePath path_;

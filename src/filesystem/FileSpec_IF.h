@@ -100,3 +100,14 @@ class FileSpec_IF {
     virtual void SetFileSize(std::uint64_t size) = 0;
     virtual void SetModificationTime(const DateTime& time) = 0;
 };
+
+// The shortcut side of a file object.
+class AliasSpec_IF {
+  public:
+    virtual ~AliasSpec_IF() = default;
+
+    // What the shortcut leads to, null for one without a target. Raises a FileException with the
+    // shortcut's path when it cannot be read, or its target cannot be found. Leaves the calling
+    // thread's component-model state as it was.
+    virtual SharedHandle<FileSpec_IF> ResolveAlias() = 0;
+};

@@ -1,9 +1,39 @@
-// The folder side of a file object. Each operation takes a handle on the object itself.
+// The folder side of a file object, and a listing of its entries.
 #pragma once
 
-#include "filesystem/FolderSpec_Iterator.h"
+#include <optional>
+
 #include "text/SharedHandle.h"
 
+class FileSpec_IF;
+
+// One open listing. It belongs to one thread at a time.
+class FolderSpec_Iterator {
+  public:
+    virtual ~FolderSpec_Iterator() = default;
+
+    // What a listing reports about an entry.
+    struct Kind {
+        bool isFolder;
+
+        // It stands for something elsewhere: a link to a folder or one that leads nowhere, and
+        // whatever else the platform calls a reparse point.
+        bool isLink;
+    };
+
+    // The next entry, files and folders alike, in the platform's order; null at the end, and from
+    // then on. Raises for a name that no path may hold; one that ends in a dot is passed over,
+    // since a path loses that dot and would name another file, or the folder itself.
+    virtual SharedHandle<FileSpec_IF> Next() = 0;
+
+    // The kind of the entry that Next returned last; nothing where the listing does not report it.
+    const std::optional<Kind>& GetKind() const { return kind_; }
+
+  protected:
+    std::optional<Kind> kind_;
+};
+
+// Each operation takes a handle on the object itself.
 class FolderSpec_IF {
   public:
     virtual ~FolderSpec_IF() = default;

@@ -4,11 +4,10 @@
 #include "modules/ModuleFolders.h"
 #include "platform/modules.h"
 #include "platform/never_destroyed.h"
+#include "services/ServiceCall.h"
 
 namespace BrevikConfig {
 namespace {
-
-constexpr const WCHAR* kSiblingLibrary = WIDE("VelmarHTTPClient13.dll");
 
 HMODULE Load(const WideString& name) {
     return LoadLibraryExW(name.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
@@ -20,14 +19,14 @@ void BrevikConfigModule::LoadSiblingLibrary() {
     if (libraryLoaded != 0) {
         return;
     }
-    const WideString folder = FindSpelledLibraryFolder(kSiblingLibrary);
+    const WideString folder = FindSpelledLibraryFolder(kServiceLibrary);
     // The folder is current during the load, so that what the library itself needs is found beside
     // it. Threads that come here at once each load the library, which counts.
     const BrevikUtils::DllPathManager current(folder);
-    HMODULE module = Load(kSiblingLibrary);
+    HMODULE module = Load(kServiceLibrary);
     if (module == nullptr && !folder.empty()) {
         // Not every system looks into every current folder.
-        module = Load(folder + WIDE("\\") + kSiblingLibrary);
+        module = Load(folder + WIDE("\\") + kServiceLibrary);
     }
     if (module != nullptr) {
         libraryLoaded = 1;

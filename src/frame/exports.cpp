@@ -1,22 +1,48 @@
-// The twelve exported functions: each is the call frame around its forwarder.
+// The twelve exported functions: each is the call frame around its trace scope and the call into
+// the subsystem that does the work.
 
 #define BREVIKCONFIG_NO_COTASKMEMFREE
 #include "brevikconfig.h"
 
+#include "catalogue/queries/CatalogueQueries.h"
+#include "cookies/CookieValues.h"
 #include "frame/CallFrame.h"
-#include "frame/FailureResults.h"
-#include "frame/Forwarders.h"
+#include "language/LangManager.h"
+#include "services/ProfileDispatch.h"
+#include "services/UpdateDispatch.h"
 #include "trace/UTrace.h"
 
 using namespace BrevikConfig;
 
 namespace {
 
+// What a function returns when it fails as a whole: for a null out argument, and for an exception
+// that reached the call frame.
+constexpr std::uint8_t kQueryFailure = 0;
+constexpr std::int32_t kLocalGuidsFailure = 0;
+constexpr std::int32_t kLanguageFailure = 1;
+constexpr std::int32_t kCookieFailure = 1;
+constexpr std::int32_t kUpdateFailure = 2;
+constexpr std::uint8_t kAvailabilityFailure = 0;
+constexpr std::int32_t kProfileFailure = 2;
+
 const char* OrEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 const WCHAR* OrEmpty(const WCHAR* text) {
     return text != nullptr ? text : WIDE("");
+}
+
+const char* TrueOrFalse(std::uint8_t value) {
+    return value != 0 ? "true" : "false";
+}
+
+// Whether an out argument can be written; a null one is reported on the trace.
+bool IsPlace(const void* argument, const char* name) {
+    if (argument == nullptr) {
+        UTrace::Error("The argument %s is null; there is no place for the result.", name);
+    }
+    return argument != nullptr;
 }
 
 // The line of the exports that write none.
@@ -31,13 +57,21 @@ PLATFORM_API std::uint8_t bvkc_CertificateItemValue(const char* InstallerGUID,
                                                     std::uint32_t* size) {
     const char* guid = OrEmpty(InstallerGUID);
     const char* identifier = OrEmpty(sIdentifier);
-    return RunCall(
-        __func__, kQueryFailure,
-        [&] {
-            UTrace::Info("BrevikKitAPI bvkc_CertificateItemValue (InstallerGUID=%s,sIdentifier=%s)",
-                         guid, identifier);
-        },
-        [&] { return CertificateItemValue(guid, identifier, value, size); });
+    const auto line = [&] {
+        UTrace::Info("BrevikKitAPI bvkc_CertificateItemValue (InstallerGUID=%s,sIdentifier=%s)",
+                     guid, identifier);
+    };
+    return RunCall(__func__, kQueryFailure, line, [&] {
+        const UTrace::Function scope("BrevikKit:CertificateItemValue", nullptr);
+        UTrace::Info("BrevikKit:CertificateItemValue(InstallerGUID=%s, sIdentifier=%s)", guid,
+                     identifier);
+        if (!IsPlace(value, "value") || !IsPlace(size, "size")) {
+            return kQueryFailure;
+        }
+        const bool found = CatalogueQueries::CertificateItemValue(guid, identifier, value, size);
+        UTrace::Info("BrevikKit:CertificateItemValue--RESULT--(void)");
+        return static_cast<std::uint8_t>(found);
+    });
 }
 
 PLATFORM_API std::uint8_t bvkc_CertificateItemValueByProdName(const char* sProdName,
@@ -45,53 +79,81 @@ PLATFORM_API std::uint8_t bvkc_CertificateItemValueByProdName(const char* sProdN
                                                               std::uint32_t* size) {
     const char* product = OrEmpty(sProdName);
     const char* identifier = OrEmpty(sIdentifier);
-    return RunCall(
-        __func__, kQueryFailure,
-        [&] {
-            UTrace::Info(
-                "BrevikKitAPI bvkc_CertificateItemValueByProdName (sProdName=%s,sIdentifier=%s)",
-                product, identifier);
-        },
-        [&] { return CertificateItemValueByProdName(product, identifier, value, size); });
+    const auto line = [&] {
+        UTrace::Info(
+            "BrevikKitAPI bvkc_CertificateItemValueByProdName (sProdName=%s,sIdentifier=%s)",
+            product, identifier);
+    };
+    return RunCall(__func__, kQueryFailure, line, [&] {
+        const UTrace::Function scope("BrevikKit:CertificateItemValueByProdName", nullptr);
+        UTrace::Info("BrevikKit:CertificateItemValueByProdName(sProdName=%s, sIdentifier=%s)",
+                     product, identifier);
+        if (!IsPlace(value, "value") || !IsPlace(size, "size")) {
+            return kQueryFailure;
+        }
+        const bool found =
+            CatalogueQueries::CertificateItemValueByProdName(product, identifier, value, size);
+        UTrace::Info("BrevikKit:CertificateItemValueByProdName--RESULT--(void)");
+        return static_cast<std::uint8_t>(found);
+    });
 }
 
 PLATFORM_API std::int32_t bvkc_GetLocalGUIDs(char** guids) {
-    return RunCall(
-        __func__, kLocalGuidsFailure, [] { UTrace::Info("BrevikKitAPI bvkc_GetLocalGUIDs"); },
-        [&] { return GetLocalGUIDs(guids); });
+    const auto line = [] { UTrace::Info("BrevikKitAPI bvkc_GetLocalGUIDs"); };
+    return RunCall(__func__, kLocalGuidsFailure, line, [&] {
+        const UTrace::Function scope("BrevikKit:GetLocalGUIDs", nullptr);
+        return IsPlace(guids, "guids") ? CatalogueQueries::GetLocalGUIDs(guids)
+                                       : kLocalGuidsFailure;
+    });
 }
 
 PLATFORM_API std::int32_t bvkc_GetUserLanguage_Ids(const bvkc_langid* langIds, std::uint32_t count,
                                                    bvkc_langid* selected) {
-    return RunCall(
-        __func__, kLanguageFailure, [] { UTrace::Info("BrevikKitAPI bvkc_GetUserLanguage_Ids"); },
-        [&] { return GetUserLanguageIds(langIds, count, selected); });
+    const auto line = [] { UTrace::Info("BrevikKitAPI bvkc_GetUserLanguage_Ids"); };
+    return RunCall(__func__, kLanguageFailure, line, [&] {
+        const UTrace::Function scope("BrevikKit:GetUserLanguage_Ids", nullptr);
+        return IsPlace(selected, "selected")
+                   ? static_cast<std::int32_t>(LangManager::GetLang(langIds, count, selected))
+                   : kLanguageFailure;
+    });
 }
 
 PLATFORM_API std::int32_t bvkc_GetUserLanguage_Code(const char* const* codes, std::uint32_t count,
                                                     bvkc_langid* selected) {
-    return RunCall(
-        __func__, kLanguageFailure, [] { UTrace::Info("BrevikKitAPI bvkc_GetUserLanguage_Code"); },
-        [&] { return GetUserLanguageCode(codes, count, selected); });
+    const auto line = [] { UTrace::Info("BrevikKitAPI bvkc_GetUserLanguage_Code"); };
+    return RunCall(__func__, kLanguageFailure, line, [&] {
+        const UTrace::Function scope("BrevikKit:GetUserLanguage_Str", nullptr);
+        return IsPlace(selected, "selected")
+                   ? static_cast<std::int32_t>(LangManager().GetLang(codes, count, selected))
+                   : kLanguageFailure;
+    });
 }
 
 PLATFORM_API std::int32_t bvkc_VCM_ReadOndrelCookieValue(const bvkc_wchar* key,
                                                          bvkc_wchar** value) {
-    return RunCall(__func__, kCookieFailure, kNoLine,
-                   [&] { return ReadOndrelCookieValue(OrEmpty(key), value); });
+    return RunCall(__func__, kCookieFailure, kNoLine, [&] {
+        const UTrace::Function scope("BrevikKit:ReadOndrelCookieValue", nullptr);
+        return IsPlace(value, "value") ? CookieValues::ReadOndrelValue(OrEmpty(key), value)
+                                       : kCookieFailure;
+    });
 }
 
 PLATFORM_API std::int32_t bvkc_VCM_WriteOndrelCookieValue(const bvkc_wchar* key,
                                                           const bvkc_wchar* value) {
-    return RunCall(__func__, kCookieFailure, kNoLine,
-                   [&] { return WriteOndrelCookieValue(OrEmpty(key), OrEmpty(value)); });
+    return RunCall(__func__, kCookieFailure, kNoLine, [&] {
+        const UTrace::Function scope("BrevikKit:WriteOndrelCookieValue", nullptr);
+        return CookieValues::WriteOndrelValue(OrEmpty(key), OrEmpty(value));
+    });
 }
 
 PLATFORM_API std::int32_t bvkc_VCM_ReadCookieValue(const bvkc_wchar* domain,
                                                    const bvkc_wchar* cookie, const bvkc_wchar* key,
                                                    bvkc_wchar** value) {
     return RunCall(__func__, kCookieFailure, kNoLine, [&] {
-        return ReadCookieValue(OrEmpty(domain), OrEmpty(cookie), OrEmpty(key), value);
+        const UTrace::Function scope("BrevikKit:ReadCookieValue", nullptr);
+        return IsPlace(value, "value")
+                   ? CookieValues::ReadValue(OrEmpty(domain), OrEmpty(cookie), OrEmpty(key), value)
+                   : kCookieFailure;
     });
 }
 
@@ -99,7 +161,9 @@ PLATFORM_API std::int32_t bvkc_VCM_WriteCookieValue(const bvkc_wchar* domain,
                                                     const bvkc_wchar* cookie, const bvkc_wchar* key,
                                                     const bvkc_wchar* value) {
     return RunCall(__func__, kCookieFailure, kNoLine, [&] {
-        return WriteCookieValue(OrEmpty(domain), OrEmpty(cookie), OrEmpty(key), OrEmpty(value));
+        const UTrace::Function scope("BrevikKit:WriteCookieValue", nullptr);
+        return CookieValues::WriteValue(OrEmpty(domain), OrEmpty(cookie), OrEmpty(key),
+                                        OrEmpty(value));
     });
 }
 
@@ -108,15 +172,21 @@ PLATFORM_API std::int32_t bvkc_Dispatch_InvokeUpdate(const char* productIdentifi
                                                      std::uint8_t bRunInBackground) {
     const char* product = OrEmpty(productIdentifier);
     const char* language = OrEmpty(locale);
-    return RunCall(
-        __func__, kUpdateFailure,
-        [&] {
-            UTrace::Info(
-                "BrevikKitAPI bvkc_Dispatch_InvokeUpdate "
-                "(productIdentifier=%s,locale=%s,bRunInBackground=%d)",
-                product, language, bRunInBackground);
-        },
-        [&] { return InvokeUpdate(product, language, bRunInBackground != 0); });
+    const auto line = [&] {
+        UTrace::Info(
+            "BrevikKitAPI bvkc_Dispatch_InvokeUpdate "
+            "(productIdentifier=%s,locale=%s,bRunInBackground=%d)",
+            product, language, bRunInBackground);
+    };
+    return RunCall(__func__, kUpdateFailure, line, [&]() -> std::int32_t {
+        const UTrace::Function scope("BrevikKit:Dispatch_InvokeUpdate", nullptr);
+        UTrace::Info(
+            "BrevikKit:Dispatch_InvokeUpdate - productIdentifier=%s, locale=%s, "
+            "bRunInBackground=%s",
+            product, language, TrueOrFalse(bRunInBackground));
+        return UpdateDispatch::InvokeUpdate(product, LocaleOrSelected(language),
+                                            bRunInBackground != 0);
+    });
 }
 
 PLATFORM_API std::uint8_t bvkc_Dispatch_IsUpdateOrMessageAvailable(const char* productIdentifier,
@@ -124,15 +194,22 @@ PLATFORM_API std::uint8_t bvkc_Dispatch_IsUpdateOrMessageAvailable(const char* p
                                                                    std::uint8_t connectToServer) {
     const char* product = OrEmpty(productIdentifier);
     const char* language = OrEmpty(locale);
-    return RunCall(
-        __func__, kAvailabilityFailure,
-        [&] {
-            UTrace::Info(
-                "BrevikKitAPI bvkc_Dispatch_IsUpdateOrMessageAvailable "
-                "(productIdentifier=%s,locale=%s,connectToServer=%d)",
-                product, language, connectToServer);
-        },
-        [&] { return IsUpdateOrMessageAvailable(product, language, connectToServer != 0); });
+    const auto line = [&] {
+        UTrace::Info(
+            "BrevikKitAPI bvkc_Dispatch_IsUpdateOrMessageAvailable "
+            "(productIdentifier=%s,locale=%s,connectToServer=%d)",
+            product, language, connectToServer);
+    };
+    return RunCall(__func__, kAvailabilityFailure, line, [&] {
+        const UTrace::Function scope("BrevikKit:Dispatch_IsUpdateOrMessageAvailable", nullptr);
+        UTrace::Info(
+            "BrevikKit:Dispatch_IsUpdateOrMessageAvailable - productIdentifier=%s, locale=%s, "
+            "connectToServer=%s",
+            product, language, TrueOrFalse(connectToServer));
+        const UpdateDispatch::Status status = UpdateDispatch::IsUpdateOrMessageAvailable(
+            product, LocaleOrSelected(language), connectToServer != 0);
+        return static_cast<std::uint8_t>(status == UpdateDispatch::kTold);
+    });
 }
 
 PLATFORM_API std::int32_t bvkc_Dispatch_GetKindletProfileID(const char* strKindletUID,
@@ -143,15 +220,18 @@ PLATFORM_API std::int32_t bvkc_Dispatch_GetKindletProfileID(const char* strKindl
     if (strProfileID != nullptr) {
         *strProfileID = nullptr;  // whatever fails: a caller frees what is not null
     }
-    return RunCall(
-        __func__, kProfileFailure,
-        [&] {
-            UTrace::Info(
-                "BrevikKitAPI bvkc_Dispatch_GetKindletProfileID "
-                "(strKindletUID=%s,locale=%s,hWnd=%d)",
-                uid, language, hWnd != nullptr ? 1 : 0);
-        },
-        [&] { return GetKindletProfileID(uid, language, hWnd, strProfileID); });
+    const auto line = [&] {
+        UTrace::Info(
+            "BrevikKitAPI bvkc_Dispatch_GetKindletProfileID "
+            "(strKindletUID=%s,locale=%s,hWnd=%d)",
+            uid, language, hWnd != nullptr ? 1 : 0);
+    };
+    return RunCall(__func__, kProfileFailure, line, [&] {
+        const UTrace::Function scope("BrevikKit:Dispatch_GetKindletProfileID", nullptr);
+        return IsPlace(strProfileID, "strProfileID")
+                   ? ProfileDispatch::GetKindletProfileID(uid, language, hWnd, strProfileID)
+                   : kProfileFailure;
+    });
 }
 
 }  // extern "C"

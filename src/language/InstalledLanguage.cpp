@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CCertificateMgr.h"
 #include "catalogue/queries/CVelmarProductCertifier.h"
 #include "trace/UTrace.h"
 

@@ -10,7 +10,7 @@
 // what a load of the catalogue throws.
 LANGID FindInstalledLanguage();
 
-// The same where a catalogue that cannot be read, say on a machine without the database library,
-// counts as one without a language, which one line on the trace tells: an application needs a
-// language to run in, wherever it runs.
+// The same where a catalogue that cannot be read, as on a machine without the database library,
+// counts as one without a language, with one line on the trace: an application needs a language to
+// run in, wherever it runs.
 LANGID FindInstalledLanguageOrNone();

@@ -5,15 +5,6 @@
 #include "modules/ScopedLibrary.h"
 
 namespace CLibraryUtils {
-namespace {
-
-using GetClassObject = HRESULT(STDMETHODCALLTYPE*)(REFCLSID, REFIID, void**);
-
-}  // namespace
-
-CLibraryUtilsImpl::~CLibraryUtilsImpl() {
-    Free();
-}
 
 void CLibraryUtilsImpl::Free() {
     if (module_ != nullptr) {
@@ -24,11 +15,10 @@ void CLibraryUtilsImpl::Free() {
 HRESULT CLibraryUtilsImpl::CreateInstance(REFCLSID classId, IUnknown* outer,
                                           const WCHAR* libraryName, REFIID iid, void** object) {
     Free();
+    using GetClassObject = HRESULT(STDMETHODCALLTYPE*)(REFCLSID, REFIID, void**);
     module_ = LoadLibraryExW(libraryName, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (module_ == nullptr) {
-        return E_FAIL;
-    }
-    const auto getClassObject = ExportOf<GetClassObject>(module_, "DllGetClassObject");
+    const auto getClassObject =
+        module_ != nullptr ? ExportOf<GetClassObject>(module_, "DllGetClassObject") : nullptr;
     if (getClassObject == nullptr) {
         return E_FAIL;
     }

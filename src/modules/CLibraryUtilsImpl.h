@@ -13,9 +13,7 @@ class CLibraryUtilsImpl {
     CLibraryUtilsImpl() = default;
     CLibraryUtilsImpl(const CLibraryUtilsImpl&) = delete;
     CLibraryUtilsImpl& operator=(const CLibraryUtilsImpl&) = delete;
-
-    // Frees the library.
-    virtual ~CLibraryUtilsImpl();
+    virtual ~CLibraryUtilsImpl() { Free(); }
 
     // Loads the library, keeps it, and has its class factory make an object. E_FAIL when the
     // library cannot be loaded or has no factory; else the factory's result. A library held before

@@ -37,11 +37,10 @@ WideString FolderOf(const WCHAR (&path)[kPathCapacity], DWORD length) {
 
 // The parent's number; 0 when this process is not listed.
 DWORD ParentProcessId() {
-    const HANDLE handle = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    if (handle == INVALID_HANDLE_VALUE) {
+    const ScopedHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    if (!snapshot) {
         return 0;
     }
-    const ScopedHandle snapshot(handle);
     PROCESSENTRY32W entry = {};
     entry.dwSize = static_cast<DWORD>(sizeof entry);
     const DWORD self = GetCurrentProcessId();
@@ -120,10 +119,10 @@ WideString FindSpelledLibraryFolder(const WideString& fileName) {
     }
     WCHAR path[kPathCapacity];
     WCHAR* filePart = nullptr;
-    const DWORD length =
-        SearchPathW(nullptr, fileName.c_str(), nullptr, kPathCapacity, path, &filePart);
-    if (length > 0 && length < kPathCapacity) {
-        return FolderOf(WideString(path, length));
+    folder = FolderOf(
+        path, SearchPathW(nullptr, fileName.c_str(), nullptr, kPathCapacity, path, &filePart));
+    if (!folder.empty()) {
+        return folder;
     }
     folder = SharedLibraryFolder();
     return !folder.empty() && IsReadableFile(folder, fileName) ? folder : WideString();

@@ -1,13 +1,28 @@
-// Owner of a counted text, as component objects take and give them.
+// Texts as they pass the library's border: counted ones of component objects, and blocks of
+// callers.
 #pragma once
 
+#include <algorithm>
 #include <new>
+#include <string>
 
 #include "platform/component_model.h"
 #include "platform/types.h"
 
 namespace CLibraryUtils {
 
+// A copy of a text and its NUL for a caller, who frees it with CoTaskMemFree; null when memory is
+// short.
+template <typename Unit>
+Unit* MakeBlock(const std::basic_string<Unit>& text) {
+    auto* block = static_cast<Unit*>(CoTaskMemAlloc((text.size() + 1) * sizeof(Unit)));
+    if (block != nullptr) {
+        std::copy_n(text.c_str(), text.size() + 1, block);
+    }
+    return block;
+}
+
+// Owner of a counted text.
 class ScopedText {
   public:
     // Null, a place for a text that is given out.

@@ -2,13 +2,10 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/text.h"
-
-CRegKeyW::~CRegKeyW() {
-    Close();
-}
 
 LONG CRegKeyW::Open(HKEY parent, const WCHAR* subKey, REGSAM access) {
     HKEY opened = nullptr;
@@ -21,12 +18,7 @@ LONG CRegKeyW::Open(HKEY parent, const WCHAR* subKey, REGSAM access) {
 }
 
 LONG CRegKeyW::Close() {
-    if (key_ == nullptr) {
-        return ERROR_SUCCESS;
-    }
-    const LONG error = RegCloseKey(key_);
-    key_ = nullptr;
-    return error;
+    return key_ == nullptr ? LONG{ERROR_SUCCESS} : RegCloseKey(std::exchange(key_, nullptr));
 }
 
 LONG CRegKeyW::QueryDWORDValue(const WCHAR* name, DWORD* value) {
@@ -34,10 +26,7 @@ LONG CRegKeyW::QueryDWORDValue(const WCHAR* name, DWORD* value) {
     DWORD size = sizeof *value;
     const LONG error =
         RegQueryValueExW(key_, name, nullptr, &type, reinterpret_cast<BYTE*>(value), &size);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    return type == REG_DWORD ? ERROR_SUCCESS : LONG{ERROR_INVALID_DATA};
+    return error == ERROR_SUCCESS && type != REG_DWORD ? LONG{ERROR_INVALID_DATA} : error;
 }
 
 LONG CRegKeyW::QueryStringValue(const WCHAR* name, WCHAR* buffer, DWORD* count) {

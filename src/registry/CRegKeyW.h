@@ -11,9 +11,7 @@ class CRegKeyW {
     CRegKeyW() = default;
     CRegKeyW(const CRegKeyW&) = delete;
     CRegKeyW& operator=(const CRegKeyW&) = delete;
-
-    // Closes the key.
-    virtual ~CRegKeyW();
+    virtual ~CRegKeyW() { Close(); }
 
     // Opens a key below `parent` and closes the key held before; on failure that key stays open.
     // `access` is a mask such as KEY_QUERY_VALUE.

@@ -1,8 +1,6 @@
 #include "services/ProfileDispatch.h"
 
-#include <algorithm>
-
-#include "language/SelectedLocale.h"
+#include "language/LangManager.h"
 #include "modules/ComponentObject.h"
 #include "modules/ScopedText.h"
 #include "modules/SmartComInitializer.h"
@@ -38,16 +36,6 @@ bool MakeDialog(Dialog& dialog) {
                       static_cast<unsigned>(result));
     }
     return result == S_OK;
-}
-
-// A block with the text in narrow form; null when memory is short.
-char* MakeBlock(BSTR text) {
-    const std::string narrow = WideToNarrow(WideString(text, SysStringLen(text)));
-    auto* block = static_cast<char*>(CoTaskMemAlloc(narrow.size() + 1));
-    if (block != nullptr) {
-        std::copy_n(narrow.c_str(), narrow.size() + 1, block);
-    }
-    return block;
 }
 
 std::int32_t ResultOf(HRESULT answer, const char* profileId) {
@@ -88,8 +76,8 @@ std::int32_t Ask(IDialogServices* dialog, const std::string& kindletUid, const s
         CallService("IDialogServices::GetProfileID", [&]() CALLS_FOREIGN_OBJECTS {
             return dialog->GetProfileID(uid.Get(), window, profile.Out());
         });
-    if (SysStringLen(profile.Get()) != 0) {
-        *profileId = MakeBlock(profile.Get());
+    if (const UINT length = SysStringLen(profile.Get()); length != 0) {
+        *profileId = CLibraryUtils::MakeBlock(WideToNarrow({profile.Get(), length}));
     }
     return ResultOf(answer, *profileId);
 }

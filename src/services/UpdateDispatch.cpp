@@ -1,6 +1,6 @@
 #include "services/UpdateDispatch.h"
 
-#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CCertificateMgr.h"
 #include "catalogue/queries/CVelmarProductCertifier.h"
 #include "language/LangManager.h"
 #include "modules/ScopedText.h"
@@ -13,9 +13,8 @@ namespace {
 
 using CLibraryUtils::ScopedText;
 
-// What the service is told of a product.
+// What the service needs to know of a product.
 struct Request {
-    Status status = kNoUpdateInfo;  // kTold: the rest is set
     std::uint32_t langId = 0;
     std::string version;
     WideString sku;
@@ -40,79 +39,75 @@ CertUpdateInfo FindUpdateInfo(const char* dispatch, const std::string& productId
     return info;
 }
 
-Request Prepare(const char* dispatch, const VelmarUpdateService& service,
-                const std::string& productIdentifier, const std::string& locale) {
+// kTold once the request is ready for the service.
+Status Prepare(const char* dispatch, const std::string& productIdentifier,
+               const std::string& locale, Request* request) {
     const CertUpdateInfo info = FindUpdateInfo(dispatch, productIdentifier);
-    Request request;
     if (info.m_strUsedBy.empty()) {
-        return request;
+        return kNoUpdateInfo;
     }
     std::string sku;
-    if (service.GetUninstallInfo(info.m_strInstallerGUID, info.m_strUsedBy, &request.langId,
-                                 &request.version, &sku)) {
-        request.langId = LanguageOf(locale, info, request.langId);
-        request.status = kTold;
-    } else {
-        request.status = kNoUninstallInfo;
+    const bool found = VelmarUpdateService().GetUninstallInfo(
+        info.m_strInstallerGUID, info.m_strUsedBy, &request->langId, &request->version, &sku);
+    if (found) {
+        request->langId = LanguageOf(locale, info, request->langId);
     }
     // Both dispatches say it in these words.
     UTrace::Info("Dispatch_InvokeUpdate(dwLangID=%d, strVersion=%s)",
-                 static_cast<int>(request.langId), request.version.c_str());
-    request.sku = sku.empty() ? Utf8ToWide(info.m_strInstallerGUID) : NarrowToWide(sku);
-    return request;
-}
-
-// `isDone` makes the call on the service, given SKU, version and language, and tells whether it
-// ended well.
-template <typename IsDone>
-Status Dispatch(const char* name, const std::string& productIdentifier, const std::string& locale,
-                IsDone isDone) {
-    const VelmarUpdateService updateService;
-    const Request request = Prepare(name, updateService, productIdentifier, locale);
-    if (request.status != kTold) {
-        return request.status;
-    }
-    const VelmarUpdateService::Service service = updateService.GetService();
-    if (!service) {
-        return kTold;
-    }
-    const ScopedText version(NarrowToWide(request.version));
-    const ScopedText sku(request.sku);
-    return isDone(service.Get(), sku.Get(), version.Get(), request.langId) ? kTold : kServiceFailed;
+                 static_cast<int>(request->langId), request->version.c_str());
+    request->sku = sku.empty() ? Utf8ToWide(info.m_strInstallerGUID) : NarrowToWide(sku);
+    return found ? kTold : kNoUninstallInfo;
 }
 
 }  // namespace
 
 Status InvokeUpdate(const std::string& productIdentifier, const std::string& locale,
                     bool runInBackground) {
-    const auto update = [&](IUpdateServices* service, BSTR sku, BSTR version, ULONG langId) {
-        const ScopedText product(NarrowToWide(productIdentifier));
-        return CallService(runInBackground ? "IUpdateServices::RunUpdateInBackground"
-                                           : "IUpdateServices::RunUpdate",
-                           [&]() CALLS_FOREIGN_OBJECTS {
-                               return runInBackground
-                                          ? service->RunUpdateInBackground(sku, version, langId,
-                                                                           product.Get())
-                                          : service->RunUpdate(sku, version, langId, product.Get());
-                           }) == S_OK;
-    };
-    return Dispatch("Dispatch_InvokeUpdate", productIdentifier, locale, update);
+    Request request;
+    const Status status = Prepare("Dispatch_InvokeUpdate", productIdentifier, locale, &request);
+    if (status != kTold) {
+        return status;
+    }
+    const VelmarUpdateService::Service service = VelmarUpdateService().GetService();
+    if (!service) {
+        return kTold;
+    }
+    const ScopedText version(NarrowToWide(request.version));
+    const ScopedText sku(request.sku);
+    const ScopedText product(NarrowToWide(productIdentifier));
+    const auto run =
+        runInBackground ? &IUpdateServices::RunUpdateInBackground : &IUpdateServices::RunUpdate;
+    const HRESULT result = CallService(
+        runInBackground ? "IUpdateServices::RunUpdateInBackground" : "IUpdateServices::RunUpdate",
+        [&]() CALLS_FOREIGN_OBJECTS {
+            return (service.Get()->*run)(sku.Get(), version.Get(), request.langId, product.Get());
+        });
+    return result == S_OK ? kTold : kServiceFailed;
 }
 
 Status IsUpdateOrMessageAvailable(const std::string& productIdentifier, const std::string& locale,
                                   bool connectToServer) {
-    const auto ask = [&](IUpdateServices* service, BSTR sku, BSTR version, ULONG langId) {
-        // The low half counts; a service that writes 32 bits finds room for them.
-        VARIANT_BOOL available[2] = {VARIANT_FALSE, VARIANT_FALSE};
-        const HRESULT result =
-            CallService("IUpdateServices::CheckUpdateOrMessage", [&]() CALLS_FOREIGN_OBJECTS {
-                return service->CheckUpdateOrMessage(sku, version, langId,
-                                                     connectToServer ? VARIANT_TRUE : VARIANT_FALSE,
-                                                     available);
-            });
-        return result == S_OK && available[0] == VARIANT_TRUE;
-    };
-    return Dispatch("Dispatch_IsUpdateOrMessageAvailable", productIdentifier, locale, ask);
+    Request request;
+    const Status status =
+        Prepare("Dispatch_IsUpdateOrMessageAvailable", productIdentifier, locale, &request);
+    if (status != kTold) {
+        return status;
+    }
+    const VelmarUpdateService::Service service = VelmarUpdateService().GetService();
+    if (!service) {
+        return kTold;
+    }
+    const ScopedText version(NarrowToWide(request.version));
+    const ScopedText sku(request.sku);
+    // The low half counts; a service that writes 32 bits finds room for them.
+    VARIANT_BOOL available[2] = {VARIANT_FALSE, VARIANT_FALSE};
+    const HRESULT result =
+        CallService("IUpdateServices::CheckUpdateOrMessage", [&]() CALLS_FOREIGN_OBJECTS {
+            return service.Get()->CheckUpdateOrMessage(
+                sku.Get(), version.Get(), request.langId,
+                connectToServer ? VARIANT_TRUE : VARIANT_FALSE, available);
+        });
+    return result == S_OK && available[0] == VARIANT_TRUE ? kTold : kServiceFailed;
 }
 
 }  // namespace UpdateDispatch

@@ -5,21 +5,19 @@
 #include <mutex>
 #include <utility>
 
+#include "catalogue/manager/CertificateSources.h"
 #include "platform/never_destroyed.h"
 #include "registry/CRegKeyW.h"
 #include "services/ServiceCall.h"
 
 namespace {
 
-constexpr const WCHAR* kUninstallKey =
-    WIDE("Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\");
-
 // Installers of the suite write to the 32-bit view alone.
 constexpr REGSAM kAccess = KEY_READ | KEY_WOW64_32KEY;
 
 bool OpenUninstallKey(CRegKeyW& key, const Utf8String& entry) {
-    return key.Open(HKEY_LOCAL_MACHINE, (kUninstallKey + Utf8ToWide(entry)).c_str(), kAccess) ==
-           ERROR_SUCCESS;
+    return key.Open(HKEY_LOCAL_MACHINE, CertificateSources::UninstallKeyOf(entry).c_str(),
+                    kAccess) == ERROR_SUCCESS;
 }
 
 DWORD NumberOr(CRegKeyW& key, const WCHAR* name, DWORD otherwise) {
@@ -114,8 +112,6 @@ std::shared_ptr<Service> Make() {
 }
 
 }  // namespace
-
-VelmarUpdateService::~VelmarUpdateService() = default;
 
 bool VelmarUpdateService::GetUninstallInfo(const Utf8String& installerGuid,
                                            const Utf8String& usedBy, std::uint32_t* language,

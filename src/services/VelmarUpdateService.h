@@ -21,7 +21,7 @@ class VelmarUpdateService {
     VelmarUpdateService() = default;
     VelmarUpdateService(const VelmarUpdateService&) = delete;
     VelmarUpdateService& operator=(const VelmarUpdateService&) = delete;
-    virtual ~VelmarUpdateService();
+    virtual ~VelmarUpdateService() = default;
 
     // Reads the uninstall keys: version ("MAJOR.MINOR") and SKU from that of the installation that
     // uses the product, or, with an empty `usedBy`, from the product's own; the language identifier

@@ -10,27 +10,16 @@
 
 namespace {
 
-enum class Case { kLower, kUpper };
-
-WideString ChangeCase(const WideString& text, Case to) {
-    if (IsWin9x()) {
-        std::string narrow = WideToNarrow(text);
-        const DWORD length = static_cast<DWORD>(narrow.size());
-        if (to == Case::kLower) {
-            CharLowerBuffA(narrow.data(), length);
-        } else {
-            CharUpperBuffA(narrow.data(), length);
-        }
-        return NarrowToWide(narrow);
+// Changes the case of a text in place; the second operation is for the Windows 9x family.
+template <typename ChangeWide, typename ChangeNarrow>
+WideString ChangeCase(WideString text, ChangeWide changeWide, ChangeNarrow changeNarrow) {
+    if (!IsWin9x()) {
+        changeWide(text.data(), static_cast<DWORD>(text.size()));
+        return text;
     }
-    WideString changed = text;
-    const DWORD length = static_cast<DWORD>(changed.size());
-    if (to == Case::kLower) {
-        CharLowerBuffW(changed.data(), length);
-    } else {
-        CharUpperBuffW(changed.data(), length);
-    }
-    return changed;
+    std::string narrow = WideToNarrow(text);
+    changeNarrow(narrow.data(), static_cast<DWORD>(narrow.size()));
+    return NarrowToWide(narrow);
 }
 
 constexpr unsigned char FoldToLower(unsigned char byte) {
@@ -42,12 +31,11 @@ constexpr unsigned char FoldToUpper(unsigned char byte) {
 }
 
 template <typename String>
-String ChangeAsciiCase(const String& text, unsigned char (*fold)(unsigned char)) {
-    String changed = text;
-    for (auto& unit : changed) {
+String ChangeAsciiCase(String text, unsigned char (*fold)(unsigned char)) {
+    for (auto& unit : text) {
         unit = static_cast<typename String::value_type>(fold(static_cast<unsigned char>(unit)));
     }
-    return changed;
+    return text;
 }
 
 }  // namespace
@@ -76,7 +64,7 @@ std::string Utf8ToNarrow(const Utf8String& text) {
 }
 
 WideString StringToLower(const WideString& text) {
-    return ChangeCase(text, Case::kLower);
+    return ChangeCase(text, CharLowerBuffW, CharLowerBuffA);
 }
 std::string StringToLower(const std::string& text) {
     return WideToNarrow(StringToLower(NarrowToWide(text)));
@@ -86,7 +74,7 @@ Utf8String StringToLower(const Utf8String& text) {
 }
 
 WideString StringToUpper(const WideString& text) {
-    return ChangeCase(text, Case::kUpper);
+    return ChangeCase(text, CharUpperBuffW, CharUpperBuffA);
 }
 std::string StringToUpper(const std::string& text) {
     return WideToNarrow(StringToUpper(NarrowToWide(text)));
@@ -143,26 +131,16 @@ char* Int64ToText(long long value, char* buffer, unsigned size, int base) {
     return buffer;
 }
 
-std::string Int64ToString(long long value) {
-    std::ostringstream stream;
-    stream.imbue(std::locale::classic());
-    stream << value;
-    return stream.str();
-}
-
 std::uint32_t HexTextToNumber(const std::string& text) {
-    std::string_view digits = text;
-    if (digits.size() >= 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) {
-        digits.remove_prefix(2);
-    }
     constexpr std::string_view kDigits = "0123456789ABCDEF";
+    const std::string upper = AsciiToUpper(text);
     std::uint32_t value = 0;
-    for (const char character : AsciiToUpper(std::string(digits))) {
-        const std::size_t digit = kDigits.find(character);
-        if (digit == std::string_view::npos) {
+    for (std::size_t i = upper.starts_with("0X") ? 2 : 0; i < upper.size(); ++i) {
+        const std::size_t digit = kDigits.find(upper[i]);
+        if (digit == kDigits.npos) {
             break;
         }
-        value = (value << 4) | static_cast<std::uint32_t>(digit);
+        value = value << 4 | static_cast<std::uint32_t>(digit);
     }
     return value;
 }

@@ -68,7 +68,9 @@ bool EqualNoCase(const A& a, const B& b) {
 char* Int64ToText(long long value, char* buffer, unsigned size, int base);
 
 // Decimal text of a number.
-std::string Int64ToString(long long value);
+inline std::string Int64ToString(long long value) {
+    return std::to_string(value);
+}
 
 // The number that hexadecimal text stands for, with or without a leading "0x", up to the first
 // other character; of more than eight digits the last eight count. 0 for an empty text.

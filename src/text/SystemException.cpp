@@ -21,30 +21,24 @@ Utf8String RuntimeMessage(int code) {
     return NarrowToUtf8(message);
 }
 
-VelmarTextArgs Filled(const VelmarText& text, std::initializer_list<Utf8String> arguments) {
-    VelmarTextArgs filled(text);
-    filled.insert(filled.end(), arguments);
-    return filled;
-}
-
 }  // namespace
 
 VelmarTextArgs TextFor(Source source, std::uint32_t code) {
     const auto number = static_cast<std::int32_t>(code);
     switch (source) {
         case Source::kErrno:
-            return Filled(Texts::errnoError,
-                          {NarrowToUtf8(std::to_string(number)), RuntimeMessage(number)});
+            return VelmarTextArgs(Texts::errnoError,
+                                  {NarrowToUtf8(std::to_string(number)), RuntimeMessage(number)});
         case Source::kWin32:
-            return Filled(Texts::win32Error,
-                          {Hexadecimal(code), WideToUtf8(GetSystemMessage(code))});
+            return VelmarTextArgs(Texts::win32Error,
+                                  {Hexadecimal(code), WideToUtf8(GetSystemMessage(code))});
         case Source::kHResult:
-            return Filled(Texts::hresultError,
-                          {Hexadecimal(code), WideToUtf8(GetHResultMessage(number))});
+            return VelmarTextArgs(Texts::hresultError,
+                                  {Hexadecimal(code), WideToUtf8(GetHResultMessage(number))});
         case Source::kMMResult:
             break;
     }
-    return Filled(Texts::mmresultError, {Hexadecimal(code)});
+    return VelmarTextArgs(Texts::mmresultError, {Hexadecimal(code)});
 }
 
 }  // namespace SystemException

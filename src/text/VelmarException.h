@@ -14,9 +14,8 @@
 
 class VelmarException : public std::exception {
   public:
-    // Copies number, message and note.
-    VelmarException(const VelmarException& other);
-    VelmarException& operator=(const VelmarException& other);
+    VelmarException(const VelmarException&) = default;
+    VelmarException& operator=(const VelmarException&) = default;
 
     // Number and wording of a text; give a VelmarTextArgs for one with arguments.
     explicit VelmarException(const VelmarText& text);
@@ -32,23 +31,26 @@ class VelmarException : public std::exception {
     // "unknown error" with that number.
     static VelmarException FromId(long id);
 
-    ~VelmarException() override;
+    ~VelmarException() override = default;
 
     // The message in narrow text; valid until the next call on the object or its end. Empty when
     // memory is short.
     const char* what() const noexcept override;
 
     // A copy of the most derived class, which the caller deletes.
-    virtual VelmarException* Clone() const;
-    virtual const std::string& GetNote() const;
-    virtual long GetNumber() const;
-    virtual const Utf8String& GetMessage() const;
+    virtual VelmarException* Clone() const { return new VelmarException(*this); }
+    virtual const std::string& GetNote() const { return note_; }
+    virtual long GetNumber() const { return number_; }
+    virtual const Utf8String& GetMessage() const { return message_; }
 
     // Returns the exception itself.
-    virtual VelmarException& SetNote(const std::string& note);
+    virtual VelmarException& SetNote(const std::string& note) {
+        note_ = note;
+        return *this;
+    }
 
     // Throws a copy.
-    [[noreturn]] virtual void Raise() const;
+    [[noreturn]] virtual void Raise() const { throw VelmarException(*this); }
 
   private:
     long number_ = 0;

@@ -17,9 +17,6 @@ Utf8String Bytes(const char* text) {
 
 }  // namespace
 
-VelmarText::VelmarText(const char* text)
-    : id_(0), text_(text != nullptr ? text : ""), next_(this) {}
-
 VelmarText::VelmarText(long id, const char* text) : VelmarText(text) {
     id_ = id;
     VelmarText** place = &first_;
@@ -29,8 +26,6 @@ VelmarText::VelmarText(long id, const char* text) : VelmarText(text) {
     next_ = *place;
     *place = this;
 }
-
-VelmarText::VelmarText(const VelmarText& other) : id_(other.id_), text_(other.text_), next_(this) {}
 
 VelmarText::~VelmarText() {
     if (!IsRegistered()) {
@@ -43,10 +38,6 @@ VelmarText::~VelmarText() {
     if (*place == this) {
         *place = next_;
     }
-}
-
-long VelmarText::GetId() const {
-    return id_;
 }
 
 Utf8String VelmarText::Format(const Utf8StringList& arguments) const {
@@ -109,27 +100,4 @@ LanguageProvider_IF& VelmarText::GetProvider() {
 
 void VelmarText::SetProvider(LanguageProvider_IF* provider) {
     current_provider.store(provider, std::memory_order_release);
-}
-
-int VelmarText::GetLanguage() {
-    return GetProvider().GetLanguage();
-}
-
-const LanguageInfo* VelmarText::GetLanguageInfo(int index) {
-    return GetProvider().GetLanguageInfo(index);
-}
-
-void VelmarText::LoadLanguage(int index, const Utf8String& folder) {
-    GetProvider().LoadLanguage(index, folder);
-}
-
-VelmarTextArgs::VelmarTextArgs(const VelmarText& text) : VelmarText(text) {}
-VelmarTextArgs::~VelmarTextArgs() = default;
-
-Utf8String VelmarTextArgs::Format(const Utf8StringList& arguments) const {
-    return VelmarText::Format(arguments);
-}
-
-Utf8String VelmarTextArgs::GetText() const {
-    return VelmarText::Format(*this);
 }

@@ -11,6 +11,7 @@
 #include <array>
 #include <iosfwd>
 #include <map>
+#include <utility>
 
 #include "text/StringConversions.h"
 
@@ -47,17 +48,18 @@ class VelmarText {
 
     // A text without a number, not registered. `text` is UTF-8 and must outlive the object; null
     // counts as empty.
-    explicit VelmarText(const char* text);
+    explicit VelmarText(const char* text)
+        : id_(0), text_(text != nullptr ? text : ""), next_(this) {}
 
     // A registered text. The newest of several with one number is the one that is found.
     VelmarText(long id, const char* text);
 
     // A copy is not registered.
-    VelmarText(const VelmarText& other);
+    VelmarText(const VelmarText& other) : id_(other.id_), text_(other.text_), next_(this) {}
     VelmarText& operator=(const VelmarText&) = delete;
     virtual ~VelmarText();
 
-    virtual long GetId() const;
+    virtual long GetId() const { return id_; }
 
     // The wording with its placeholders %0, %1 and so on filled in, in rising order from the start
     // of the text to its end: a placeholder before the last one filled in, or without an argument,
@@ -79,9 +81,13 @@ class VelmarText {
     // The provider must outlive its use; null restores the library's own.
     static void SetProvider(LanguageProvider_IF* provider);
 
-    static int GetLanguage();
-    static const LanguageInfo* GetLanguageInfo(int index);
-    static void LoadLanguage(int index, const Utf8String& folder);
+    static int GetLanguage() { return GetProvider().GetLanguage(); }
+    static const LanguageInfo* GetLanguageInfo(int index) {
+        return GetProvider().GetLanguageInfo(index);
+    }
+    static void LoadLanguage(int index, const Utf8String& folder) {
+        GetProvider().LoadLanguage(index, folder);
+    }
 
   private:
     bool IsRegistered() const { return next_ != this; }
@@ -93,16 +99,19 @@ class VelmarText {
     static VelmarText* first_;
 };
 
-// A text with its arguments, %0 the first. Fill it with push_back.
+// A text with its arguments, %0 the first; push_back adds one.
 class VelmarTextArgs : public VelmarText, public Utf8StringList {
   public:
-    explicit VelmarTextArgs(const VelmarText& text);
-    ~VelmarTextArgs() override;
+    explicit VelmarTextArgs(const VelmarText& text, Utf8StringList arguments = {})
+        : VelmarText(text), Utf8StringList(std::move(arguments)) {}
+    ~VelmarTextArgs() override = default;
 
-    Utf8String Format(const Utf8StringList& arguments) const override;
+    Utf8String Format(const Utf8StringList& arguments) const override {
+        return VelmarText::Format(arguments);
+    }
 
     // The wording filled in with the object's own arguments.
-    Utf8String GetText() const override;
+    Utf8String GetText() const override { return VelmarText::Format(*this); }
 };
 
 // The library's own provider: the 17 languages, and the translations of one string file.

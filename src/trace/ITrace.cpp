@@ -50,10 +50,6 @@ ITrace::~ITrace() {
     }
 }
 
-long ITrace::GetResult() const {
-    return result_;
-}
-
 long ITrace::Return(long value, const char* format, ...) {
     if (format == silent) {
         silent_ = true;
@@ -81,8 +77,6 @@ Function::Function(const char* name, const char* format, ...) : ITrace(ClientNam
     va_end(arguments);
 }
 
-Function::~Function() = default;
-
 FunctionComponent::FunctionComponent(const char* client, const char* name, const char* format, ...)
     : ITrace(client != nullptr ? client : "", name) {
     va_list arguments;
@@ -90,7 +84,5 @@ FunctionComponent::FunctionComponent(const char* client, const char* name, const
     Enter(format, arguments);
     va_end(arguments);
 }
-
-FunctionComponent::~FunctionComponent() = default;
 
 }  // namespace UTrace

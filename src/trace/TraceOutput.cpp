@@ -5,10 +5,10 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/clock.h"
 #include "platform/debugger.h"
-#include "trace/KeepLastError.h"
 #include "trace/TraceRecord.h"
 #include "trace/TraceState.h"
 
@@ -64,7 +64,6 @@ bool Send(TraceRecord& record, UINT timeout) {
         return true;
     }
     if (GetLastError() == ERROR_INVALID_WINDOW_HANDLE) {
-        state.viewer = TraceState::Viewer::kNone;
         state.viewerWindow = nullptr;
         state.lastLookup = GetTickCount();
         state.lost = 0;  // the next viewer has missed nothing
@@ -84,12 +83,6 @@ void SendToViewer(TraceRecord& record) {
     }
 }
 
-bool IsViewerThere() {
-    TraceState& state = State();
-    state.viewer = FindViewer() ? TraceState::Viewer::kFound : TraceState::Viewer::kNone;
-    return state.viewer == TraceState::Viewer::kFound;
-}
-
 }  // namespace
 
 void Emit(const char* client, int level, unsigned channel, unsigned char tag, const char* format,
@@ -102,7 +95,7 @@ void Emit(const char* client, int level, unsigned channel, unsigned char tag, co
     const int flags = state.flags;
     const Filter filter = state.filter;
     const bool debugger = (flags & kFlagDebuggerOutput) != 0 && IsDebuggerOutputOpen();
-    const bool viewer = IsViewerThere();
+    const bool viewer = FindViewer();
     if (!debugger && filter == nullptr && !viewer) {
         return;  // a line that nobody gets is not made
     }
@@ -140,7 +133,7 @@ void EmitFormatted(const char* client, int level, const char* format, ...) {
 bool FindViewer() {
     TraceState& state = State();
     const DWORD now = GetTickCount();
-    if (state.viewer == TraceState::Viewer::kUnknown || now - state.lastLookup > kLookupInterval) {
+    if (!std::exchange(state.hasLooked, true) || now - state.lastLookup > kLookupInterval) {
         state.lastLookup = now;
         state.viewerWindow = FindWindowW(kViewerClass, nullptr);
         state.lost = state.viewerWindow != nullptr ? state.lost : 0;

@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "text/tls_data.h"
-#include "trace/KeepLastError.h"
 #include "trace/TraceOutput.h"
 
 namespace UTrace {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "platform/errors.h"
 #include "platform/viewer_window.h"
 #include "text/CriticalSection.h"
 #include "trace/UTrace.h"
@@ -21,7 +22,7 @@ struct TraceState {
 
     // Guarded by the lock.
     std::array<char, 64> clientName = {};
-    enum class Viewer { kUnknown = -1, kNone = 0, kFound = 1 } viewer = Viewer::kUnknown;
+    bool hasLooked = false;  // for a viewer, since the start
     HWND viewerWindow = nullptr;
     DWORD lastLookup = 0;
     std::uint32_t lost = 0;  // lines that the viewer was too slow for, and does not know of yet
@@ -29,6 +30,19 @@ struct TraceState {
 };
 
 TraceState& State();
+
+// Puts the thread's last error back at its end: a line between a failing call and the look at its
+// error must not change what is seen.
+class KeepLastError {
+  public:
+    KeepLastError() : code_(GetLastError()) {}
+    KeepLastError(const KeepLastError&) = delete;
+    KeepLastError& operator=(const KeepLastError&) = delete;
+    ~KeepLastError() { SetLastError(code_); }
+
+  private:
+    DWORD code_;
+};
 
 // The trace lock; null when the library is already being unloaded, which one thread does alone.
 BaseCriticalSection* Lock();

@@ -48,9 +48,9 @@ bool Initialize() {
     state.flags = kFlagDebuggerOutput | kFlagAllLevels;
     state.filter = nullptr;
     Depth() = 0;
-    state.viewer = TraceState::Viewer::kUnknown;
+    state.hasLooked = false;
     state.viewerWindow = nullptr;
-    state.viewer = FindViewer() ? TraceState::Viewer::kFound : TraceState::Viewer::kNone;
+    FindViewer();
     state.started = true;
     return true;
 }
@@ -100,75 +100,45 @@ bool IsLevelOn(int level) {
     return level <= state.level || (state.flags & kFlagAllLevels) != 0;
 }
 
+// The body of a line operation, whose last parameters are `format` and its arguments.
+#define EMIT_LINE(client, level, channel, tag)                \
+    va_list arguments;                                        \
+    va_start(arguments, format);                              \
+    EmitLine(client, level, channel, tag, format, arguments); \
+    va_end(arguments)
+
 void Trace(int level, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(Ours(), level, 0, 0, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(Ours(), level, 0, 0);
 }
-
 void TraceAs(int level, const char* client, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(client, level, 0, 0, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(client, level, 0, 0);
 }
-
 void Error(const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(Ours(), kErrorLevel, 0, 0, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(Ours(), kErrorLevel, 0, 0);
 }
-
 void ErrorAs(const char* client, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(client, kErrorLevel, 0, 0, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(client, kErrorLevel, 0, 0);
 }
-
 void Level2(const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(Ours(), kSecondLevel, 0, 0, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(Ours(), kSecondLevel, 0, 0);
 }
-
 void Level2As(const char* client, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(client, kSecondLevel, 0, 0, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(client, kSecondLevel, 0, 0);
 }
-
 void Info(const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(Ours(), kInfoLevel, 0, 0, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(Ours(), kInfoLevel, 0, 0);
 }
-
 void InfoAs(const char* client, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(client, kInfoLevel, 0, 0, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(client, kInfoLevel, 0, 0);
 }
-
 void Tagged(unsigned channel, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(Ours(), kInfoLevel, channel, 1, format, arguments);
-    va_end(arguments);
+    EMIT_LINE(Ours(), kInfoLevel, channel, 1);
+}
+void TaggedAs(unsigned channel, const char* client, const char* format, ...) {
+    EMIT_LINE(client, kInfoLevel, channel, 1);
 }
 
-void TaggedAs(unsigned channel, const char* client, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    EmitLine(client, kInfoLevel, channel, 1, format, arguments);
-    va_end(arguments);
-}
+#undef EMIT_LINE
 
 void Exception(const VelmarException& caught, const char* note) {
     ExceptionAs(Ours(), caught, note);

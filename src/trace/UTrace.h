@@ -96,7 +96,7 @@ class ITrace {
     virtual ~ITrace();
 
     // The value given to Return, 0 before.
-    virtual long GetResult() const;
+    virtual long GetResult() const { return result_; }
 
     // Keeps the function's result for the return line: "return = VALUE" with a null format, else
     // the format's text, cut to 1023 bytes. With `silent` the return line is dropped. Returns
@@ -123,7 +123,7 @@ class ITrace {
 class Function : public ITrace {
   public:
     Function(const char* name, const char* format, ...) PRINTF_CHECKED(3, 4);
-    ~Function() override;
+    ~Function() override = default;
 };
 
 // A tracer whose lines carry the client name given.
@@ -131,7 +131,7 @@ class FunctionComponent : public ITrace {
   public:
     FunctionComponent(const char* client, const char* name, const char* format, ...)
         PRINTF_CHECKED(4, 5);
-    ~FunctionComponent() override;
+    ~FunctionComponent() override = default;
 };
 
 }  // namespace UTrace

@@ -5,8 +5,7 @@
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "catalogue/queries/CVelmarProductCertifier.h"
 #include "catalogue/queries/CatalogueQueries.h"
-#include "catalogue/queries/ReadProductLanguage.h"
-#include "catalogue/queries/SplitRegistryPath.h"
+#include "catalogue/queries/RegistryQueries.h"
 #include "support/catalogue_test.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "filesystem/AliasSpec_IF.h"
+#include "filesystem/FileSpec_IF.h"
 #include "platform/component_model.h"
 #include "support/file_library.h"
 #include "support/shortcut_bytes.h"

@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "filesystem/Private/Windows/FileSpec_Win9X.h"
+#include "filesystem/Private/Windows/FileSpec_Win32.h"
 #include "support/faulty_api.h"
 #include "support/file_library.h"
 #include "support/volume_api.h"

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 #include "language/LangManager.h"
 #include "support/catalogue_test.h"
@@ -52,15 +53,29 @@ TEST_F(InstalledLanguage, NoCertificateGivesNone) {
     EXPECT_EQ(FindInstalledLanguage(), 0);
 }
 
-TEST_F(InstalledLanguage, IsChosenWhereItIsOffered) {
-    InstallIn("{1}", "1036");
-    const LANGID offered[] = {1031, 1033, 1036};
-    LANGID selected = 0;
-    EXPECT_EQ(LangManager::GetLang(offered, 3, &selected), 0u);
-    EXPECT_EQ(selected, 1036);
-    const char* const codes[] = {"DEU", "fra"};
-    EXPECT_EQ(LangManager().GetLang(codes, 2, &selected), 0u);
-    EXPECT_EQ(selected, 1036);
+TEST_F(InstalledLanguage, InstalledThenZeroThenEnglishThenTheFirstIsChosen) {
+    const struct {
+        const char* installed;
+        std::vector<LANGID> offered;
+        LANGID selected;
+    } rows[] = {
+        {"1036", {1031, 1033, 1036}, 1036},
+        {"1040", {1031, 1036}, 1031},
+        {"1040", {1031, 1033}, 1033},
+        {"1040", {1031, 0, 1033}, 0},
+        {"0", {1031, 1033}, 1033},
+        {"0", {1033, 0}, 0},
+        {"1046", {1031, 2070}, 1031},  // another Portuguese is not taken
+        {"1040", {1031, 1031, 1040, 1040}, 1040},
+    };
+    for (const auto& row : rows) {
+        InstallIn("{1}", row.installed);
+        LANGID selected = 7;
+        EXPECT_EQ(LangManager::GetLang(row.offered.data(),
+                                       static_cast<std::uint32_t>(row.offered.size()), &selected),
+                  0u);
+        EXPECT_EQ(selected, row.selected) << row.installed;
+    }
 }
 
 TEST_F(InstalledLanguage, CatalogueThatCannotBeReadIsNoReasonToHaveNoLanguage) {
@@ -74,7 +89,7 @@ TEST_F(InstalledLanguage, CatalogueThatCannotBeReadIsNoReasonToHaveNoLanguage) {
     EXPECT_EQ(CountOf("The catalogue cannot be read", output_.Take()), 1);
     const LANGID offered[] = {1031, 1033};
     LANGID selected = 0;
-    EXPECT_EQ(LangManager::GetLang(offered, 2, &selected, &FindInstalledLanguageOrNone), 0u);
+    EXPECT_EQ(LangManager::GetLang(offered, 2, &selected), 0u);
     EXPECT_EQ(selected, 1033);
 }
 

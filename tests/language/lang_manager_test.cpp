@@ -4,30 +4,10 @@
 #include <vector>
 
 #include "language/LangManager.h"
-#include "language/LanguageLadder.h"
 #include "support/debug_output.h"
 #include "trace/UTrace.h"
 
 namespace {
-
-LANGID Select(LANGID installed, const std::vector<LANGID>& offered) {
-    LanguageLadder ladder(installed);
-    for (const LANGID entry : offered) {
-        ladder.Look(entry);
-    }
-    return ladder.Climb(offered.front());
-}
-
-TEST(LanguageLadder, InstalledThenZeroThenEnglishThenTheFirst) {
-    EXPECT_EQ(Select(1036, {1031, 1033, 1036}), 1036);
-    EXPECT_EQ(Select(1040, {1031, 1036}), 1031);
-    EXPECT_EQ(Select(1040, {1031, 1033}), 1033);
-    EXPECT_EQ(Select(1040, {1031, 0, 1033}), 0);
-    EXPECT_EQ(Select(0, {1031, 1033}), 1033);
-    EXPECT_EQ(Select(0, {1033, 0}), 0);
-    EXPECT_EQ(Select(1046, {1031, 2070}), 1031);  // another Portuguese is not taken
-    EXPECT_EQ(Select(1040, {1031, 1031, 1040, 1040}), 1040);
-}
 
 TEST(LangManager, OddRowsGoBothWays) {
     const struct {
@@ -73,9 +53,8 @@ class LanguageTrace : public testing::Test {
     LanguageTrace() {
         UTrace::Initialize();
         // What the first look at the catalogue says is none of this.
-        const LANGID english = LanguageLadder::kEnglish;
         LANGID selected = 0;
-        LangManager::GetLang(&english, 1, &selected);
+        LangManager().GetLang(&selected);
     }
 
     std::string Said(std::vector<LANGID> offered) {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CCertificateMgr.h"
 #include "catalogue/queries/CVelmarProductCertifier.h"
 #include "modules/SmartComInitializer.h"
 #include "platform/modules.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CCertificateMgr.h"
 #include "platform/component_model.h"
 #include "support/debug_output.h"
 #include "support/installed_products.h"

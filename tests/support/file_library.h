@@ -12,7 +12,7 @@
 
 #include "filesystem/FileChannel.h"
 #include "filesystem/FileException.h"
-#include "filesystem/FileSpec_Impl.h"
+#include "filesystem/FileSpec.h"
 #include "filesystem/FileSystem.h"
 #include "filesystem/utilities/FileUtilities.h"
 #include "support/drive_files.h"

@@ -6,7 +6,6 @@
 #include "filesystem/FileChannel.h"
 #include "filesystem/FileSpec.h"
 #include "filesystem/FileSpec_IF.h"
-#include "filesystem/FileSpec_Impl.h"
 #include "filesystem/Volume_IF.h"
 #include "filesystem/dates/DateTime.h"
 

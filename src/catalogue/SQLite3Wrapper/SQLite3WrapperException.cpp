@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <iterator>
 #include <new>
+#include <utility>
 
 namespace {
 
-struct CodeName {
-    std::int32_t code;
-    const char* name;
-};
-
+using CodeName = std::pair<std::int32_t, const char*>;
 constexpr CodeName kCodeNames[] = {
     {0, "SQLITE_OK"},        {1, "SQLITE_ERROR"},       {2, "SQLITE_INTERNAL"},
     {3, "SQLITE_PERM"},      {4, "SQLITE_ABORT"},       {5, "SQLITE_BUSY"},
@@ -25,15 +22,13 @@ constexpr CodeName kCodeNames[] = {
 };
 
 const char* NameOf(std::int32_t code) {
-    const auto* const found = std::find_if(std::begin(kCodeNames), std::end(kCodeNames),
-                                           [=](const CodeName& row) { return row.code == code; });
-    return found != std::end(kCodeNames) ? found->name : "UNKNOWN_ERROR";
+    const auto* const found = std::ranges::find(kCodeNames, code, &CodeName::first);
+    return found != std::end(kCodeNames) ? found->second : "UNKNOWN_ERROR";
 }
 
 }  // namespace
 
-// The message is put together here and not by the database library: that it is missing is one of
-// the failures to tell.
+// The message is not made by the database library: that it is missing is one of the failures.
 SQLite3WrapperException::SQLite3WrapperException(std::int32_t code, const char* text) noexcept
     : code_(code) {
     try {
@@ -42,15 +37,4 @@ SQLite3WrapperException::SQLite3WrapperException(std::int32_t code, const char* 
     } catch (const std::bad_alloc&) {
         message_.clear();
     }
-}
-
-SQLite3WrapperException::SQLite3WrapperException(const std::string& message) : message_(message) {}
-
-SQLite3WrapperException::SQLite3WrapperException(const char* message)
-    : message_(message != nullptr ? message : "") {}
-
-SQLite3WrapperException::~SQLite3WrapperException() = default;
-
-const char* SQLite3WrapperException::what() const noexcept {
-    return message_.c_str();
 }

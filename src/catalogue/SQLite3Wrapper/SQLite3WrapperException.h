@@ -10,15 +10,11 @@ inline constexpr std::int32_t kSqliteOk = 0;
 inline constexpr std::int32_t kSqliteError = 1;
 inline constexpr std::int32_t kSqlitePermission = 3;
 inline constexpr std::int32_t kSqliteBusy = 5;
-inline constexpr std::int32_t kSqliteLocked = 6;
 inline constexpr std::int32_t kSqliteNoMemory = 7;
 inline constexpr std::int32_t kSqliteReadOnly = 8;
 inline constexpr std::int32_t kSqliteInterrupt = 9;
-inline constexpr std::int32_t kSqliteIoError = 10;
 inline constexpr std::int32_t kSqliteCorrupt = 11;
-inline constexpr std::int32_t kSqliteFull = 13;
 inline constexpr std::int32_t kSqliteCannotOpen = 14;
-inline constexpr std::int32_t kSqliteProtocol = 15;
 inline constexpr std::int32_t kSqliteEmpty = 16;
 inline constexpr std::int32_t kSqliteSchema = 17;
 inline constexpr std::int32_t kSqliteNotADatabase = 26;
@@ -35,15 +31,11 @@ class SQLite3WrapperException : public std::exception {
     SQLite3WrapperException(std::int32_t code, const char* text) noexcept;
 
     // The message is the text as it stands; the code is 0.
-    explicit SQLite3WrapperException(const std::string& message);
-    explicit SQLite3WrapperException(const char* message);
+    explicit SQLite3WrapperException(const std::string& message) : message_(message) {}
+    explicit SQLite3WrapperException(const char* message)
+        : message_(message != nullptr ? message : "") {}
 
-    SQLite3WrapperException(const SQLite3WrapperException&) = default;
-    SQLite3WrapperException& operator=(const SQLite3WrapperException&) = default;
-    ~SQLite3WrapperException() override;
-
-    const char* what() const noexcept override;
-
+    const char* what() const noexcept override { return message_.c_str(); }
     std::int32_t GetCode() const { return code_; }
 
   private:

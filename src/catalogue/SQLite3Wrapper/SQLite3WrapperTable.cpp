@@ -1,5 +1,6 @@
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperTable.h"
 
+#include <string_view>
 #include <utility>
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
@@ -9,20 +10,9 @@ namespace {
 
 constexpr std::size_t kComparedBytes = 512;
 
-unsigned char Folded(char byte) {
-    return static_cast<unsigned char>(byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte);
-}
-
 bool IsNamed(const char* text, const char* name) {
-    for (std::size_t i = 0; text != nullptr && i < kComparedBytes; ++i) {
-        if (Folded(text[i]) != Folded(name[i])) {
-            return false;
-        }
-        if (name[i] == '\0') {
-            return true;
-        }
-    }
-    return text != nullptr;
+    return text != nullptr && EqualNoCase(std::string_view(text).substr(0, kComparedBytes),
+                                          std::string_view(name).substr(0, kComparedBytes));
 }
 
 [[noreturn]] void Fail(const char* text) {
@@ -42,8 +32,6 @@ SQLite3WrapperTable::SQLite3WrapperTable(SQLite3WrapperResults results, std::int
       rowCount_(rowCount),
       columnCount_(columnCount) {}
 
-SQLite3WrapperTable::~SQLite3WrapperTable() = default;
-
 void SQLite3WrapperTable::RequireResults() const {
     if (!results_) {
         Fail("Null Results pointer");
@@ -59,7 +47,7 @@ const char* SQLite3WrapperTable::GetText(std::int32_t row, std::int32_t column) 
 }
 
 std::int32_t SQLite3WrapperTable::FindRow(const char* name, std::int32_t row) const {
-    while (row < rowCount_ && !IsNamed(GetText(row, searchColumn_), name)) {
+    while (row < rowCount_ && (name == nullptr || !IsNamed(GetText(row, searchColumn_), name))) {
         ++row;
     }
     return row;
@@ -75,7 +63,7 @@ void SQLite3WrapperTable::SetSearchColumn(std::int32_t column) {
 
 const char* SQLite3WrapperTable::GetValue(const char* name) const {
     RequireResults();
-    const std::int32_t row = name != nullptr ? FindRow(name, 0) : rowCount_;
+    const std::int32_t row = FindRow(name, 0);
     if (row == rowCount_) {
         Fail("Invalid field name requested");
     }
@@ -100,13 +88,9 @@ std::vector<std::string> SQLite3WrapperTable::GetValues(const char* name) const 
     return values;
 }
 
-bool SQLite3WrapperTable::HasField(const char* name) const {
-    return FindValue(name) != nullptr;
-}
-
 const char* SQLite3WrapperTable::FindValue(const char* name) const {
     RequireResults();
-    const std::int32_t row = name != nullptr ? FindRow(name, 0) : rowCount_;
+    const std::int32_t row = FindRow(name, 0);
     if (row == rowCount_) {
         return nullptr;
     }
@@ -117,9 +101,6 @@ const char* SQLite3WrapperTable::FindValue(const char* name) const {
 std::vector<std::string> SQLite3WrapperTable::FindValues(const char* name) const {
     RequireResults();
     std::vector<std::string> values;
-    if (name == nullptr) {
-        return values;
-    }
     for (std::int32_t row = FindRow(name, 0); row < rowCount_; row = FindRow(name, row + 1)) {
         const char* const value = GetText(row, searchColumn_ + 1);
         values.emplace_back(value != nullptr ? value : "");

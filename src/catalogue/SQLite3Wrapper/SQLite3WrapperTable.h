@@ -23,7 +23,7 @@ class SQLite3WrapperTable {
     // The rows from `firstRow` on, counted from 0.
     SQLite3WrapperTable(SQLite3WrapperResults results, std::int32_t firstRow, std::int32_t rowCount,
                         std::int32_t columnCount);
-    virtual ~SQLite3WrapperTable();
+    virtual ~SQLite3WrapperTable() = default;
 
     // Throws "Invalid row index requested" for a column that has none right of it; in a result
     // without rows that is every column.
@@ -38,7 +38,7 @@ class SQLite3WrapperTable {
     // The values of all rows of a name, in row order; throws as above.
     std::vector<std::string> GetValues(const char* name) const;
 
-    bool HasField(const char* name) const;
+    bool HasField(const char* name) const { return FindValue(name) != nullptr; }
 
     // The same reads for names that may be missing: null or an empty list then, and nothing thrown.
     // A value of no text is found as "".
@@ -56,7 +56,7 @@ class SQLite3WrapperTable {
   private:
     void RequireResults() const;
 
-    // The first row of a name from `row` on; rowCount_ when there is none.
+    // The first row of a name from `row` on; rowCount_ when there is none, also for a null name.
     std::int32_t FindRow(const char* name, std::int32_t row) const;
 
     SQLite3WrapperResults results_;

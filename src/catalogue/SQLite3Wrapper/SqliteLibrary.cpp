@@ -30,48 +30,35 @@ void StopCalls() {
                                reason);
 }
 
-// Gives each function its place in the table by name.
-class Loader {
-  public:
-    Loader() {
-        std::string reason;
-        library_ = LoadDatabaseLibrary(StopCalls, &reason);
-        if (library_ == nullptr) {
-            Fail(" cannot be loaded: " + reason);
-        }
+std::unique_ptr<SqliteLibrary> Load() {
+    std::string reason;
+    void* const library = LoadDatabaseLibrary(StopCalls, &reason);
+    if (library == nullptr) {
+        Fail(" cannot be loaded: " + reason);
     }
-
-    template <typename Function>
-    void Find(const char* name, Function*& function) const {
-        function = reinterpret_cast<Function*>(FindDatabaseFunction(library_, name));
+    const auto find = [library]<typename Function>(const char* name, Function*& function) {
+        function = reinterpret_cast<Function*>(FindDatabaseFunction(library, name));
         if (function == nullptr) {
             Fail(std::string(" has no function ") + name);
         }
-    }
-
-  private:
-    void* library_;
-};
-
-std::unique_ptr<SqliteLibrary> Load() {
-    const Loader loader;
+    };
     auto table = std::make_unique<SqliteLibrary>();
-    loader.Find("sqlite3_open_v2", table->open_v2);
-    loader.Find("sqlite3_close", table->close);
-    loader.Find("sqlite3_key", table->key);
-    loader.Find("sqlite3_busy_timeout", table->busy_timeout);
-    loader.Find("sqlite3_exec", table->exec);
-    loader.Find("sqlite3_prepare", table->prepare);
-    loader.Find("sqlite3_step", table->step);
-    loader.Find("sqlite3_finalize", table->finalize);
-    loader.Find("sqlite3_column_count", table->column_count);
-    loader.Find("sqlite3_column_text", table->column_text);
-    loader.Find("sqlite3_get_table", table->get_table);
-    loader.Find("sqlite3_free_table", table->free_table);
-    loader.Find("sqlite3_changes", table->changes);
-    loader.Find("sqlite3_get_autocommit", table->get_autocommit);
-    loader.Find("sqlite3_errmsg", table->errmsg);
-    loader.Find("sqlite3_free", table->free);
+    find("sqlite3_open_v2", table->open_v2);
+    find("sqlite3_close", table->close);
+    find("sqlite3_key", table->key);
+    find("sqlite3_busy_timeout", table->busy_timeout);
+    find("sqlite3_exec", table->exec);
+    find("sqlite3_prepare", table->prepare);
+    find("sqlite3_step", table->step);
+    find("sqlite3_finalize", table->finalize);
+    find("sqlite3_column_count", table->column_count);
+    find("sqlite3_column_text", table->column_text);
+    find("sqlite3_get_table", table->get_table);
+    find("sqlite3_free_table", table->free_table);
+    find("sqlite3_changes", table->changes);
+    find("sqlite3_get_autocommit", table->get_autocommit);
+    find("sqlite3_errmsg", table->errmsg);
+    find("sqlite3_free", table->free);
     return table;
 }
 

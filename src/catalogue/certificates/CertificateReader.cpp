@@ -1,7 +1,5 @@
 #include "catalogue/certificates/CertificateReader.h"
 
-#include <algorithm>
-
 #include "catalogue/RecordGathering.h"
 #include "modules/ScopedText.h"
 #include "platform/text.h"
@@ -55,18 +53,6 @@ class ScopedReader {
     ICertificateReader* reader_ = nullptr;
 };
 
-// All of the text, NULs included.
-std::string Narrow(BSTR text) {
-    const int length = static_cast<int>(SysStringLen(text));
-    if (length == 0) {
-        return {};
-    }
-    const int size = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<std::size_t>(std::max(size, 0)), '\0');
-    WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), size, nullptr, nullptr);
-    return narrow;
-}
-
 }  // namespace
 
 CALLS_FOREIGN_OBJECTS
@@ -78,7 +64,7 @@ std::string ReadCertificateFile(const std::string& path, const std::string& veri
     // Whatever they answer: a file that cannot be read gives no text.
     const HRESULT opened = reader->OpenFile(pathText.Get(), keyText.Get());
     const HRESULT given = reader->GetText(text.Out());
-    std::string narrow = Narrow(text.Get());
+    std::string narrow = CodePageFromWide(CP_ACP, {text.Get(), SysStringLen(text.Get())});
     if (narrow.empty()) {
         NoteResult(FAILED(opened) ? opened : given, path);
     }

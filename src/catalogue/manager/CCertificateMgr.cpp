@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr std::size_t kLongestChain = 16;
-
 // How long a load waits for that of another thread, which saves it the work. That one may wait for
 // this thread in turn, where this one loads a library whose initialiser asks the catalogue: then
 // both do the work.
@@ -35,8 +33,6 @@ CertificateCache& Cache() {
 }
 
 }  // namespace
-
-CCertificateMgr::~CCertificateMgr() = default;
 
 void CCertificateMgr::Load(std::uint32_t mode, const WideString* folder, std::uint8_t reimport) {
     if (TakeCached(mode)) {

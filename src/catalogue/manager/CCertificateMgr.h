@@ -37,10 +37,13 @@ class CCertificateMgr {
     static constexpr std::uint32_t processing_certificates = 1;  // folders first; opens the files
     static constexpr std::uint32_t folders_first = 3;
 
+    // The most certificates in a row that point to one another.
+    static constexpr std::size_t kLongestChain = 16;
+
     CCertificateMgr() = default;
     CCertificateMgr(const CCertificateMgr&) = delete;
     CCertificateMgr& operator=(const CCertificateMgr&) = delete;
-    virtual ~CCertificateMgr();
+    virtual ~CCertificateMgr() = default;
 
     // Fills the list, unless it is filled. The folders of the modes that have any are `folder`, or,
     // where that is null or empty, those of the host program and of its parent. With `reimport`
@@ -52,9 +55,9 @@ class CCertificateMgr {
     const std::string& Missed() const { return missed_; }
 
     // Adds a certificate, or the one that it points to. 1 when that is in the list afterwards. One
-    // that was there keeps its place, and takes the GUID where that is not empty. A row of more
-    // than 16 certificates that point to one another ends with 0 and an error line, and so does one
-    // that comes back to where it was.
+    // that was there keeps its place, and takes the GUID where that is not empty. A longer
+    // row than kLongestChain ends with 0 and an error line, and so does one that comes back to
+    // where it was.
     std::uint8_t AddCertificate(std::uint32_t mode, const Utf8String& path, const Utf8String& guid,
                                 std::uint8_t reimport);
 
@@ -112,3 +115,6 @@ class CCertificateMgr {
     SharedHandle<CertificateList> list_;
     std::string missed_;
 };
+
+// The certificate manager that queries make.
+class CBrevikKitCertificateMgr : public CCertificateMgr {};

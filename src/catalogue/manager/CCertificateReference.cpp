@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "catalogue/VerificationKey.h"
+#include "catalogue/manager/CertificateSources.h"
 #include "catalogue/records/SharedFolder.h"
 #include "platform/registry.h"
 #include "registry/ReadStringList.h"
@@ -18,9 +19,6 @@ constexpr std::uint32_t kProcessingCertificates = 1;
 constexpr char kProductNameField[] = "QDR_ProductName";
 constexpr char kLocationField[] = "Vector Location";
 
-constexpr const WCHAR* kUninstallKey =
-    WIDE("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\");
-
 // What follows the last backslash; all of a text without one.
 Utf8String LastComponent(const Utf8String& location) {
     return location.substr(location.rfind('\\') + 1);
@@ -29,18 +27,15 @@ Utf8String LastComponent(const Utf8String& location) {
 // The first text of the installation's "UsedBy"; empty without one.
 Utf8String ReadUsedBy(const Utf8String& guid) {
     std::vector<WideString> users;
-    ReadStringList(HKEY_LOCAL_MACHINE, (kUninstallKey + Utf8ToWide(guid)).c_str(), WIDE("UsedBy"),
-                   &users);
+    ReadStringList(HKEY_LOCAL_MACHINE, CertificateSources::UninstallKeyOf(guid).c_str(),
+                   WIDE("UsedBy"), &users);
     return users.empty() ? Utf8String() : WideToUtf8(users.front());
 }
 
 }  // namespace
 
-CCertificateReference::~CCertificateReference() = default;
-
 std::uint8_t CCertificateReference::Init(const Utf8String& path, const Utf8String& guid,
                                          std::uint32_t mode, std::uint8_t reimport) {
-    initialised_ = 0;
     SetGUID(guid);
     path_ = path;
     if (mode == kProcessingCertificates) {
@@ -59,8 +54,7 @@ std::uint8_t CCertificateReference::Init(const Utf8String& path, const Utf8Strin
             SetGUID(LastComponent(location));
         }
     }
-    initialised_ = 1;
-    return initialised_;
+    return 1;
 }
 
 Utf8String CCertificateReference::GetGUID() const {

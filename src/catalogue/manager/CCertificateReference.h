@@ -15,7 +15,7 @@ class CCertificateReference {
     CCertificateReference() = default;
     CCertificateReference(const CCertificateReference&) = delete;
     CCertificateReference& operator=(const CCertificateReference&) = delete;
-    virtual ~CCertificateReference();
+    virtual ~CCertificateReference() = default;
 
     // Reads the certificate of a path in lower case into memory, importing its file when need be.
     // In mode 1 the file is first opened to every user of the machine. With an empty `guid` the one
@@ -59,6 +59,5 @@ class CCertificateReference {
     Utf8String guid_;
     Utf8String usedBy_;
     Utf8String path_;
-    std::uint8_t initialised_ = 0;
     Utf8StringList productNames_;
 };

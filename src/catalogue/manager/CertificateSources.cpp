@@ -84,10 +84,6 @@ struct RegistryEntries {
 
 }  // namespace
 
-WideString RegistryKeyOf(const Utf8String& guid) {
-    return kRegistryKey + (WIDE("\\") + Utf8ToWide(guid));
-}
-
 HRESULT GetCertificatesPathsInDatabase(std::vector<FileSpec>* files, Utf8StringList* keys) {
     const UTrace::Function scope("GetCertificatesPathsInDatabase", nullptr);
     files->clear();

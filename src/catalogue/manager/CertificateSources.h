@@ -16,8 +16,13 @@ namespace CertificateSources {
 // describes that installation.
 inline constexpr const WCHAR* kRegistryKey = WIDE("SOFTWARE\\ONDREL\\Certificates13");
 
-// The path of the sub key of a GUID.
-WideString RegistryKeyOf(const Utf8String& guid);
+// The path of the sub key of a GUID, and that of the uninstall entry of an installation.
+inline WideString RegistryKeyOf(const Utf8String& guid) {
+    return kRegistryKey + (WIDE("\\") + Utf8ToWide(guid));
+}
+inline WideString UninstallKeyOf(const Utf8String& entry) {
+    return WIDE("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\") + Utf8ToWide(entry);
+}
 
 // A file for each record key that names one, and, where asked for, these keys: the path of a file
 // may be another spelling than its key. An error line reports each key that names no file.

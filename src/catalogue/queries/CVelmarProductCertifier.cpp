@@ -4,7 +4,7 @@
 
 #include "catalogue/SQLite3Wrapper/SQLite3WrapperException.h"
 #include "catalogue/manager/CertificateSources.h"
-#include "catalogue/queries/ReadProductLanguage.h"
+#include "catalogue/queries/RegistryQueries.h"
 #include "modules/ModuleFolders.h"
 #include "platform/component_model.h"
 #include "registry/CRegKeyW.h"

@@ -1,19 +1,46 @@
 // Gathers what the catalogue knows about one product.
 //
-// It keeps nothing; a query makes one on its stack. Any thread, with a manager of that thread.
-// Lookups let out what the manager's load lets out; the reads of one certificate throw nothing but
-// std::bad_alloc.
+// The certifier keeps nothing; a query makes one on its stack. Any thread, with a manager of that
+// thread. Lookups let out what the manager's load lets out; the reads of one certificate throw
+// nothing but std::bad_alloc.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
 #include "catalogue/manager/CCertificateMgr.h"
-#include "catalogue/queries/CertUpdateInfo.h"
-#include "catalogue/queries/CertificateProductInfo.h"
 #include "catalogue/records/SQLCertificate.h"
 #include "text/SharedHandle.h"
 #include "text/StringConversions.h"
+
+// What an update of the product needs to know.
+struct CertUpdateInfo {
+    std::uint32_t m_dwLangID = 0;  // of the product as it was installed; 0 for none
+    Utf8String m_strInstallerGUID;
+    Utf8String m_strUsedBy;  // the uninstall entry of the installation that uses the product
+};
+
+// What its certificates say.
+struct CertificateProductInfo {
+    std::uint32_t productId = 0;
+    Utf8String vectorLocation;
+    std::string skuName;
+    Utf8String languageCode;  // in lower case, such as "deu"
+    std::uint32_t languageId = 0;
+    std::uint32_t branding = 0;
+    std::string htmlFolderName;
+    Utf8String installerGuid;
+
+    // These stand where the certificates say nothing.
+    std::string productDisplayName = "PRODUCT_NAME";
+    std::string enhancedProductDisplayName = "ENHANCED_PRODUCT_NAME";
+
+    std::string customizationCode;
+    std::string version;
+    std::int32_t dialogWidth = 0;
+    std::int32_t dialogHeight = 0;
+    std::string usedBy;
+};
 
 class CVelmarProductCertifier {
   public:

@@ -1,23 +1,15 @@
 #include "catalogue/queries/CatalogueQueries.h"
 
-#include <algorithm>
 #include <utility>
 
-#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CCertificateMgr.h"
 #include "catalogue/queries/CVelmarProductCertifier.h"
-#include "platform/component_model.h"
+#include "modules/ScopedText.h"
 
 namespace CatalogueQueries {
 namespace {
 
-// A block with a text's bytes and one NUL behind them; null when memory is short.
-char* MakeBlock(const std::string& text) {
-    auto* block = static_cast<char*>(CoTaskMemAlloc(text.size() + 1));
-    if (block != nullptr) {
-        std::copy_n(text.c_str(), text.size() + 1, block);
-    }
-    return block;
-}
+using CLibraryUtils::MakeBlock;
 
 // False without a certificate.
 bool HandOutItem(const SharedHandle<CCertificateReference>& reference,
@@ -52,7 +44,7 @@ bool CertificateItemValueByProdName(const std::string& productName, const std::s
 }
 
 std::int32_t GetLocalGUIDs(char** guids) {
-    char* block = MakeBlock({});
+    char* block = MakeBlock(std::string());
     if (block == nullptr) {
         return 0;
     }

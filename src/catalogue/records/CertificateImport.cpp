@@ -12,12 +12,6 @@
 
 namespace {
 
-void RequireKey(const char* key) {
-    if (key == nullptr) {
-        throw VelmarException(".\\SQLCertificate", __LINE__);
-    }
-}
-
 // The statements that add a certificate's rows. The file is read here, outside of any lock of ours:
 // the component that reads it is foreign code.
 std::vector<std::string> InsertStatementsOf(const std::string& key, const char* verificationKey) {
@@ -31,6 +25,12 @@ std::vector<std::string> InsertStatementsOf(const std::string& key, const char* 
 }
 
 }  // namespace
+
+void RequireKey(const char* key) {
+    if (key == nullptr) {
+        throw VelmarException(".\\SQLCertificate", __LINE__);
+    }
+}
 
 std::uint8_t ImportCertificate(const char* key, const char* verificationKey, SQLite3WrapperDB& db) {
     RequireKey(key);
@@ -59,7 +59,7 @@ std::uint8_t ReimportCertificate(const char* key, const char* verificationKey,
     RecordAccess access(db);
     access.EnsureTable();
     access.Edit([&](SQLite3WrapperDB& connection) {
-        RecordTable::DeleteRows(connection, key);
+        RecordTable::DeleteRows(connection, {key});
         for (const std::string& statement : statements) {
             connection.Execute(statement);
         }

@@ -5,6 +5,9 @@
 
 class SQLite3WrapperDB;
 
+// Throws a VelmarException for a null key.
+void RequireKey(const char* key);
+
 // Turns a certificate file into its rows, unless they are there already. All of them come to be or,
 // on any failure, none: two processes that import one file at once leave one set of rows, and a
 // process that is killed leaves none. `key` is the file's record key; a null `verificationKey`

@@ -75,10 +75,6 @@ void UpdateRows(SQLite3WrapperDB& db, const std::string& key, const std::string&
                " WHERE qzc=" + Quoted(key) + " AND fieldname=" + Quoted(name));
 }
 
-void DeleteRows(SQLite3WrapperDB& db, const std::string& key) {
-    db.Execute("DELETE FROM CertificateData WHERE qzc=" + Quoted(key));
-}
-
 void DeleteRows(SQLite3WrapperDB& db, const std::vector<std::string>& keys) {
     for (std::size_t first = 0; first < keys.size(); first += kKeysOfStatement) {
         const std::size_t end = std::min(first + kKeysOfStatement, keys.size());

@@ -29,9 +29,8 @@ std::string InsertStatement(const std::string& key, const std::string& name,
 
 void UpdateRows(SQLite3WrapperDB& db, const std::string& key, const std::string& name,
                 const std::string& value);
-void DeleteRows(SQLite3WrapperDB& db, const std::string& key);
 
-// The same for many keys in one pass over the table, and for all rows.
+// Deletes the rows of some keys in one pass over the table, and all rows.
 void DeleteRows(SQLite3WrapperDB& db, const std::vector<std::string>& keys);
 void DeleteAllRows(SQLite3WrapperDB& db);
 

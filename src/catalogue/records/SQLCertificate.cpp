@@ -9,19 +9,12 @@
 #include "catalogue/records/RecordAccess.h"
 #include "catalogue/records/RecordTable.h"
 #include "catalogue/records/SharedRecordStore.h"
-#include "text/VelmarException.h"
 #include "trace/UTrace.h"
 
 namespace {
 
 // The columns of the table: record key, name, value.
 constexpr std::int32_t kNameColumn = 1;
-
-void RequireKey(const char* key) {
-    if (key == nullptr) {
-        throw VelmarException(".\\SQLCertificate", __LINE__);
-    }
-}
 
 }  // namespace
 
@@ -30,8 +23,6 @@ SQLCertificate::SQLCertificate() : db_(&SharedRecordStore::Get().Database()) {
 }
 
 SQLCertificate::SQLCertificate(SQLite3WrapperDB* database) : db_(database) {}
-
-SQLCertificate::~SQLCertificate() = default;
 
 bool SQLCertificate::Read(const char* key, const char* verificationKey, bool reimport) {
     try {
@@ -65,10 +56,6 @@ bool SQLCertificate::Read(const char* key, const char* verificationKey, bool rei
     return false;
 }
 
-std::string SQLCertificate::GetKey() const {
-    return key_;
-}
-
 bool SQLCertificate::TableExist(const char* key) {
     return FindRows(key) != nullptr;
 }
@@ -91,8 +78,7 @@ bool SQLCertificate::TableList(std::vector<std::string>* keys) {
 
 void SQLCertificate::DeleteRecord(const char* key) {
     if (TableExist(key)) {
-        RecordAccess(*db_).Edit(
-            [&](SQLite3WrapperDB& db) { RecordTable::DeleteRows(db, std::string(key)); });
+        RecordAccess(*db_).Edit([&](SQLite3WrapperDB& db) { RecordTable::DeleteRows(db, {key}); });
     }
 }
 

@@ -35,7 +35,7 @@ class SQLCertificate {
 
     SQLCertificate(const SQLCertificate&) = delete;
     SQLCertificate& operator=(const SQLCertificate&) = delete;
-    virtual ~SQLCertificate();
+    virtual ~SQLCertificate() = default;
 
     // ---- The current certificate ----
 
@@ -44,7 +44,7 @@ class SQLCertificate {
     bool Read(const char* key, const char* verificationKey, bool reimport);
 
     // The current certificate's record key; empty before the first successful Read.
-    std::string GetKey() const;
+    std::string GetKey() const { return key_; }
 
     // ---- Fields of the current certificate ----
 

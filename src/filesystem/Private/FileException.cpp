@@ -30,33 +30,6 @@ constexpr unsigned long kResultBit = 0x80000000;
 
 }  // namespace
 
-FileException::FileException(const VelmarText& text, const FilePath& path,
-                             const SharedHandle<VelmarException>& inner)
-    : VelmarException(text), path_(path), inner_(inner) {}
-
-FileException::FileException(const VelmarException& source, const FilePath& path,
-                             const SharedHandle<VelmarException>& inner)
-    : VelmarException(source), path_(path), inner_(inner) {}
-
-FileException::~FileException() = default;
-
-FileException* FileException::Clone() const {
-    return new FileException(*this);
-}
-
-FileException& FileException::SetNote(const std::string& note) {
-    VelmarException::SetNote(note);
-    return *this;
-}
-
-FilePath FileException::GetPath() const {
-    return path_;
-}
-
-const VelmarException* FileException::GetInner() const {
-    return inner_.get();
-}
-
 void ThrowFileError(unsigned long code, const FilePath& path) {
     const Kind* kind = std::find_if(std::begin(kKinds), std::end(kKinds),
                                     [code](const Kind& row) { return row.code == code; });

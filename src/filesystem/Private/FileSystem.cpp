@@ -3,16 +3,31 @@
 #include <atomic>
 #include <memory>
 
-#include "filesystem/FileException.h"
+#include "filesystem/ClassFactory_IF.h"
+#include "filesystem/Private/PlatformPath.h"
 #include "filesystem/Private/Windows/API.h"
-#include "filesystem/Private/Windows/ClassFactory.h"
-#include "filesystem/Private/Windows/VolumeRegistry.h"
-#include "platform/errors.h"
+#include "filesystem/Private/Windows/FileSpec_Win32.h"
+#include "filesystem/Private/Windows/Volume_Win32.h"
 #include "platform/never_destroyed.h"
 
-namespace {
+// The library's own factory: file objects of the class that the running platform asks for.
+class ClassFactory : public ClassFactory_IF {
+  public:
+    using ClassFactory_IF::MakeFileSpec;
 
-constexpr DWORD kPathSize = 0x8000;
+    void MakeFileSpec(const FilePath& path, const SharedHandle<Volume_IF>& volume,
+                      SharedHandle<FileSpec_IF>& file) override {
+        if (path.IsEmpty()) {
+            file.reset();
+        } else if (IsWin9x()) {
+            file = std::make_shared<FileSpec_Win9X>(path, volume);
+        } else {
+            file = std::make_shared<FileSpec_Win32>(path, volume);
+        }
+    }
+};
+
+namespace {
 
 constinit std::atomic<bool> started = false;
 constinit std::atomic<HMODULE> start_module = nullptr;
@@ -23,11 +38,7 @@ void FileSystem_Start(HMODULE module) {
     start_module = module;
     FileSystem_Win32::EnsureApi();
     ClassFactory_IF::SetFactory(std::make_shared<ClassFactory>());
-    WideString path(kPathSize, WCHAR{});
-    if (GetModuleFileNameW(module, path.data(), kPathSize) == 0) {
-        ThrowFileError(GetLastError(), FilePath());
-    }
-    FileSpec{FilePath(path)};
+    FileSpec{FileSystem::PathOfModule(module)};
     started = true;
 }
 

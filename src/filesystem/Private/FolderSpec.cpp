@@ -2,13 +2,48 @@
 
 #include <memory>
 
-#include "filesystem/FileException.h"
+#include "text/Texts.h"
 
 namespace {
 
-constexpr const char* kSource = ".\\Private\\FolderSpec";
+bool LeadsNowhere(const FileSpec& file) {
+    try {
+        file.GetFileSize();
+        return false;
+    } catch (const FileException& failure) {
+        return failure.GetNumber() == Texts::fileNotFound.GetId() ||
+               failure.GetNumber() == Texts::filePathNotFound.GetId();
+    }
+}
 
 }  // namespace
+
+FolderIterator::FolderIterator(const SharedHandle<FolderSpec_Iterator>& listing) : impl(listing) {
+    Advance();
+}
+
+void FolderIterator::Advance() {
+    if (impl == nullptr) {
+        return;
+    }
+    current = FileSpec(impl->Next());
+    kind = impl->GetKind();
+    if (current.IsNull()) {
+        impl.reset();
+    }
+}
+
+bool FolderIterator::IsFolder() const {
+    return kind ? kind->isFolder : current.IsFolder();
+}
+
+bool FolderIterator::IsFolderLink() const {
+    return kind && kind->isLink && kind->isFolder;
+}
+
+bool FolderIterator::HasNoContents() const {
+    return kind && kind->isLink && (kind->isFolder || LeadsNowhere(current));
+}
 
 FolderSpec::FolderSpec(const FilePath& path) : FolderSpec(FileSpec(path)) {}
 
@@ -20,9 +55,9 @@ FolderSpec::FolderSpec(const FileSpec& file)
 }
 
 FolderIterator FolderSpec::MakeIterator() const {
-    return FolderIterator(Existing(folder, kSource, 64).MakeIterator(folder));
+    return FolderIterator(Existing(folder, ".\\Private\\FolderSpec", 64).MakeIterator(folder));
 }
 
 void FolderSpec::DeleteTree() const {
-    Existing(folder, kSource, 70).DeleteTree(folder);
+    Existing(folder, ".\\Private\\FolderSpec", 70).DeleteTree(folder);
 }

@@ -4,6 +4,7 @@
 #include "filesystem/FileException.h"
 #include "filesystem/FilePath.h"
 #include "platform/errors.h"
+#include "platform/modules.h"
 
 namespace FileSystem {
 
@@ -22,6 +23,12 @@ FilePath AskForPath(const Ask& ask) {
     }
     buffer.resize(length);
     return FilePath(buffer);
+}
+
+// The file of a module; null for the host program.
+inline FilePath PathOfModule(HMODULE module) {
+    return AskForPath(
+        [module](DWORD size, WCHAR* buffer) { return GetModuleFileNameW(module, buffer, size); });
 }
 
 }  // namespace FileSystem

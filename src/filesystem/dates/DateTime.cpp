@@ -1,6 +1,7 @@
 #include "filesystem/dates/DateTime.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 
 namespace {
@@ -18,6 +19,29 @@ std::int32_t ClampToDayNumber(std::int64_t day) {
 }
 
 }  // namespace
+
+TimeOfDay::TimeOfDay(std::int64_t ticks) {
+    std::int64_t days = ticks / kTicksPerDay;
+    if (ticks % kTicksPerDay < 0) {
+        --days;
+    }
+    const auto rest = static_cast<std::int32_t>(ticks - days * kTicksPerDay);
+    const std::int32_t seconds = rest / kTicksPerSecond;
+    ticks_ = static_cast<std::uint32_t>(rest % kTicksPerSecond);
+    second_ = static_cast<std::uint8_t>(seconds % 60);
+    minute_ = static_cast<std::uint8_t>(seconds / 60 % 60);
+    hour_ = static_cast<std::uint8_t>(seconds / 3600);
+    carryDays_ = static_cast<std::int8_t>(days);
+}
+
+TimeZone TimeZone::GetLocal() {
+    TIME_ZONE_INFORMATION information = {};
+    const bool isDaylight = GetTimeZoneInformation(&information) == TIME_ZONE_ID_DAYLIGHT;
+    const long bias = information.Bias + (isDaylight ? information.DaylightBias : 0);
+    const long minutes = std::labs(bias);
+    return TimeZone(static_cast<std::uint8_t>(minutes / 60),
+                    static_cast<std::uint8_t>(minutes % 60), information.Bias > 0, isDaylight);
+}
 
 DateTime::DateTime(std::int64_t ticks, const TimeZone& zone) {
     std::int64_t day = ticks / TimeOfDay::kTicksPerDay;

@@ -32,8 +32,12 @@ class TimeOfDay {
     int GetCarryDays() const { return carryDays_; }
 
     // Since midnight, with the carried days.
-    std::int32_t GetTotalSeconds() const;
-    std::int64_t GetTotalTicks() const;
+    std::int32_t GetTotalSeconds() const {
+        return carryDays_ * kSecondsPerDay + hour_ * 3600 + minute_ * 60 + second_;
+    }
+    std::int64_t GetTotalTicks() const {
+        return std::int64_t{GetTotalSeconds()} * kTicksPerSecond + ticks_;
+    }
 
     friend bool operator==(const TimeOfDay&, const TimeOfDay&) = default;
 

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <iosfwd>
 
+#include "filesystem/dates/TimeOfDay.h"
+
 class TimeZone {
   public:
     // Coordinated Universal Time.
@@ -25,8 +27,10 @@ class TimeZone {
     bool IsDaylight() const { return isDaylight_; }
 
     // What is added to Coordinated Universal Time for the local one; negative to the west.
-    int GetOffsetMinutes() const;
-    std::int64_t GetOffsetTicks() const;
+    int GetOffsetMinutes() const { return (isWest_ ? -1 : 1) * (60 * hours_ + minutes_); }
+    std::int64_t GetOffsetTicks() const {
+        return std::int64_t{GetOffsetMinutes()} * TimeOfDay::kTicksPerMinute;
+    }
 
     friend bool operator==(const TimeZone&, const TimeZone&) = default;
 

@@ -27,20 +27,45 @@ class Tickler {
     virtual ~Tickler() = default;
 
     // Whether the sink wants the operation to stop; false without one.
-    bool IsCancelled() const;
-    void SetMessage(const VelmarText& message) const;
+    bool IsCancelled() const { return impl_ != nullptr && impl_->IsCancelled(); }
+    void SetMessage(const VelmarText& message) const {
+        if (impl_ != nullptr) {
+            impl_->SetMessage(message);
+        }
+    }
 
     // `share` is how much of this tickler's own range is done.
-    void SetProgress(double share) const;
-    void Tickle() const;
+    void SetProgress(double share) const {
+        if (impl_ != nullptr) {
+            impl_->SetProgress(base_ + scale_ * share);
+        }
+    }
+    void Tickle() const {
+        if (impl_ != nullptr) {
+            impl_->Tickle();
+        }
+    }
 
     // Tells the sink that so many steps follow, and that the first has begun.
-    void BeginSteps(std::uint32_t count) const;
-    void NextStep() const;
-    void SetStep(std::uint32_t step) const;
+    void BeginSteps(std::uint32_t count) const {
+        if (impl_ != nullptr) {
+            impl_->SetStepCount(count);
+            impl_->SetStep(1);
+        }
+    }
+    void NextStep() const {
+        if (impl_ != nullptr) {
+            impl_->SetStep(impl_->GetStep() + 1);
+        }
+    }
+    void SetStep(std::uint32_t step) const {
+        if (impl_ != nullptr) {
+            impl_->SetStep(step);
+        }
+    }
 
     // 0 without a sink.
-    std::uint32_t GetStepCount() const;
+    std::uint32_t GetStepCount() const { return impl_ != nullptr ? impl_->GetStepCount() : 0; }
 
     double GetBase() const { return base_; }
     void SetBase(double base) { base_ = base; }
@@ -49,7 +74,9 @@ class Tickler {
 
     // Ticklers that share out this range in order: in `count` equal parts, or by weight. Empty for
     // weights whose sum is not above 0.0.
-    std::vector<Tickler> Split(std::uint32_t count) const;
+    std::vector<Tickler> Split(std::uint32_t count) const {
+        return Split(std::vector<double>(count, 1.0));
+    }
     std::vector<Tickler> Split(const std::vector<double>& weights) const;
 
   private:

@@ -3,15 +3,10 @@
 #include "filesystem/Private/PlatformPath.h"
 #include "filesystem/Private/Windows/API.h"
 #include "filesystem/utilities/FileUtilities.h"
-#include "platform/modules.h"
+#include "text/Texts.h"
 
 namespace FileSystem {
 namespace {
-
-FileSpec FileOf(HMODULE module) {
-    return FileSpec(AskForPath(
-        [module](DWORD size, WCHAR* buffer) { return GetModuleFileNameW(module, buffer, size); }));
-}
 
 bool IsPresentFile(const FileSpec& file) {
     return file.IsPresent() && !file.IsFolder();
@@ -21,14 +16,31 @@ FileSpec MakeSibling(const FilePath& name) {
     return GetLibraryFile().MakeParent().MakeChild(name);
 }
 
+// Another process may make a folder of the name just found to be free. Whoever made it has it, and
+// the other one looks for the next.
+FileSpec MakeOwnFolder(const FileSpec& shared) {
+    constexpr int kMostAttempts = 1000;
+    for (int attempt = 1;; ++attempt) {
+        const FileSpec own = MakeUniqueName(shared, "Velmar", "tmp");
+        try {
+            own.CreateFolder();
+            return own;
+        } catch (const FileException& failure) {
+            if (failure.GetNumber() != Texts::fileExists.GetId() || attempt == kMostAttempts) {
+                throw;
+            }
+        }
+    }
+}
+
 }  // namespace
 
 FileSpec GetApplicationFile() {
-    return FileOf(nullptr);
+    return FileSpec(PathOfModule(nullptr));
 }
 
 FileSpec GetLibraryFile() {
-    return FileOf(GetModule());
+    return FileSpec(PathOfModule(GetModule()));
 }
 
 FileSpec GetCurrentFolder() {
@@ -72,6 +84,20 @@ FileSpec GetSiblingFolder(const FilePath& name) {
         ThrowFileError(ERROR_ACCESS_DENIED, sibling.GetPath());
     }
     return sibling;
+}
+
+FileSpec GetTempFolder() {
+    const VelmarAutoCriticalSection lock(&GetTempFolderLock());
+    FolderSpec& kept = GetTempFolderState();
+    if (!kept.IsNull() && kept.IsPresent()) {
+        return kept;
+    }
+    const FileSpec shared(AskForPath([](DWORD size, WCHAR* buffer) {
+        return FileSystem_Win32::GetApi()->GetTempPathW(size, buffer);
+    }));
+    // Kept only once it is ours: what is kept is deleted at the end.
+    kept = FolderSpec(MakeOwnFolder(shared));
+    return kept;
 }
 
 }  // namespace FileSystem

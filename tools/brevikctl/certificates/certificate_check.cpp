@@ -11,7 +11,7 @@
 #include "brevikctl/files/file_argument.h"
 #include "brevikctl/output/facts.h"
 #include "brevikctl/output/terminal.h"
-#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CCertificateMgr.h"
 #include "registry/ScopedRegistryKey.h"
 
 namespace {
@@ -109,7 +109,6 @@ class CertificateCheck {
     }
 
   private:
-    static constexpr std::size_t kLongestChain = 16;
     static constexpr const char* kNameTheCertificate =
         "Let CertReferencePath name the certificate of the product itself.";
 
@@ -173,10 +172,11 @@ class CertificateCheck {
                 verdict->Blame(pointer + ", which points back", kNameTheCertificate);
                 return;
             }
-            if (walked.size() > kLongestChain) {
-                verdict->Blame(
-                    "it stands at the head of more than 16 certificates that point to one another",
-                    kNameTheCertificate);
+            if (walked.size() > CCertificateMgr::kLongestChain) {
+                verdict->Blame("it stands at the head of more than " +
+                                   std::to_string(CCertificateMgr::kLongestChain) +
+                                   " certificates that point to one another",
+                               kNameTheCertificate);
                 return;
             }
             walked.push_back(AsciiToLower(path));

@@ -1,4 +1,4 @@
-#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CCertificateMgr.h"
 
 #include <cstdio>
 #include <string>
@@ -10,6 +10,7 @@
 #include "brevikctl/output/facts.h"
 #include "brevikctl/output/terminal.h"
 #include "brevikctl/output/text_table.h"
+#include "language/InstalledLanguage.h"
 #include "language/LangManager.h"
 
 namespace {
@@ -104,8 +105,7 @@ void Language(const Options& options) {
     LANGID selected = 0;
     if (!options.ids.empty()) {
         const std::vector<LANGID> ids(options.ids.begin(), options.ids.end());
-        LangManager::GetLang(ids.data(), static_cast<std::uint32_t>(ids.size()), &selected,
-                             &FindInstalledLanguageOrNone);
+        LangManager::GetLang(ids.data(), static_cast<std::uint32_t>(ids.size()), &selected);
     } else {
         std::vector<const char*> codes;
         for (const std::string& code : options.codes) {
@@ -114,8 +114,7 @@ void Language(const Options& options) {
                 Say(Quoted(code) + " is no code of the suite, and stands for 0");
             }
         }
-        languages.GetLang(codes.data(), static_cast<std::uint32_t>(codes.size()), &selected,
-                          &FindInstalledLanguageOrNone);
+        languages.GetLang(codes.data(), static_cast<std::uint32_t>(codes.size()), &selected);
     }
     const std::string code = languages.GetCodeFromLangId(selected);
     const LANGID installed = FindInstalledLanguageOrNone();

@@ -12,7 +12,7 @@
 #include "brevikctl/output/terminal.h"
 #include "brevikctl/output/text_table.h"
 #include "brevikctl/output/trouble.h"
-#include "catalogue/manager/CBrevikKitCertificateMgr.h"
+#include "catalogue/manager/CCertificateMgr.h"
 #include "catalogue/records/SharedRecordStore.h"
 #include "filesystem/FileSystem.h"
 

@@ -6,7 +6,7 @@
 #include "brevikctl/files/file_argument.h"
 #include "brevikctl/output/terminal.h"
 #include "filesystem/FileException.h"
-#include "filesystem/FileSpec_Impl.h"
+#include "filesystem/FileSpec.h"
 #include "filesystem/VolumeInfo.h"
 #include "filesystem/Volume_IF.h"
 #include "filesystem/dates/DateTime.h"

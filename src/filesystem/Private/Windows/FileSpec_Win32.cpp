@@ -4,15 +4,10 @@
 #include <string_view>
 
 #include "filesystem/ClassFactory_IF.h"
-#include "filesystem/FileChannel.h"
-#include "filesystem/FileException.h"
-#include "filesystem/FileSpec_Impl.h"
+#include "filesystem/FileSpec.h"
 #include "filesystem/Private/Windows/FileChannel_Win32.h"
-#include "filesystem/Private/Windows/FileSpec_Win9X.h"
 #include "filesystem/Private/Windows/StoredPath.h"
-#include "filesystem/Private/Windows/VolumeRegistry.h"
-#include "filesystem/VolumeInfo.h"
-#include "filesystem/dates/DateTime.h"
+#include "filesystem/Private/Windows/Volume_Win32.h"
 
 FileSpec_Win32::FileSpec_Win32(const FilePath& filePath, const SharedHandle<Volume_IF>& onVolume)
     : FileSpec_Win32(filePath.ToWide(), onVolume) {}
@@ -33,46 +28,18 @@ FileSpec_Win32::FileSpec_Win32(WideString text, const SharedHandle<Volume_IF>& o
     }
 }
 
-FilePath FileSpec_Win32::GetBaseName() const {
-    return FilePath(path).GetBaseName();
-}
-
 FilePath FileSpec_Win32::GetCanonicalPath() const {
     return FilePath(path).GetCanonical(volume->IsCaseSensitive());
-}
-
-FilePath FileSpec_Win32::GetExtension() const {
-    return FilePath(path).GetExtension();
 }
 
 FilePath FileSpec_Win32::GetName() const {
     return FilePath(path.substr(path.rfind(WIDE('\\')) + 1));
 }
 
-WideString FileSpec_Win32::GetNativePath() const {
-    return GetLongPath();
-}
-
-FilePath FileSpec_Win32::GetPath() const {
-    return FilePath(path);
-}
-
-SharedHandle<Volume_IF> FileSpec_Win32::GetVolume() const {
-    return volume;
-}
-
-bool FileSpec_Win32::IsAlias() const {
-    return EqualNoCase(GetExtension(), "lnk");
-}
-
 bool FileSpec_Win32::IsEqual(const FileSpec& other) const {
     const FileSpec_IF* theirs = FileSpec_Impl(other).Get();
     return theirs == this || (theirs != nullptr && theirs->GetVolume() == volume &&
                               theirs->GetCanonicalPath() == GetCanonicalPath());
-}
-
-bool FileSpec_Win32::IsRoot() const {
-    return path == root;
 }
 
 SharedHandle<FileSpec_IF> FileSpec_Win32::MakeChildSpec(const WideString& name) const {

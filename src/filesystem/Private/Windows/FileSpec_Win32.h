@@ -6,7 +6,6 @@
 
 #include <memory>
 
-#include "filesystem/AliasSpec_IF.h"
 #include "filesystem/FileSpec_IF.h"
 #include "filesystem/FolderSpec_IF.h"
 #include "filesystem/Volume_IF.h"
@@ -30,22 +29,22 @@ class FileSpec_Win32 : public FileSpec_IF,
     void Delete() override;
     DateTime GetAccessTime() const override;
     std::uint32_t GetAttributes() const override;
-    FilePath GetBaseName() const override;
+    FilePath GetBaseName() const override { return FilePath(path).GetBaseName(); }
     FilePath GetCanonicalPath() const override;
     DateTime GetCreationTime() const override;
-    FilePath GetExtension() const override;
+    FilePath GetExtension() const override { return FilePath(path).GetExtension(); }
     std::uint64_t GetFileSize() const override;
     DateTime GetModificationTime() const override;
     FilePath GetName() const override;
-    WideString GetNativePath() const override;
-    FilePath GetPath() const override;
-    SharedHandle<Volume_IF> GetVolume() const override;
-    bool IsAlias() const override;
+    WideString GetNativePath() const override { return GetLongPath(); }
+    FilePath GetPath() const override { return FilePath(path); }
+    SharedHandle<Volume_IF> GetVolume() const override { return volume; }
+    bool IsAlias() const override { return EqualNoCase(GetExtension(), "lnk"); }
     bool IsEqual(const FileSpec& other) const override;
-    bool IsFile() const override;
+    bool IsFile() const override { return !IsFolder(); }
     bool IsFolder() const override;
     bool IsPresent() const override;
-    bool IsRoot() const override;
+    bool IsRoot() const override { return path == root; }
     FileSpec MakeChild(const FilePath& name) const override;
     FileChannel MakeFileChannel(std::uint32_t mode) override;
     FileSpec MakeParent() const override;
@@ -91,4 +90,13 @@ class FileSpec_Win32 : public FileSpec_IF,
     WideString root;
     bool unc = false;
     SharedHandle<Volume_IF> volume;
+};
+
+// The file object of the Windows 9x family, which knows no prefix for long paths.
+class FileSpec_Win9X : public FileSpec_Win32 {
+  public:
+    using FileSpec_Win32::FileSpec_Win32;
+
+    // The stored path as it is.
+    WideString GetLongPath() const override { return GetStoredPath(); }
 };

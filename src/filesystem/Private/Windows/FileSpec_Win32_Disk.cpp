@@ -116,10 +116,6 @@ void FileSpec_Win32::SetFileSize(std::uint64_t size) {
     }
 }
 
-bool FileSpec_Win32::IsFile() const {
-    return !IsFolder();
-}
-
 bool FileSpec_Win32::IsFolder() const {
     return (GetPlatformAttributes().dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }

@@ -3,13 +3,18 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <string_view>
+#include <tuple>
 
 #include "filesystem/ClassFactory_IF.h"
 #include "filesystem/FileException.h"
 #include "filesystem/FileSpec_IF.h"
 #include "filesystem/Private/Windows/API.h"
 #include "platform/handles.h"
+#include "platform/never_destroyed.h"
 
 namespace {
 
@@ -56,22 +61,6 @@ std::uint64_t Volume_Win32::GetMaximumFileSize() {
     return row != std::end(kSizeLimits) ? row->bytes : kNoSizeLimit;
 }
 
-std::uint32_t Volume_Win32::GetMaximumNameLength() {
-    return info.max_name_length;
-}
-
-FilePath Volume_Win32::GetName() {
-    return FilePath(info.label);
-}
-
-bool Volume_Win32::IsCaseSensitive() {
-    return false;
-}
-
-bool Volume_Win32::IsEqual(const SharedHandle<Volume_IF>& other) {
-    return other.get() == this;
-}
-
 bool Volume_Win32::IsMounted() {
     if (!IsRemovable()) {
         return true;
@@ -90,10 +79,6 @@ bool Volume_Win32::IsNetwork() {
 bool Volume_Win32::IsRemovable() {
     const UINT kind = GetApi()->GetDriveTypeW(info.root.c_str());
     return kind == DRIVE_CDROM || kind == DRIVE_REMOVABLE;
-}
-
-bool Volume_Win32::IsValid() {
-    return IsMounted();
 }
 
 void Volume_Win32::Unmount() {
@@ -120,3 +105,69 @@ void Volume_Win32::Unmount() {
 void Volume_Win32::Fail(DWORD code) const {
     ThrowFileError(code, FilePath(info.root));
 }
+
+VolumeInfo::VolumeInfo(const WideString& rootPath) : root(StringToLower(rootPath)) {
+    WCHAR labelText[0x100] = {};
+    WCHAR fileSystemText[0x10] = {};
+    DWORD serialNumber = 0;
+    DWORD nameLength = 0;
+    DWORD flagBits = 0;
+    if (!FileSystem_Win32::GetApi()->GetVolumeInformationW(
+            root.c_str(), labelText, static_cast<DWORD>(std::size(labelText)), &serialNumber,
+            &nameLength, &flagBits, fileSystemText,
+            static_cast<DWORD>(std::size(fileSystemText)))) {
+        const DWORD error = GetLastError();
+        ThrowFileError(error, FilePath(root));
+    }
+    flags = flagBits;
+    max_name_length = nameLength;
+    serial = serialNumber;
+    label = labelText;
+    file_system = fileSystemText;
+}
+
+bool operator==(const VolumeInfo& a, const VolumeInfo& b) {
+    return std::tie(a.root, a.label, a.serial) == std::tie(b.root, b.label, b.serial);
+}
+
+bool operator<(const VolumeInfo& a, const VolumeInfo& b) {
+    return std::tie(a.root, a.label, a.serial) < std::tie(b.root, b.label, b.serial);
+}
+
+namespace FileSystem_Win32 {
+namespace {
+
+struct Registry {
+    std::mutex lock;
+    std::map<VolumeInfo, SharedHandle<Volume_IF>> volumes;
+};
+
+Registry& GetRegistry() {
+    static NeverDestroyed<Registry> registry;
+    return *registry;
+}
+
+}  // namespace
+
+SharedHandle<Volume_IF> FindVolume(const VolumeInfo& info, bool create) {
+    Registry& registry = GetRegistry();
+    const std::lock_guard<std::mutex> hold(registry.lock);
+    const auto found = registry.volumes.find(info);
+    if (found != registry.volumes.end()) {
+        return found->second;
+    }
+    if (!create) {
+        return nullptr;
+    }
+    SharedHandle<Volume_IF> volume = std::make_shared<Volume_Win32>(info);
+    registry.volumes.emplace(info, volume);
+    return volume;
+}
+
+void ClearVolumes() {
+    Registry& registry = GetRegistry();
+    const std::lock_guard<std::mutex> hold(registry.lock);
+    registry.volumes.clear();
+}
+
+}  // namespace FileSystem_Win32

@@ -4,6 +4,7 @@
 #include "filesystem/VolumeInfo.h"
 #include "filesystem/Volume_IF.h"
 #include "platform/types.h"
+#include "text/SharedHandle.h"
 
 class Volume_Win32 : public Volume_IF {
   public:
@@ -13,14 +14,14 @@ class Volume_Win32 : public Volume_IF {
     std::uint64_t GetCapacity() override;
     std::uint64_t GetFreeSpace() override;
     std::uint64_t GetMaximumFileSize() override;
-    std::uint32_t GetMaximumNameLength() override;
-    FilePath GetName() override;
-    bool IsCaseSensitive() override;
-    bool IsEqual(const SharedHandle<Volume_IF>& other) override;
+    std::uint32_t GetMaximumNameLength() override { return info.max_name_length; }
+    FilePath GetName() override { return FilePath(info.label); }
+    bool IsCaseSensitive() override { return false; }
+    bool IsEqual(const SharedHandle<Volume_IF>& other) override { return other.get() == this; }
     bool IsMounted() override;
     bool IsNetwork() override;
     bool IsRemovable() override;
-    bool IsValid() override;
+    bool IsValid() override { return IsMounted(); }
     void Unmount() override;
 
   private:
@@ -28,3 +29,16 @@ class Volume_Win32 : public Volume_IF {
 
     VolumeInfo info;
 };
+
+// The process's volumes: one Volume_IF for each medium that a file object was made on, so that
+// volumes can be compared by identity. Any thread.
+namespace FileSystem_Win32 {
+
+// The volume of this description. One that is not registered yet is made where `create`, else the
+// result is null.
+SharedHandle<Volume_IF> FindVolume(const VolumeInfo& info, bool create);
+
+// Forgets all volumes; file objects keep theirs alive.
+void ClearVolumes();
+
+}  // namespace FileSystem_Win32

@@ -1,6 +1,8 @@
-#include "catalogue/queries/ReadProductLanguage.h"
+#include "catalogue/queries/RegistryQueries.h"
 
 #include <limits>
+#include <string_view>
+#include <utility>
 
 #include "catalogue/manager/CertificateSources.h"
 #include "platform/locales.h"
@@ -31,20 +33,42 @@ Utf8String CodeOf(std::uint32_t languageId) {
     return WideToUtf8(code);
 }
 
+const std::pair<std::string_view, HKEY> kRoots[] = {
+    {"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
+    {"HKEY_CURRENT_USER", HKEY_CURRENT_USER},
+    {"HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE},
+    {"HKEY_USERS", HKEY_USERS},
+    {"HKEY_PERFORMANCE_DATA", HKEY_PERFORMANCE_DATA},
+    {"HKEY_PERFORMANCE_TEXT", HKEY_PERFORMANCE_TEXT},
+    {"HKEY_PERFORMANCE_NLSTEXT", HKEY_PERFORMANCE_NLSTEXT},
+    {"HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG},
+    {"HKEY_DYN_DATA", HKEY_DYN_DATA},
+};
+
 }  // namespace
 
 bool ReadProductLanguage(const Utf8String& guid, Utf8String* languageCode,
                          std::uint32_t* languageId) {
     const ScopedRegistryKey key(HKEY_LOCAL_MACHINE, CertificateSources::RegistryKeyOf(guid).c_str(),
                                 KEY_QUERY_VALUE);
-    if (!key.IsOpen()) {
-        return false;
-    }
-    const std::optional<WideString> language = key.ReadText(WIDE("Language"));
+    const std::optional<WideString> language =
+        key.IsOpen() ? key.ReadText(WIDE("Language")) : std::nullopt;
     if (!language) {
         return false;
     }
     *languageId = LeadingNumber(*language);
     *languageCode = CodeOf(*languageId);
     return true;
+}
+
+std::uint8_t SplitRegistryPath(const Utf8String& text, HKEY* root, Utf8String* subKey) {
+    const std::size_t end = text.find('\\');
+    *subKey = end == Utf8String::npos ? text : text.substr(end + 1);
+    for (const auto& [name, handle] : kRoots) {
+        if (BytesOf(text).substr(0, end) == name) {
+            *root = handle;
+            return 1;
+        }
+    }
+    return 0;
 }

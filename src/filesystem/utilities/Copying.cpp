@@ -2,17 +2,25 @@
 #include <exception>
 #include <vector>
 
-#include "filesystem/FileChannel.h"
 #include "filesystem/FileException.h"
-#include "filesystem/FileSpec_Impl.h"
-#include "filesystem/Private/CopyProgress.h"
 #include "filesystem/Private/Windows/API.h"
 #include "filesystem/Private/Windows/FileSpec_Win32.h"
-#include "filesystem/dates/DateTime.h"
 #include "filesystem/utilities/FileUtilities.h"
+#include "text/Texts.h"
 
 namespace FileSystem {
 namespace {
+
+// Sets the tickler to the sink's own range, and reports 0.0 and the message "copying" with the
+// path.
+void BeginCopy(Tickler& tickler, const FilePath& source) {
+    tickler.SetBase(0.0);
+    tickler.SetScale(1.0);
+    tickler.SetProgress(0.0);
+    VelmarTextArgs message(Texts::copying);
+    message.push_back(source);
+    tickler.SetMessage(message);
+}
 
 constexpr std::uint64_t kLargestBlock = 65536;
 
@@ -111,6 +119,76 @@ bool IsOfPlatform(const FileSpec& file) {
     return dynamic_cast<FileSpec_Win32*>(FileSpec_Impl(file).Get()) != nullptr;
 }
 
+bool IsBelow(const FileSpec& file, const FileSpec& folder) {
+    for (FileSpec above = file.MakeParent(); !above.IsNull(); above = above.MakeParent()) {
+        if (above.IsEqual(folder)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void CopyTree(const FileSpec& target, const FileSpec& source, bool recursive, Tickler& tickler) {
+    if (!target.IsPresent()) {
+        target.CreateFolder();
+        target.SetAttributes(source.GetAttributes());
+    }
+    // No listing stays open during a descent.
+    std::vector<FileSpec> folders;
+    for (FolderIterator entries = FolderSpec(source).MakeIterator(); !entries.GetCurrent().IsNull();
+         entries.Advance()) {
+        const FileSpec& entry = entries.GetCurrent();
+        if (entries.HasNoContents()) {
+            continue;
+        }
+        if (!entries.IsFolder() || entry.IsAlias()) {
+            CopyFile(target.MakeChild(entry.GetName()), entry, tickler);
+        } else if (recursive) {
+            folders.push_back(entry);
+        }
+    }
+    for (const FileSpec& folder : folders) {
+        CopyTree(target.MakeChild(folder.GetName()), folder, recursive, tickler);
+    }
+}
+
+bool TryRename(const FileSpec& target, const FileSpec& source) {
+    try {
+        source.Rename(target);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+// What a copy of the folder would leave out, the first one met; null when it would be whole.
+FileSpec FindLeftOut(const FolderSpec& folder) {
+    for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
+         entries.Advance()) {
+        const FileSpec& entry = entries.GetCurrent();
+        if (entries.HasNoContents()) {
+            return entry;
+        }
+        if (entries.IsFolder() && !entry.IsAlias()) {
+            const FileSpec below = FindLeftOut(FolderSpec(entry));
+            if (!below.IsNull()) {
+                return below;
+            }
+        }
+    }
+    return {};
+}
+
+void MoveFolderByCopying(const FileSpec& target, const FileSpec& source, Tickler& tickler) {
+    const FolderSpec folder(source);
+    const FileSpec leftOut = FindLeftOut(folder);
+    if (!leftOut.IsNull()) {
+        ThrowFileError(ERROR_ACCESS_DENIED, leftOut.GetPath());
+    }
+    CopyFolder(target, source, true, tickler);
+    folder.DeleteTree();
+}
+
 }  // namespace
 
 void CopyFile(const FileSpec& target, const FileSpec& source, Tickler& tickler) {
@@ -119,6 +197,29 @@ void CopyFile(const FileSpec& target, const FileSpec& source, Tickler& tickler) 
     } else {
         CopyByBlocks(target, source, tickler);
     }
+}
+
+void CopyFolder(const FileSpec& target, const FileSpec& source, bool recursive, Tickler& tickler) {
+    // Such a copy would go on to copy itself.
+    if (recursive && IsBelow(target, source)) {
+        ThrowFileError(ERROR_SHARING_VIOLATION, target.GetPath());
+    }
+    CopyTree(target, source, recursive, tickler);
+}
+
+void Move(const FileSpec& target, const FileSpec& source, Tickler& tickler) {
+    if (!TryRename(target, source)) {
+        if (source.IsFile()) {
+            CopyFile(target, source, tickler);
+            source.Delete();
+        } else if (source.IsFolder()) {
+            MoveFolderByCopying(target, source, tickler);
+        } else {
+            ThrowFileError(ERROR_ACCESS_DENIED, source.GetPath());
+        }
+    }
+    BeginCopy(tickler, source.GetPath());
+    tickler.SetProgress(1.0);
 }
 
 }  // namespace FileSystem
