@@ -119,8 +119,8 @@ PLATFORM_API BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS
 PLATFORM_API BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes);
 PLATFORM_API BOOL DeleteFileW(const WCHAR* path);
 
-// Renames a file or folder. Off Windows nothing is moved from one volume to another
-// (ERROR_NOT_SAME_DEVICE): a caller that wants it copies, and reports its progress.
+// Renames a file or folder. Off Windows nothing is copied: ERROR_NOT_SAME_DEVICE for a folder that
+// would leave its volume, and for a file that the host cannot rename to where it is wanted.
 PLATFORM_API BOOL MoveFileW(const WCHAR* from, const WCHAR* to);
 
 // Whether a file or folder is there.

@@ -185,16 +185,22 @@ TEST_F(Files, AreMovedAsTheSystemDoes) {
     EXPECT_EQ(AttributesAt(u"C:\\Files\\Empty\\Moved"), 0x21u);
 }
 
-TEST_F(Files, AreNotMovedToAnotherVolume) {
+TEST_F(Files, AreMovedToAnotherVolumeWhereTheHostCanRename) {
     const fs::path media = TestMachine::ScratchFolder() / "media";
     fs::create_directories(media);
     WriteHostFile(media / "taken", "other");
     fs::create_directory_symlink(media, DriveC().parent_path() / "m");
     EXPECT_EQ(ErrorOf(MoveFileW(u"C:\\Files\\Full", u"M:\\Full")), 17u);
-    EXPECT_EQ(ErrorOf(MoveFileW(u"C:\\Files\\File.txt", u"M:\\Moved")), 17u);
     EXPECT_EQ(ErrorOf(MoveFileW(u"C:\\Files\\File.txt", u"M:\\Taken")), 183u);
-    EXPECT_TRUE(fs::exists(folder_ / "File.txt") && fs::exists(folder_ / "Full"));
-    EXPECT_FALSE(fs::exists(media / "Moved"));
+    EXPECT_TRUE(MoveFileW(u"C:\\Files\\read-only", u"M:\\Moved"));
+    EXPECT_TRUE(fs::exists(media / "Moved") && !fs::exists(folder_ / "read-only"));
+    std::error_code error;
+    const fs::path memory = "/dev/shm";
+    if (fs::exists(memory, error)) {
+        fs::create_directory_symlink(memory, DriveC().parent_path() / "n");
+        EXPECT_EQ(ErrorOf(MoveFileW(u"C:\\Files\\File.txt", u"N:\\brevik-never-made")), 17u);
+        EXPECT_TRUE(fs::exists(folder_ / "File.txt"));
+    }
 }
 
 // Of several that want a name one gets it.

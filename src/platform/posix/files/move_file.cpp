@@ -71,7 +71,7 @@ DWORD RefusalOf(const Move& move) {
     if (move.target.error != ERROR_FILE_NOT_FOUND) {
         return move.target.error;
     }
-    return move.LeavesVolume() ? ERROR_NOT_SAME_DEVICE : NO_ERROR;
+    return move.IsOfFolder() && move.LeavesVolume() ? ERROR_NOT_SAME_DEVICE : NO_ERROR;
 }
 
 DWORD Rename(const Move& move) {

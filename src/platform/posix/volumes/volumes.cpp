@@ -28,8 +28,8 @@ namespace {
 constexpr std::size_t kLongestLabel = 255;
 
 // What the machine's registry says of the medium of a drive or share, in place of the host: the
-// values of the key HKEY_LOCAL_MACHINE\\SOFTWARE\\Brevik\\Volumes\\X for drive X:, and
-// ...\\Volumes\\SERVER\\SHARE for a share.
+// values of HKEY_LOCAL_MACHINE\SOFTWARE\Brevik\Volumes\X for drive X:, and of
+// ...\Volumes\SERVER\SHARE for a share.
 struct VolumeSettings {
     std::u16string label;
     std::optional<UINT> kind;
