@@ -1,12 +1,11 @@
 // The use of the record store by one load of the catalogue, or by one call that makes several.
 //
-// Some failures of the record store, of certificate files and of the registry may be gone at the
-// next try: another process holds the database, memory or descriptors are short, the disk failed
-// once. They are reported as any other failure is, on the trace. A load makes one of these objects
-// first, and knows at its end whether the list that came of it may be kept.
+// Some failures may be gone at the next try: another process holds the database, memory or
+// descriptors are short, the disk failed once. A load makes one of these objects first, and knows
+// at its end whether its list may be kept.
 //
-// An object belongs to the thread that made it and counts what that thread does. Of objects within
-// one another the innermost notes what was missed, and the outermost how long there is to wait.
+// An object counts what its thread does. Of nested objects the innermost notes what was missed, and
+// the outermost how long there is to wait.
 #pragma once
 
 #include <exception>
@@ -24,29 +23,25 @@ class RecordGathering {
     ~RecordGathering();
 
     // Whether something failed that may succeed at the next try: what was gathered is not to be
-    // kept.
+    // kept. Missed() is what failed first, for a person to read.
     bool HasMissed() const { return !missed_.empty(); }
-
-    // What failed first, for a person to read.
     const std::string& Missed() const { return missed_; }
 
-    // Whether another process held the database for as long as the thread's call waits. None of its
-    // statements waits again, so that the rest is likely to miss too and may be left out.
+    // Whether another process held the database for as long as the thread's call waits. No
+    // statement waits again, so that the rest may be left out.
     static bool IsOver();
 
-    // ---- For the record store, and for what reads certificates and the registry ----
-
-    // How many milliseconds a statement of this thread may wait for other processes now. What a
-    // call has taken so far counts as waiting: a process that lets go now and then could otherwise
-    // make it last as long as it has statements.
+    // How many milliseconds a statement of this thread may wait for other processes now. All that
+    // a call has taken so far counts: a process that lets go now and then could otherwise make it
+    // wait for each of its statements.
     static DWORD LongestWait();
 
+    // Whether the next try may succeed.
     static bool IsPassing(const std::exception& failure);
 
-    // Notes a failure in the thread's object, where there is one and the failure may be passing.
+    // Notes a passing failure in the thread's object, where there is one; `what` is what the error
+    // number of the operating system is about.
     static void Note(const std::exception& failure);
-
-    // The same for an error number of the operating system; `what` is what could not be had.
     static void Note(DWORD error, const std::string& what);
 
   private:

@@ -42,8 +42,6 @@ CookieEncryptor::CookieEncryptor(const std::string& domain)
     SetExpiry(kPeriodInDays, 0, 0, 0);
 }
 
-CookieEncryptor::~CookieEncryptor() = default;
-
 bool CookieEncryptor::SetExpiry(std::int32_t days, std::int32_t hours, std::int32_t minutes,
                                 std::int32_t seconds) {
     const __time64_t period = ((__time64_t{days} * 24 + hours) * 60 + minutes) * 60 + seconds;

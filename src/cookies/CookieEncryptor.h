@@ -1,7 +1,7 @@
 // The closing attributes of a cookie text, and its sealed form with a time stamp and a checksum.
 //
-// Nothing is enciphered, in spite of the name: values lie in the store as plain text. An object
-// serves one formatting on one thread; its date is that of its making.
+// Nothing is enciphered: values are plain text in the store. An object serves one formatting on one
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -15,15 +15,14 @@ class CookieEncryptor {
   public:
     // The expiry is 183 days from now.
     explicit CookieEncryptor(const std::string& domain);
-    virtual ~CookieEncryptor();
+    virtual ~CookieEncryptor() = default;
 
-    // Sets the expiry so far from now. False, with nothing changed, where the calendar does not
-    // reach.
+    // False, with nothing changed, for a date beyond the calendar.
     bool SetExpiry(std::int32_t days, std::int32_t hours, std::int32_t minutes,
                    std::int32_t seconds);
 
-    // Appends ";domain=D;expires=T". The date is local time in spite of its "GMT": readers of these
-    // cookies have always been given it so, and half a year does not hang on hours.
+    // Appends ";domain=D;expires=T". The date is local time in spite of its "GMT", as readers of
+    // these cookies have always got it.
     void AppendAttributes(Utf8String& text) const;
 
     // Adds a pair to the sealed form. Always true.

@@ -1,10 +1,8 @@
 // Values in web cookies for the library's callers: wide text outside, UTF-8 inside.
 //
 // A value is named by the domain (a host name without a scheme), the cookie, and the key inside the
-// cookie. The functions may be called on any thread and keep nothing between calls.
-//
-// Errors: a result of 1 means that nothing was handed out or stored; another one that is not 0 is
-// the HRESULT of a component-model failure. An exception of memory passes.
+// cookie. Any thread; nothing is kept between calls. With a result of 1 nothing was handed out or
+// stored; another one that is not 0 is the HRESULT of a component-model failure.
 #pragma once
 
 #include <cstdint>

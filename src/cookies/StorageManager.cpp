@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int32_t kNotStored = 1;
 
-// The domain that was set last by anybody. It reaches no cookie until somebody sets one.
+// The domain that was set last. It reaches no cookie until one is set.
 struct ProcessDomain {
     VelmarCriticalSection lock;
     std::string name = "unset.invalid";
@@ -77,8 +77,6 @@ StorageManager::StorageManager(std::shared_ptr<StorageParser> parser) : parser_(
     TakeDomain(processDomain.name);
 }
 
-StorageManager::~StorageManager() = default;
-
 std::int32_t StorageManager::SetDomain(const Utf8String& domain) {
     ProcessDomain& processDomain = TheProcessDomain();
     const VelmarAutoCriticalSection hold(&processDomain.lock);
@@ -98,7 +96,7 @@ std::int32_t StorageManager::ReadCookie(const std::string& url, const std::strin
     parser_->Clear();
     std::vector<char> buffer(kUsualSize);
     auto size = static_cast<DWORD>(buffer.size());
-    // Again as long as the store has grown since it told its size.
+    // Again while the store grows.
     while (!InternetGetCookieA(url.c_str(), nullptr, buffer.data(), &size)) {
         const DWORD error = GetLastError();
         if (error == ERROR_NO_MORE_ITEMS) {
@@ -150,7 +148,7 @@ std::int32_t StorageManager::SetValue(const Utf8String& name, const Utf8String& 
     return 0;
 }
 
-// Empty for a value that may go to the store, as far as its parts tell.
+// Empty for a value whose parts are fit for the store.
 std::string StorageManager::ReasonToRefuse(const Utf8String& name, const Utf8String& key,
                                            const Utf8String& value) const {
     constexpr std::string_view kSigns = "&;";

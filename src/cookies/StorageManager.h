@@ -1,11 +1,8 @@
 // Named values inside the cookies of a domain.
 //
-// An object reads the cookies of its URL from the store anew for each operation, and writes back
-// the one that it changed; it keeps nothing of its own. It belongs to one thread at a time, and
-// each has its own domain, so that threads with different domains never see each other's cookies.
-//
-// Reading, changing and writing are one step among all threads and processes of the user that use
-// the library: none loses a value that another one wrote.
+// An object reads the cookies of its URL anew for each operation, and writes back the one that it
+// changed. It belongs to one thread at a time, and each has its own domain. Reading, changing and
+// writing are one step among all threads and processes of the user that use the library.
 #pragma once
 
 #include <cstdint>
@@ -23,24 +20,23 @@ class StorageManager {
     // With a parser of the caller's.
     explicit StorageManager(std::shared_ptr<StorageParser> parser);
 
-    virtual ~StorageManager();
+    virtual ~StorageManager() = default;
 
     // Makes `domain`, a host name without a scheme, the domain of this object and of those made
     // from now on. Always 0.
     std::int32_t SetDomain(const Utf8String& domain);
 
-    // Fills the parser with all cookies of the URL; `name` is not looked at. 0, also where there
-    // are none; else the error number of a store that cannot be read, and the parser is empty.
+    // Fills the parser with all cookies of the URL; `name` does not count. 0, also without any;
+    // else the error number of a store that cannot be read, and the parser is empty.
     std::int32_t ReadCookie(const std::string& url, const std::string& name);
 
-    // The value of a key in the cookie `name`, "-1" where it is empty or missing, for an empty key,
-    // and with a line on the trace where the store cannot be read. 0, or the HRESULT of a
-    // component-model failure.
+    // The value of a key in the cookie `name`; "-1" where it is empty or missing, for an empty key,
+    // and, with a line on the trace, where the store cannot be read. 0, or a failure's HRESULT.
     std::int32_t GetValue(const Utf8String& name, const Utf8String& key, Utf8String& value);
 
     // Stores a value in the first cookie, in byte order, whose name contains `name`, or in a new
-    // one. 0; the HRESULT of a component-model failure; or 1, with the reason on the trace and the
-    // store as it was, when the store failed or the value would not read back as it was given.
+    // one. 0; a failure's HRESULT; or 1, with the reason on the trace and the store as it was, when
+    // the store failed or the value would not read back unchanged.
     std::int32_t SetValue(const Utf8String& name, const Utf8String& key, const Utf8String& value);
 
   private:

@@ -28,7 +28,7 @@ Utf8View CutCookie(Utf8View* text) {
     return cookie;
 }
 
-// Cuts the first item from the rest of a cookie, without the sign behind it.
+// Cuts the first item and its separator from the rest of a cookie.
 Utf8View CutItem(Utf8View* rest) {
     static constexpr unsigned char kSigns[] = {'&', ';'};
     const std::size_t end = std::min(rest->find_first_of(kSigns, 0, 2), rest->size());
@@ -38,9 +38,6 @@ Utf8View CutItem(Utf8View* rest) {
 }
 
 }  // namespace
-
-StorageParser::StorageParser() = default;
-StorageParser::~StorageParser() = default;
 
 void StorageParser::Parse(const WCHAR* text, [[maybe_unused]] std::uint32_t size) {
     const Utf8String bytes = text == nullptr ? Utf8String() : WideToUtf8(text);

@@ -3,7 +3,7 @@
 // A cookie `name=body` is the section `name`. Its body holds items separated by "&": `key=value`,
 // or a bare value, whose key is the section's own name. So `theme=dark` is the section `theme` with
 // the value `dark` of the key `theme`, and `s=x=1&y=2` the section `s` with two keys.
-// docs/cookie-text.md tells the form in full.
+// The whole form: docs/cookie-text.md.
 //
 // A parser belongs to one thread at a time.
 #pragma once
@@ -18,8 +18,7 @@
 
 class StorageParser {
   public:
-    StorageParser();
-    virtual ~StorageParser();
+    virtual ~StorageParser() = default;
 
     // Adds the cookies of a text "first=...; second=..." to the map; a cookie replaces an earlier
     // one of its name. `size` is what the store reported; the text ends at its NUL. A cookie of

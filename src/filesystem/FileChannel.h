@@ -16,8 +16,6 @@ class FileChannel {
     // The null channel.
     FileChannel() = default;
     explicit FileChannel(const SharedHandle<FileChannel_IF>& object) : impl(object) {}
-    FileChannel(const FileChannel&) = default;
-    FileChannel& operator=(const FileChannel&) = default;
     virtual ~FileChannel() = default;
 
     bool IsNull() const { return impl == nullptr; }

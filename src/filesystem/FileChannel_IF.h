@@ -1,8 +1,8 @@
 // One open file. See FileChannel for the value class that holds one.
 //
 // It closes with its last holder. A failure of the platform raises a FileException with the path of
-// the file object that it was made from. One thread at a time, but for SetSize, which moves the
-// position and puts it back under a lock of the channel's own. Positions and sizes are bytes.
+// its file object. One thread at a time; SetSize, which moves the position and puts it back, has a
+// lock. Positions and sizes are bytes.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,7 @@
 
 class FileSpec_IF;
 
-// Bits with which a file is opened: at least one of kRead and kWrite, and kTruncate with kWrite
-// alone.
+// Bits with which a file is opened: kRead, kWrite or both; kTruncate needs kWrite.
 namespace FileChannelMode {
 
 inline constexpr std::uint32_t kRead = 0x001;
@@ -47,8 +46,8 @@ class FileChannel_IF {
     // Reads `count` bytes into `buffer`; `done` is below that at the end of the file alone.
     virtual void Read(void* buffer, std::uint32_t count, std::uint32_t& done) = 0;
 
-    // Gives the open file to a stream of the run-time library, which the caller closes. The channel
-    // is closed from then on. Raises SystemException::Errno when there is no stream to be had.
+    // Hands the open file to a stream of the run-time library, which the caller closes; the channel
+    // is closed then. Raises SystemException::Errno without a stream.
     virtual std::FILE* ReleaseToStream() = 0;
 
     // Cuts or grows the file; the position stays, also when it is past the new end.

@@ -40,9 +40,8 @@ class FileException : public VelmarException {
 };
 
 // Throws the failure that an error code of the operating system stands for, with a
-// SystemException::Win32 beneath it. A code without a kind of its own gives a failure with the
-// number and message of the inner exception, which is a SystemException::HRESULT when the code's
-// top bit is set.
+// SystemException::Win32 beneath it. A code without a kind gives the number and message of the
+// inner exception, which is a SystemException::HRESULT when the code's top bit is set.
 [[noreturn]] void ThrowFileError(unsigned long code, const FilePath& path);
 
 // Throws the failure of a broken rule of the library's own at this place of its source.

@@ -1,8 +1,8 @@
 // A file or folder by its path: the value that the rest of the library works with.
 //
-// Copies share one file object, which never changes. The null object is legal; what each operation
-// does for it is documented here, the rest in FileSpec_IF. "Raises" for a null object means a
-// FileException with an empty path. Any thread, once FileSystem_Start has run.
+// Copies share one file object, which never changes. The operations are described in FileSpec_IF;
+// the null object is legal, and raises a FileException with an empty path where stated. Any thread,
+// once FileSystem_Start has run.
 #pragma once
 
 #include <cstdint>
@@ -19,14 +19,11 @@ class FileSpec {
     // The null object.
     FileSpec() = default;
 
-    // The object of a path in any form, relative ones resolved against the process's current
-    // folder; null for the empty path. A path that breaks the rules of paths raises, and so does
-    // one whose volume cannot be reached.
+    // The object of a path in any form, relative ones resolved against the current folder; null for
+    // the empty path. Raises for one that does not parse or whose volume cannot be reached.
     explicit FileSpec(const FilePath& path);
 
     explicit FileSpec(const SharedHandle<FileSpec_IF>& object) : impl(object) {}
-    FileSpec(const FileSpec&) = default;
-    FileSpec& operator=(const FileSpec&) = default;
     virtual ~FileSpec() = default;
 
     bool IsNull() const { return impl == nullptr; }

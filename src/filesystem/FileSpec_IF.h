@@ -1,9 +1,8 @@
 // What a file object can do. See FileSpec for the value class that holds one.
 //
-// A file object names one path on one volume, which may or may not exist on disk. It never changes
-// once it is made, so any thread may use it. A failure of the platform raises a FileException with
-// the object's path (ThrowFileError). Paths and names are UTF-8, sizes are bytes, times are local
-// time.
+// A file object names one path on one volume, which may or may not exist on disk. It never changes,
+// so any thread may use it. A failure of the platform raises a FileException with the object's path
+// (ThrowFileError). Paths and names are UTF-8, sizes are bytes, times are local time.
 #pragma once
 
 #include <cstdint>
@@ -86,8 +85,7 @@ class FileSpec_IF {
     // The folder above; null for a root.
     virtual FileSpec MakeParent() const = 0;
 
-    // Moves what is there to the target's path, which must not exist. This object keeps naming the
-    // old path.
+    // Moves what is there to the target's path, which must not exist. This object keeps its path.
     virtual void Rename(const FileSpec& target) = 0;
     virtual FileSpec RootFolder() const = 0;
     virtual void SetAccessTime(const DateTime& time) = 0;
@@ -107,7 +105,6 @@ class AliasSpec_IF {
     virtual ~AliasSpec_IF() = default;
 
     // What the shortcut leads to, null for one without a target. Raises a FileException with the
-    // shortcut's path when it cannot be read, or its target cannot be found. Leaves the calling
-    // thread's component-model state as it was.
+    // shortcut's path when it cannot be read, or its target cannot be found.
     virtual SharedHandle<FileSpec_IF> ResolveAlias() = 0;
 };

@@ -10,14 +10,13 @@
 #include "text/CriticalSection.h"
 
 // Makes the platform table and the class factory where there is none yet, and visits the file of
-// `module` (null: the host program), whose volume has to be within reach. A failure raises a
-// FileException and leaves the library not started: the next caller starts again. Threads may call
-// it at once; nothing is locked, since what is loaded on the way may call it again.
+// `module` (null: the host program). A failure raises a FileException and leaves the library not
+// started. Threads may call it at once; nothing is locked, since what is loaded may call it again.
 void FileSystem_Start(HMODULE module);
 
-// Deletes the temporary folder with all that it holds, and forgets the volumes and the platform
-// table. The class factory stays. Until the next start, operations that reach the platform must not
-// be called. No other thread may be in the library meanwhile.
+// Deletes the temporary folder, and forgets the volumes and the platform table. The class factory
+// stays. Until the next start no operation that reaches the platform may be called, and no other
+// thread may be in the library meanwhile.
 void FileSystem_Stop();
 
 namespace FileSystem {
@@ -26,8 +25,7 @@ namespace FileSystem {
 bool IsStarted();
 
 // FileSystem_Start for the host program, unless the library is started. Returns the failure, or
-// null. A FileException is one of visiting the host program's own file, which may lie on a drive
-// that the machine lacks: other paths work all the same.
+// null. After a FileException, as for a host on a drive that the machine lacks, other paths work.
 std::exception_ptr EnsureStarted() noexcept;
 
 // The module given to the last start; null for the host program's file.

@@ -7,8 +7,8 @@
 #include "filesystem/FolderSpec_IF.h"
 #include "text/SharedHandle.h"
 
-// A place in the listing of a folder: loop until GetCurrent() is null. Copies advance one and the
-// same listing; together they belong to one thread at a time.
+// A place in the listing of a folder, which converts to false at its end. Copies advance one and
+// the same listing; together they belong to one thread at a time.
 class FolderIterator {
   public:
     // Stands on the listing's next entry.
@@ -16,17 +16,16 @@ class FolderIterator {
 
     // The entry; null at the end.
     const FileSpec& GetCurrent() const { return current; }
+    explicit operator bool() const { return !current.IsNull(); }
 
     // Whether the entry is a folder, as the listing reports it; the disk is asked only where the
     // listing does not. REQUIRES: the entry is not null.
     bool IsFolder() const;
 
-    // Whether the entry is a link to a folder, which leads to what may be looked into already: no
-    // operation on a whole tree goes through one. REQUIRES: as above.
+    // Whether the entry is a link to a folder. REQUIRES: as above.
     bool IsFolderLink() const;
 
-    // Whether the entry leads to nothing that could be read as a file or folder of this
-    // place: it is a link to a folder, or one that leads nowhere. REQUIRES: as above.
+    // Whether the entry is a link to a folder, or one that leads nowhere. REQUIRES: as above.
     bool HasNoContents() const;
 
     // Goes to the next entry; at the end it does nothing.

@@ -16,14 +16,13 @@ class FolderSpec_Iterator {
     struct Kind {
         bool isFolder;
 
-        // It stands for something elsewhere: a link to a folder or one that leads nowhere, and
-        // whatever else the platform calls a reparse point.
+        // A reparse point, such as a link to a folder or one that leads nowhere.
         bool isLink;
     };
 
-    // The next entry, files and folders alike, in the platform's order; null at the end, and from
-    // then on. Raises for a name that no path may hold; one that ends in a dot is passed over,
-    // since a path loses that dot and would name another file, or the folder itself.
+    // The next entry, files and folders alike, in the platform's order; null from the end on.
+    // Raises for a name that no path may hold; one that ends in a dot, which a path loses, is
+    // passed over.
     virtual SharedHandle<FileSpec_IF> Next() = 0;
 
     // The kind of the entry that Next returned last; nothing where the listing does not report it.
@@ -38,9 +37,8 @@ class FolderSpec_IF {
   public:
     virtual ~FolderSpec_IF() = default;
 
-    // Deletes the folder with all that it holds, depth first; a folder that does not exist is no
-    // failure. Of links, also of a folder that is one, what they lead to stays. Stops at the first
-    // failure and raises it: what was deleted stays deleted.
+    // Deletes the folder with all that it holds, depth first; a missing one is no failure. Of links
+    // the targets stay, also of the folder itself. Stops at the first failure and raises it.
     virtual void DeleteTree(const SharedHandle<FolderSpec_IF>& self) = 0;
 
     // Deletes the folder's files and, where `recursive`, its folders with all that they hold.

@@ -1,12 +1,13 @@
-// The medium that a file object lies on. See Volume for the value class that holds one.
+// The medium that a file object lies on, and the value class that holds one.
 //
-// A volume never changes once it is made, so any thread may use it: a medium that is swapped leaves
-// the file objects made before on the old volume. Failures raise a FileException with the volume's
-// root. Sizes are bytes.
+// A volume never changes, so any thread may use it: file objects made before a medium was swapped
+// stay on the old one. Failures raise a FileException with the volume's root. Sizes are bytes.
 #pragma once
 
 #include <cstdint>
+#include <typeinfo>
 
+#include "filesystem/FileException.h"
 #include "filesystem/FilePath.h"
 #include "text/SharedHandle.h"
 
@@ -41,7 +42,35 @@ class Volume_IF {
     virtual bool IsRemovable() = 0;
     virtual bool IsValid() = 0;
 
-    // Takes the medium out of the system's use. Raises for one that is in use, and for a volume
-    // that is no removable drive.
+    // Raises for a medium that is in use, and for a volume that is no removable drive.
     virtual void Unmount() = 0;
+};
+
+// Copies share one Volume_IF; the null volume is legal.
+class Volume {
+  public:
+    // The null volume.
+    Volume() = default;
+    Volume(const SharedHandle<Volume_IF>& object) : impl(object) {}
+    virtual ~Volume() = default;
+
+    bool IsNull() const { return impl == nullptr; }
+
+    // Raises a FileException with an empty path for the null volume.
+    bool IsCaseSensitive() const {
+        return Existing(impl, ".\\Private\\Volume", 84).IsCaseSensitive();
+    }
+
+    // Two null volumes are equal; volumes of different classes are not.
+    bool IsEqual(const Volume& other) const {
+        if (impl == nullptr || other.impl == nullptr) {
+            return impl == other.impl;
+        }
+        Volume_IF& mine = *impl;
+        const Volume_IF& theirs = *other.impl;
+        return typeid(mine) == typeid(theirs) && mine.IsEqual(other.impl);
+    }
+
+  private:
+    SharedHandle<Volume_IF> impl;
 };

@@ -22,8 +22,8 @@ void StartTrace() {
     if (trace_started) {
         return;
     }
-    // No line is made under the trace's lock but with all of this set. A call that a library makes
-    // while it is loaded in here gets through: its thread may take the lock again.
+    // No line is made before all of this is set. A call of a library that is loaded in here gets
+    // through: its thread may take the lock again.
     const VelmarAutoCriticalSection hold(UTrace::Lock());
     if (!trace_started) {
         UTrace::Initialize();
@@ -36,8 +36,8 @@ void StartTrace() {
 }  // namespace
 
 void StartFrame() {
-    // Most calls do without files: one that cannot start the file library goes on all the same,
-    // once the trace is there to tell, and the next call tries again.
+    // Most calls need no files: one that cannot start the file library reports that, once there is
+    // a trace, and goes on. The next call tries again.
     const std::exception_ptr failure = FileSystem::EnsureStarted();
     StartTrace();
     if (failure != nullptr) {
@@ -59,7 +59,7 @@ void ReportException(const char* exportName) noexcept {
             UTrace::Exception(VelmarException(std::runtime_error("unknown exception")), exportName);
         }
     } catch (...) {
-        // Not even the report can be made; the result is all that is left to tell.
+        // Without memory for the report there is still the result.
     }
 }
 

@@ -1,10 +1,9 @@
 // The frame that every exported function runs in.
 //
 // It makes the component model usable on the calling thread, starts the file library and the trace
-// on the first call in the process, sees to the sibling library, and runs the call, whose catalogue
-// loads wait for other processes as if they were one. It is also the
-// barrier that no exception passes: one that reaches it is written to the trace and becomes the
-// call's failure result.
+// on the first call in the process, loads the sibling library, and runs the call, whose catalogue
+// loads wait for other processes as if they were one. No exception passes: it is written to the
+// trace and becomes the call's failure result.
 #pragma once
 
 #include "catalogue/RecordGathering.h"

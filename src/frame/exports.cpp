@@ -208,7 +208,7 @@ PLATFORM_API std::uint8_t bvkc_Dispatch_IsUpdateOrMessageAvailable(const char* p
             product, language, TrueOrFalse(connectToServer));
         const UpdateDispatch::Status status = UpdateDispatch::IsUpdateOrMessageAvailable(
             product, LocaleOrSelected(language), connectToServer != 0);
-        return static_cast<std::uint8_t>(status == UpdateDispatch::kTold);
+        return static_cast<std::uint8_t>(status == UpdateDispatch::kDone);
     });
 }
 

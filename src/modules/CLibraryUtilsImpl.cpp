@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "modules/ScopedLibrary.h"
-
 namespace CLibraryUtils {
 
 void CLibraryUtilsImpl::Free() {

@@ -15,7 +15,7 @@ class ComponentObject {
   public:
     ComponentObject() = default;
 
-    // Takes over a reference, which may be null, on an object whose library somebody else holds.
+    // Takes over a reference, which may be null, on an object whose library another one holds.
     explicit ComponentObject(Interface* reference) : object_(reference) {}
     ComponentObject(const ComponentObject&) = delete;
     ComponentObject& operator=(const ComponentObject&) = delete;
@@ -24,14 +24,15 @@ class ComponentObject {
     // Makes an object from a library, as CLibraryUtilsImpl does. What the library throws passes
     // through. REQUIRES: there is no object yet.
     HRESULT CreateInstance(REFCLSID classId, const WCHAR* libraryName, REFIID iid) {
-        void* made = nullptr;
-        const HRESULT result = library_.CreateInstance(classId, nullptr, libraryName, iid, &made);
-        object_ = static_cast<Interface*>(made);
-        return result;
+        return library_.CreateInstance(classId, nullptr, libraryName, iid, Out());
     }
 
     explicit operator bool() const { return object_ != nullptr; }
     Interface* Get() const { return object_; }
+    Interface* operator->() const { return object_; }
+
+    // Where an operation puts the reference that it gives. REQUIRES: there is none yet.
+    void** Out() { return reinterpret_cast<void**>(&object_); }
 
     // One more reference, for another holder; null without an object.
     CALLS_FOREIGN_OBJECTS
@@ -55,7 +56,7 @@ class ComponentObject {
     }
 
   private:
-    CLibraryUtilsImpl library_;  // ends behind the object
+    CLibraryUtilsImpl library_;  // ends after the object
     Interface* object_ = nullptr;
 };
 

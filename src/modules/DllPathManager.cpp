@@ -19,8 +19,7 @@ DllPathManager::DllPathManager(const WideString& folder) {
         return;
     }
     const std::lock_guard hold(lock);
-    // A current folder without a way back is not left. The way is kept before the change, so that
-    // nothing after it can fail.
+    // A folder without a way back is not left. Nothing after the change can fail.
     previous_ = KeptFolder::Current();
     if (!previous_ || !SetCurrentDirectoryW(folder.c_str())) {
         previous_ = KeptFolder();

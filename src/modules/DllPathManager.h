@@ -1,8 +1,7 @@
 // Makes a folder the process's current one for the object's lifetime.
 //
-// The current folder belongs to all threads of the process. Objects may end in any order, on any
-// thread: the current folder is that of the latest object that has not ended, and the one that was
-// current before them all when the last one ends. A change that fails is passed over.
+// Objects may end in any order, on any thread: the current folder, which all threads share, is that
+// of the latest object left, and at last the one before them all. A change that fails is ignored.
 #pragma once
 
 #include "platform/folders.h"

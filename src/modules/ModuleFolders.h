@@ -1,8 +1,7 @@
 // Folders of the running program, and the search for a library beside it.
 //
-// Folders are wide Windows paths without a trailing backslash, in lower case where nothing else is
-// said; an empty text means that there is none. Nothing here throws anything but std::bad_alloc, or
-// reports anything. Any thread.
+// Folders are wide Windows paths without a trailing backslash, in lower case unless stated; empty
+// for none. Nothing is thrown but std::bad_alloc, and nothing reported. Any thread.
 #pragma once
 
 #include "platform/types.h"
@@ -17,6 +16,5 @@ WideString GetParentProcessFolder();
 // system's search order, and the suite's shared library folder in the common program files.
 WideString FindLibraryFolder(const WideString& fileName);
 
-// The same as the system spells it, to load from: where a system tells folders apart by case, the
-// one in lower case may be another's.
+// The same as the system spells it, to load from: in lower case it may be another folder.
 WideString FindSpelledLibraryFolder(const WideString& fileName);

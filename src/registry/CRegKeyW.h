@@ -24,11 +24,10 @@ class CRegKeyW {
     // fit into a number; they have then been written to `value`.
     LONG QueryDWORDValue(const WCHAR* name, DWORD* value);
 
-    // A text (REG_SZ or REG_EXPAND_SZ) into `buffer` of `*count` wide characters, with a NUL at its
-    // end, the rest set to 0. `*count` receives the bytes of the text in the thread's narrow code
-    // page with its NUL, 0 on failure; a text of more than `*count` such bytes is ERROR_MORE_DATA.
-    // A value of another type, or one without a NUL at its end, is ERROR_INVALID_DATA. Characters
-    // that the code page lacks come back changed.
+    // A text (REG_SZ or REG_EXPAND_SZ) and NULs into `buffer` of `*count` wide characters. `*count`
+    // receives the bytes of the text in the thread's narrow code page with its NUL, 0 on failure; a
+    // text of more such bytes is ERROR_MORE_DATA, another type or a text without a NUL at its end
+    // ERROR_INVALID_DATA. Characters that the code page lacks come back changed.
     LONG QueryStringValue(const WCHAR* name, WCHAR* buffer, DWORD* count);
 
   private:

@@ -4,8 +4,8 @@
 #include "modules/ComponentObject.h"
 #include "modules/ScopedText.h"
 #include "modules/SmartComInitializer.h"
-#include "services/IDialogServices.h"
 #include "services/ServiceCall.h"
+#include "services/SiblingServices.h"
 #include "text/StringConversions.h"
 #include "trace/UTrace.h"
 
@@ -45,7 +45,7 @@ std::int32_t ResultOf(HRESULT answer, const char* profileId) {
     return answer == S_FALSE ? kServiceAnsweredOne : kNoProfile;
 }
 
-// The results of the settings are not looked at: a dialog in another size or language is one.
+// A dialog in another size or language will do, so the results of the settings do not count.
 
 void SetLocale(IDialogServices* dialog, const std::string& locale) {
     const ScopedText code(NarrowToWide(LocaleOrSelected(locale)));

@@ -17,10 +17,9 @@ inline constexpr std::int32_t kNoProfile = 2;
 // or, where that is empty, the one that the suite runs in. `window` owns the dialog and may be
 // null.
 //
-// `profileId` is set to null first and receives the narrow text, in a block of CoTaskMemAlloc,
-// whenever the service gives one, whatever its result. kGotProfile when the service succeeded and
-// gave a text, kServiceAnsweredOne when it answered 1, else kNoProfile. Any thread, which waits as
-// long as the dialog takes. Throws std::bad_alloc alone.
+// `profileId` receives the narrow text, in a block of CoTaskMemAlloc, whatever the service's
+// result; null without one. kGotProfile when the service succeeded and gave a text,
+// kServiceAnsweredOne when it returned 1, else kNoProfile. Any thread. Throws std::bad_alloc alone.
 std::int32_t GetKindletProfileID(const std::string& kindletUid, const std::string& locale,
                                  void* window, char** profileId);
 

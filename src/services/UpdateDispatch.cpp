@@ -39,7 +39,7 @@ CertUpdateInfo FindUpdateInfo(const char* dispatch, const std::string& productId
     return info;
 }
 
-// kTold once the request is ready for the service.
+// kDone once the request is ready for the service.
 Status Prepare(const char* dispatch, const std::string& productIdentifier,
                const std::string& locale, Request* request) {
     const CertUpdateInfo info = FindUpdateInfo(dispatch, productIdentifier);
@@ -56,7 +56,7 @@ Status Prepare(const char* dispatch, const std::string& productIdentifier,
     UTrace::Info("Dispatch_InvokeUpdate(dwLangID=%d, strVersion=%s)",
                  static_cast<int>(request->langId), request->version.c_str());
     request->sku = sku.empty() ? Utf8ToWide(info.m_strInstallerGUID) : NarrowToWide(sku);
-    return found ? kTold : kNoUninstallInfo;
+    return found ? kDone : kNoUninstallInfo;
 }
 
 }  // namespace
@@ -65,12 +65,12 @@ Status InvokeUpdate(const std::string& productIdentifier, const std::string& loc
                     bool runInBackground) {
     Request request;
     const Status status = Prepare("Dispatch_InvokeUpdate", productIdentifier, locale, &request);
-    if (status != kTold) {
+    if (status != kDone) {
         return status;
     }
     const VelmarUpdateService::Service service = VelmarUpdateService().GetService();
     if (!service) {
-        return kTold;
+        return kDone;
     }
     const ScopedText version(NarrowToWide(request.version));
     const ScopedText sku(request.sku);
@@ -82,7 +82,7 @@ Status InvokeUpdate(const std::string& productIdentifier, const std::string& loc
         [&]() CALLS_FOREIGN_OBJECTS {
             return (service.Get()->*run)(sku.Get(), version.Get(), request.langId, product.Get());
         });
-    return result == S_OK ? kTold : kServiceFailed;
+    return result == S_OK ? kDone : kServiceFailed;
 }
 
 Status IsUpdateOrMessageAvailable(const std::string& productIdentifier, const std::string& locale,
@@ -90,12 +90,12 @@ Status IsUpdateOrMessageAvailable(const std::string& productIdentifier, const st
     Request request;
     const Status status =
         Prepare("Dispatch_IsUpdateOrMessageAvailable", productIdentifier, locale, &request);
-    if (status != kTold) {
+    if (status != kDone) {
         return status;
     }
     const VelmarUpdateService::Service service = VelmarUpdateService().GetService();
     if (!service) {
-        return kTold;
+        return kDone;
     }
     const ScopedText version(NarrowToWide(request.version));
     const ScopedText sku(request.sku);
@@ -107,7 +107,7 @@ Status IsUpdateOrMessageAvailable(const std::string& productIdentifier, const st
                 sku.Get(), version.Get(), request.langId,
                 connectToServer ? VARIANT_TRUE : VARIANT_FALSE, available);
         });
-    return result == S_OK && available[0] == VARIANT_TRUE ? kTold : kServiceFailed;
+    return result == S_OK && available[0] == VARIANT_TRUE ? kDone : kServiceFailed;
 }
 
 }  // namespace UpdateDispatch

@@ -1,8 +1,8 @@
-// Updates of a product, and the question whether one waits: works out what the update service wants
-// to know of a product, and hands it to the service.
+// Updates of a product, and whether one waits: gathers what the update service needs to know, and
+// calls it.
 //
-// Any thread. The calling thread must be in an apartment of the component model, and waits as long
-// as the service takes. What a load of the catalogue throws passes through.
+// Any thread that is in an apartment of the component model; it waits as long as the service takes.
+// What a load of the catalogue throws passes through.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace UpdateDispatch {
 
 // How a dispatch ended.
 enum Status : std::int32_t {
-    kTold = 0,             // the service was told, or there is no service to tell
+    kDone = 0,             // the service was called, or there is none
     kNoUpdateInfo = 2,     // no certificate, updates not on for it, or no installation that uses it
     kNoUninstallInfo = 3,  // no uninstall data
     kServiceFailed = 4,    // the service answered anything but 0; asked: anything but yes
@@ -23,7 +23,7 @@ enum Status : std::int32_t {
 Status InvokeUpdate(const std::string& productIdentifier, const std::string& locale,
                     bool runInBackground);
 
-// Asks the service whether an update or a message waits. kTold stands for yes, also where there is
+// Asks the service whether an update or a message waits. kDone stands for yes, also where there is
 // no service.
 Status IsUpdateOrMessageAvailable(const std::string& productIdentifier, const std::string& locale,
                                   bool connectToServer);

@@ -81,8 +81,8 @@ struct AtEnd {
     ~AtEnd() { ProcessService::Current().GiveBack(); }
 };
 
-// A service may dispatch while it is made, which makes another one; the making within that one
-// finds none, or it would never come to an end.
+// A service may dispatch while it is made, which makes another one; a third is not made, or this
+// would never end.
 constexpr int kMostMakings = 2;
 thread_local int makings = 0;
 
@@ -98,15 +98,14 @@ std::shared_ptr<Service> Make() {
     }
     const Making making;
     const auto object = std::make_shared<Service>();
-    // Whatever it answers: an object that is there is one.
+    // The object counts, not the result.
     CallService("IUpdateServices", [&object] {
         return object->CreateInstance(CLSID_UpdateServices, kServiceLibrary, IID_IUpdateServices);
     });
     if (!*object) {
         return nullptr;
     }
-    // Made when the object's library is there already, so that it ends ahead of what that library
-    // keeps.
+    // Made once the object's library is loaded, so that it ends before what that library keeps.
     static const AtEnd at_end;
     return ProcessService::Current().Keep(object);
 }

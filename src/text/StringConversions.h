@@ -56,24 +56,22 @@ int CompareNoCase(const A& a, const B& b) {
     return CompareBytesNoCase(BytesOf(a), BytesOf(b));
 }
 
-// Whether CompareNoCase returns 0.
 template <typename A, typename B>
 bool EqualNoCase(const A& a, const B& b) {
     return CompareNoCase(a, b) == 0;
 }
 
 // Writes `value` in `base` (2 to 36, digits above 9 as upper-case letters) and a NUL into a buffer
-// of `size` bytes; digits that do not fit are cut off. A minus sign is written in base 10 alone: in
-// any other base a negative value is its 64-bit two's complement. Returns `buffer`.
+// of `size` bytes, cut to fit. In another base than 10 a negative value is its 64-bit two's
+// complement. Returns `buffer`.
 char* Int64ToText(long long value, char* buffer, unsigned size, int base);
 
-// Decimal text of a number.
 inline std::string Int64ToString(long long value) {
     return std::to_string(value);
 }
 
-// The number that hexadecimal text stands for, with or without a leading "0x", up to the first
-// other character; of more than eight digits the last eight count. 0 for an empty text.
+// The number of hexadecimal text, with or without a leading "0x", up to the first other character;
+// of more than eight digits the last eight count.
 std::uint32_t HexTextToNumber(const std::string& text);
 
 // The decimal number at the start of a text, leading white space skipped; 0 without one.

@@ -1,10 +1,9 @@
 // String files: translations of numbered texts, a line each.
 //
 // A file is UTF-8 with a byte order mark, UTF-16 big-endian with one, or else UTF-16 little-endian
-// whose first two bytes are skipped unread. A line is a number in the first column, decimal or with
-// "0x" in front hexadecimal, white space, and the text up to the end of the line, without trailing
-// white space. A line that begins with ";" or "#" is a comment; a line without a number, or with
-// the number 0, is skipped. Of two lines with the same number the later wins.
+// whose first two bytes are skipped. A line is a number in the first column, decimal or hexadecimal
+// with "0x", white space, and the text without trailing white space. A line that begins with ";" or
+// "#", or has no number but 0, is skipped. Of two lines with the same number the later wins.
 #pragma once
 
 #include <map>

@@ -8,12 +8,17 @@
 
 #include "text/VelmarException.h"
 
+// The operating system's wording for an error number and for a result of the component model,
+// without the line end; empty where no table knows the code. Of a result, the message libraries of
+// its facility are asked first, in their order.
+WideString GetSystemMessage(DWORD code);
+WideString GetHResultMessage(std::int32_t code);
+
 namespace SystemException {
 
 enum class Source { kErrno, kWin32, kHResult, kMMResult };
 
-// The text of a failure of this source, filled in with the code and the source's own message for
-// it.
+// The text of a failure of this source, with the code and the source's own message.
 VelmarTextArgs TextFor(Source source, std::uint32_t code);
 
 template <Source source, typename Code>

@@ -1,9 +1,8 @@
 // The library's failure: a number that says what kind it is, a message ready for a user, and a free
 // note for the programmer.
 //
-// Thrown by value and caught by reference. The number is the id of the numbered text that the
-// failure was made from, never a code of the operating system; the message is in the language that
-// was loaded at that moment. An object belongs to one thread at a time.
+// The number is the id of the text that the failure was made from, never a code of the operating
+// system; the message is in the language that was loaded then. One thread at a time.
 #pragma once
 
 #include <exception>
@@ -23,8 +22,8 @@ class VelmarException : public std::exception {
     // A broken rule of the library's own, at this place of its source.
     VelmarException(const char* file, int line);
 
-    // Any other exception: of our own family its number, message and note; for a std::bad_alloc
-    // "memory allocation error"; else "runtime error" with its what(). Throws nothing.
+    // Of our own family number, message and note; of a std::bad_alloc "memory allocation error";
+    // else "runtime error" with the what(). Throws nothing.
     explicit VelmarException(const std::exception& source);
 
     // The failure with this number, its placeholders unfilled; for a number without a text

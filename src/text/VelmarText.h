@@ -1,11 +1,10 @@
 // Numbered texts: every wording of the library that can reach a user.
 //
-// A text has a number and its English, embedded. A language provider may hold a translation for the
-// number; the wording is then that one. The library starts in "Default (Embedded English)" and
-// stays there unless a host calls LoadLanguage.
+// A text has a number and its embedded English, which a translation of the language provider may
+// replace. The library speaks English unless a host calls LoadLanguage.
 //
-// Threads: the registry changes only while the library loads and unloads. Loading a language is for
-// the caller to order against every other use of texts.
+// Threads: the registry changes only while the library loads and unloads. No text may be used while
+// a language is loaded.
 #pragma once
 
 #include <array>
@@ -62,8 +61,7 @@ class VelmarText {
     virtual long GetId() const { return id_; }
 
     // The wording with its placeholders %0, %1 and so on filled in, in rising order from the start
-    // of the text to its end: a placeholder before the last one filled in, or without an argument,
-    // stays as it is, and arguments are not searched for placeholders.
+    // to the end: one before the last filled in, without an argument or in an argument stays.
     virtual Utf8String Format(const Utf8StringList& arguments) const;
 
     // The wording: the provider's translation, else the embedded English.
@@ -72,8 +70,7 @@ class VelmarText {
     // The registered text of this number, or null.
     static const VelmarText* Find(long id);
 
-    // Lists all registered texts with their translations, in UTF-8 with a byte order mark, to show
-    // what a loaded string file covers.
+    // Lists all registered texts with their translations, in UTF-8 with a byte order mark.
     static void Dump(std::ostream& stream);
 
     static LanguageProvider_IF& GetProvider();
@@ -123,8 +120,7 @@ class VelmarText::LanguageImpl final : public LanguageProvider_IF {
     const LanguageInfo* GetLanguageInfo(int index) override;
     Utf8String GetString(long id) override;
 
-    // Does nothing for the language that is current already. A file that cannot be opened, and an
-    // index without a row, silently select the embedded English.
+    // Does nothing for the current language. Without a file or a row selects the embedded English.
     void LoadLanguage(int index, const Utf8String& folder) override;
 
   private:

@@ -1,8 +1,7 @@
 // An array of `count` elements that each thread has for itself.
 //
-// A thread's elements are made, with the initial value, when it first uses the object, and live
-// until the object ends, not until the thread does. Any thread may use the object at any time; only
-// the thread itself may use its elements.
+// A thread's elements are made, with the initial value, at its first use of the object, and live
+// until the object ends. Any thread may use the object, and its own elements alone.
 #pragma once
 
 #include <new>

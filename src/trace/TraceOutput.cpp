@@ -18,9 +18,8 @@ namespace {
 constexpr std::size_t kMessageCapacity = 1024;
 constexpr DWORD kLookupInterval = 3000;  // milliseconds
 
-// A line waits at most kSendTimeout for a viewer that is busy. When that was too short, lines are
-// lost until the viewer takes one again; it is tried once in a kRetryInterval, so that a viewer
-// that has stopped hardly slows its hosts down. In milliseconds.
+// A line waits at most kSendTimeout for a busy viewer. After that lines are lost until the viewer,
+// tried once in a kRetryInterval, takes one again. In milliseconds.
 constexpr UINT kSendTimeout = 50;
 constexpr DWORD kRetryInterval = 100;
 constexpr UINT kRetryTimeout = 1;
@@ -97,7 +96,7 @@ void Emit(const char* client, int level, unsigned channel, unsigned char tag, co
     const bool debugger = (flags & kFlagDebuggerOutput) != 0 && IsDebuggerOutputOpen();
     const bool viewer = FindViewer();
     if (!debugger && filter == nullptr && !viewer) {
-        return;  // a line that nobody gets is not made
+        return;  // there is no listener
     }
 
     char message[kMessageCapacity];

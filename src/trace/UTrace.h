@@ -4,12 +4,10 @@
 // a client name and an indentation that follows the open function tracers of its thread. Lines go
 // to the debugger output, to the host's filter, and to a viewer program (`brevikctl trace`).
 //
-// Threads: every operation may be called on any thread. One lock serialises all lines; it is held
-// while a line is made and handed out, also across the filter. A tracer object belongs to its
-// thread.
+// Threads: any. One lock serialises all lines; it is held while a line is made and handed out, also
+// across the filter. A tracer object belongs to its thread.
 //
-// Errors: a line operation lets a std::bad_alloc through and reports nothing else. Text is cut
-// where it does not fit, as told below.
+// Errors: a line operation throws std::bad_alloc alone. Text that does not fit is cut.
 #pragma once
 
 #include <cstdarg>
@@ -28,9 +26,8 @@ inline constexpr int kFlagDebuggerOutput = 1;  // lines go to the debugger outpu
 inline constexpr int kFlagAllLevels = 2;       // the level test passes for every level
 inline constexpr int kFlagTime = 4;            // lines get a time prefix
 
-// Starts the trace: empty client name, level 0, flags 3, no filter, the calling thread's depth 0,
-// and one look for a viewer. False, with nothing changed, when it is started already. Until it is
-// started all lines are dropped.
+// Starts the trace with no client name, level 0, flags 3, no filter and depth 0 of the calling
+// thread. False, with nothing changed, when it is started already. Until then lines are dropped.
 bool Initialize();
 
 // Stops the trace and forgets the filter.
@@ -47,9 +44,8 @@ int GetLevel();
 void SetFlags(int flags);
 int GetFlags();
 
-// A function of the host that sees each line: level, client (may be null) and the bare message,
-// without time and indentation. False keeps the line from the viewer. It is called under the trace
-// lock.
+// A function of the host that sees each line: level, client (may be null) and the message without
+// time and indentation. False keeps the line from the viewer. Called under the trace lock.
 using Filter = bool (*)(int level, const char* client, const char* message);
 
 // Null removes the filter.
@@ -75,20 +71,18 @@ void InfoAs(const char* client, const char* format, ...) PRINTF_CHECKED(2, 3);
 void Tagged(unsigned channel, const char* format, ...) PRINTF_CHECKED(2, 3);
 void TaggedAs(unsigned channel, const char* client, const char* format, ...) PRINTF_CHECKED(3, 4);
 
-// Reports a caught exception at level 1: its number, message and note, behind `note` where that is
-// neither null nor empty.
+// Reports a caught exception at level 1: `note` unless it is null or empty, and the exception's
+// number, message and note.
 void Exception(const VelmarException& caught, const char* note);
 void ExceptionAs(const char* client, const VelmarException& caught, const char* note);
 
 // ---- Function tracers ----
 
-// Given as a format, writes nothing. Compared by address: another text of this content is a format
-// like any other.
+// A format that writes nothing. Compared by address, not by content.
 extern const char* const silent;
 
-// Base of the stack objects that write a function's enter line, indent what is said in between by
-// one step, and write its return line at their end. Both lines are at level 4 and need no level
-// test.
+// Base of the stack objects that write a function's enter and return lines and indent the lines
+// between them by one step. Both are at level 4 and need no level test.
 class ITrace {
   public:
     ITrace(const ITrace&) = delete;
@@ -99,8 +93,8 @@ class ITrace {
     virtual long GetResult() const { return result_; }
 
     // Keeps the function's result for the return line: "return = VALUE" with a null format, else
-    // the format's text, cut to 1023 bytes. With `silent` the return line is dropped. Returns
-    // `value`, so that a function can end with it; the last call counts.
+    // the format's text, cut to 1023 bytes. `silent` drops the return line. The last call counts.
+    // Returns `value`.
     virtual long Return(long value, const char* format, ...) PRINTF_CHECKED(3, 4);
 
   protected:

@@ -350,6 +350,7 @@ TEST_F(CertificateMgr, ProcessingCertificatesOpensTheirFilesToEverybody) {
     EXPECT_EQ(mode_of("C:\\apps\\3.qzc"), 0600u);
     CCertificateMgr processing;
     processing.Load(CCertificateMgr::processing_certificates, &apps, 0);
+    EXPECT_NE(output_.Take().find("SetFileSecurity result = c:\\apps\\1.qzc)"), std::string::npos);
     EXPECT_EQ(mode_of("C:\\apps\\1.qzc") & 0666u, 0666u);
 }
 

@@ -27,7 +27,6 @@ Utf8String Utf8(const std::string& text) {
 class CertificateReference : public RecordMachine {
   protected:
     static constexpr std::uint32_t kNormal = 0;
-    static constexpr std::uint32_t kProcessing = 1;
 
     static std::int32_t Rows() {
         SQLite3WrapperDB db;
@@ -91,19 +90,6 @@ TEST_F(CertificateReference, UsersOfTheProductComeFromTheRegistry) {
     EXPECT_EQ(reference.GetUsedBy(), Utf8("x"));  // once known, it stays
     reference.SetGUID(Utf8("{B}"));
     EXPECT_EQ(reference.GetUsedBy(), Utf8String());
-}
-
-TEST_F(CertificateReference, ProcessingOpensTheFileToEveryUser) {
-    const std::string key = AddCertificate("a.qzc", "Name = v\n");
-    const std::filesystem::path file = DriveC() / "certs/a.qzc";
-    std::filesystem::permissions(file, std::filesystem::perms(0600));
-    CCertificateReference reference;
-    EXPECT_EQ(reference.Init(Utf8(key), {}, kNormal, 0), 1);
-    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
-    Lines();
-    EXPECT_EQ(reference.Init(Utf8(key), {}, kProcessing, 0), 1);
-    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0666));
-    EXPECT_EQ(Lines().front(), "SetFileSecurity result = " + key + ")");
 }
 
 TEST_F(CertificateReference, FileIsReadOnceUnlessAskedToReadItAnew) {

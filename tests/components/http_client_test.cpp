@@ -6,8 +6,7 @@
 
 #include "modules/ComponentObject.h"
 #include "modules/ScopedText.h"
-#include "services/IDialogServices.h"
-#include "services/IUpdateServices.h"
+#include "services/SiblingServices.h"
 #include "support/child_process.h"
 #include "support/stand_in.h"
 #include "text/StringConversions.h"

@@ -87,13 +87,6 @@ TEST_F(CatalogueExports, ProductsOfTheOwnFolderElseOfTheParents) {
     EXPECT_EQ(RunChild({umlaut, "guids"}).output, "1 {U}\n");
 }
 
-TEST_F(CatalogueExports, LanguageIsTheOneThatTheSuiteWasInstalledIn) {
-    Install("{G}", "C:\\g.qzc", "G");
-    SetEntry("{G}", {{"Filename", "C:\\g.qzc"}, {"Language", "1036"}});
-    EXPECT_EQ(Say({"ids", "1031", "1033", "1036"}), "0 1036\n");
-    EXPECT_EQ(Say({"ids", "1031", "1033"}), "0 1033\n");
-}
-
 // No call is left without its failure result, and a later call gets it right.
 TEST_F(CatalogueExports, CatalogueThatCannotBeOpenedFailsTheQueryAlone) {
     Install("{G}", "C:\\g.qzc", "G", "x = y\n");

@@ -1,4 +1,4 @@
-#include "filesystem/Volume.h"
+#include "filesystem/Volume_IF.h"
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,6 @@
 #include "modules/CLibraryUtilsImpl.h"
 #include "modules/DllPathManager.h"
 #include "modules/ModuleFolders.h"
-#include "modules/ScopedLibrary.h"
 #include "modules/SmartComInitializer.h"
 #include "platform/folders.h"
 #include "support/test_machine.h"

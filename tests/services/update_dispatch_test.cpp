@@ -79,10 +79,10 @@ TEST_F(UpdateDispatchTest, WithoutALocaleTheInstalledLanguageOfTheProductCounts)
                 .c_str()),
         nullptr);
     UpdatableProduct::Install();
-    EXPECT_EQ(UpdateDispatch::InvokeUpdate("Mixer", "", false), UpdateDispatch::kTold);
+    EXPECT_EQ(UpdateDispatch::InvokeUpdate("Mixer", "", false), UpdateDispatch::kDone);
     EXPECT_NE(sibling.Take().back().find("\"langId\":1036"), std::string::npos);  // uninstall entry
     SetEntry("{G}", {{"Filename", "C:\\g.qzc"}, {"Language", "1040"}});
-    EXPECT_EQ(UpdateDispatch::InvokeUpdate("Mixer", "", false), UpdateDispatch::kTold);
+    EXPECT_EQ(UpdateDispatch::InvokeUpdate("Mixer", "", false), UpdateDispatch::kDone);
     EXPECT_NE(sibling.Take().back().find("\"langId\":1040"), std::string::npos);  // certificate's
 }
 

@@ -22,74 +22,49 @@ class FaultyApi : public FileSystem_Win32::API {
     // How often an operation was called.
     int Calls(const std::string& operation) { return calls_[operation]; }
 
-    BOOL CopyFileExW(const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress, void* data,
-                     BOOL* cancel, DWORD flags) override {
-        return Passes("CopyFileExW") && API::CopyFileExW(from, to, progress, data, cancel, flags);
+// An operation that fails with what its result says.
+#define FAULTY(Result, name, parameters, arguments, failure)  \
+    Result name parameters override {                         \
+        return Passes(#name) ? API::name arguments : failure; \
     }
-    BOOL CreateDirectoryW(const WCHAR* path, SECURITY_ATTRIBUTES* security) override {
-        return Passes("CreateDirectoryW") && API::CreateDirectoryW(path, security);
-    }
-    HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
-                       DWORD disposition, DWORD flags, HANDLE model) override {
-        return Passes("CreateFileW")
-                   ? API::CreateFileW(path, access, share, security, disposition, flags, model)
-                   : INVALID_HANDLE_VALUE;
-    }
-    BOOL DeleteFileW(const WCHAR* path) override {
-        return Passes("DeleteFileW") && API::DeleteFileW(path);
-    }
-    HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* data) override {
-        return Passes("FindFirstFileW") ? API::FindFirstFileW(pattern, data) : INVALID_HANDLE_VALUE;
-    }
-    BOOL FindNextFileW(HANDLE listing, WIN32_FIND_DATAW* data) override {
-        return Passes("FindNextFileW") && API::FindNextFileW(listing, data);
-    }
-    DWORD GetCurrentDirectoryW(DWORD size, WCHAR* path) override {
-        return Passes("GetCurrentDirectoryW") ? API::GetCurrentDirectoryW(size, path) : 0;
-    }
-    BOOL GetDiskFreeSpaceExW(const WCHAR* folder, ULARGE_INTEGER* freeForCaller,
-                             ULARGE_INTEGER* total, ULARGE_INTEGER* free) override {
-        return Passes("GetDiskFreeSpaceExW") &&
-               API::GetDiskFreeSpaceExW(folder, freeForCaller, total, free);
-    }
-    BOOL GetFileAttributesExW(const WCHAR* path, GET_FILEEX_INFO_LEVELS level,
-                              void* information) override {
-        return Passes("GetFileAttributesExW") &&
-               API::GetFileAttributesExW(path, level, information);
-    }
-    BOOL GetFileSizeEx(HANDLE file, LARGE_INTEGER* size) override {
-        return Passes("GetFileSizeEx") && API::GetFileSizeEx(file, size);
-    }
-    DWORD GetFullPathNameW(const WCHAR* path, DWORD size, WCHAR* buffer, WCHAR** part) override {
-        return Passes("GetFullPathNameW") ? API::GetFullPathNameW(path, size, buffer, part) : 0;
-    }
-    DWORD GetTempPathW(DWORD size, WCHAR* path) override {
-        return Passes("GetTempPathW") ? API::GetTempPathW(size, path) : 0;
-    }
-    BOOL GetVolumeInformationW(const WCHAR* root, WCHAR* label, DWORD labelSize, DWORD* serial,
-                               DWORD* maximumNameLength, DWORD* flags, WCHAR* fileSystem,
-                               DWORD fileSystemSize) override {
-        return Passes("GetVolumeInformationW") &&
-               API::GetVolumeInformationW(root, label, labelSize, serial, maximumNameLength, flags,
-                                          fileSystem, fileSystemSize);
-    }
-    BOOL MoveFileW(const WCHAR* from, const WCHAR* to) override {
-        return Passes("MoveFileW") && API::MoveFileW(from, to);
-    }
-    BOOL RemoveDirectoryW(const WCHAR* path) override {
-        return Passes("RemoveDirectoryW") && API::RemoveDirectoryW(path);
-    }
-    BOOL SetCurrentDirectoryW(const WCHAR* path) override {
-        return Passes("SetCurrentDirectoryW") && API::SetCurrentDirectoryW(path);
-    }
-    BOOL SetFileAttributesW(const WCHAR* path, DWORD attributes) override {
-        return Passes("SetFileAttributesW") && API::SetFileAttributesW(path, attributes);
-    }
-    BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER* position,
-                          DWORD method) override {
-        return Passes("SetFilePointerEx") &&
-               API::SetFilePointerEx(file, distance, position, method);
-    }
+    FAULTY(BOOL, CopyFileExW,
+           (const WCHAR* from, const WCHAR* to, LPPROGRESS_ROUTINE progress, void* data,
+            BOOL* cancel, DWORD flags),
+           (from, to, progress, data, cancel, flags), FALSE)
+    FAULTY(BOOL, CreateDirectoryW, (const WCHAR* path, SECURITY_ATTRIBUTES* security),
+           (path, security), FALSE)
+    FAULTY(HANDLE, CreateFileW,
+           (const WCHAR* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+            DWORD disposition, DWORD flags, HANDLE model),
+           (path, access, share, security, disposition, flags, model), INVALID_HANDLE_VALUE)
+    FAULTY(BOOL, DeleteFileW, (const WCHAR* path), (path), FALSE)
+    FAULTY(HANDLE, FindFirstFileW, (const WCHAR* pattern, WIN32_FIND_DATAW* data), (pattern, data),
+           INVALID_HANDLE_VALUE)
+    FAULTY(BOOL, FindNextFileW, (HANDLE listing, WIN32_FIND_DATAW* data), (listing, data), FALSE)
+    FAULTY(DWORD, GetCurrentDirectoryW, (DWORD size, WCHAR* path), (size, path), 0)
+    FAULTY(BOOL, GetDiskFreeSpaceExW,
+           (const WCHAR* folder, ULARGE_INTEGER* own, ULARGE_INTEGER* total, ULARGE_INTEGER* free),
+           (folder, own, total, free), FALSE)
+    FAULTY(BOOL, GetFileAttributesExW,
+           (const WCHAR* path, GET_FILEEX_INFO_LEVELS level, void* data), (path, level, data),
+           FALSE)
+    FAULTY(BOOL, GetFileSizeEx, (HANDLE file, LARGE_INTEGER* size), (file, size), FALSE)
+    FAULTY(DWORD, GetFullPathNameW, (const WCHAR* path, DWORD size, WCHAR* buffer, WCHAR** part),
+           (path, size, buffer, part), 0)
+    FAULTY(DWORD, GetTempPathW, (DWORD size, WCHAR* path), (size, path), 0)
+    FAULTY(BOOL, GetVolumeInformationW,
+           (const WCHAR* root, WCHAR* label, DWORD size, DWORD* serial, DWORD* length, DWORD* flags,
+            WCHAR* system, DWORD systemSize),
+           (root, label, size, serial, length, flags, system, systemSize), FALSE)
+    FAULTY(BOOL, MoveFileW, (const WCHAR* from, const WCHAR* to), (from, to), FALSE)
+    FAULTY(BOOL, RemoveDirectoryW, (const WCHAR* path), (path), FALSE)
+    FAULTY(BOOL, SetCurrentDirectoryW, (const WCHAR* path), (path), FALSE)
+    FAULTY(BOOL, SetFileAttributesW, (const WCHAR* path, DWORD attributes), (path, attributes),
+           FALSE)
+    FAULTY(BOOL, SetFilePointerEx,
+           (HANDLE file, LARGE_INTEGER distance, LARGE_INTEGER* position, DWORD method),
+           (file, distance, position, method), FALSE)
+#undef FAULTY
 
   protected:
     bool Passes(const std::string& operation) {

@@ -10,7 +10,6 @@
 #include "support/test_machine.h"
 #include "text/StackWalker.h"
 #include "text/SystemException.h"
-#include "text/SystemMessages.h"
 #include "text/Texts.h"
 
 namespace {
@@ -85,16 +84,6 @@ TEST(SystemException, MessagesBearTheCodeAndTheSystemsWording) {
     EXPECT_EQ(Message(sound), "operating system error: MMRESULT = 0x0000000B");
     const SystemException::Win32 unknown(0xDEAD0001);
     EXPECT_EQ(Message(unknown), "operating system error: number = 0xDEAD0001 - ");
-}
-
-TEST(SystemMessages, EveryFileErrorHasAWording) {
-    for (const DWORD code : {2,   3,   5,   15,  19,   21,   32,   38,   39,   53,   80,   112,
-                             123, 145, 161, 183, 1112, 1231, 1785, 4300, 4303, 4308, 4315, 4318}) {
-        const WideString text = GetSystemMessage(code);
-        ASSERT_FALSE(text.empty()) << code;
-        EXPECT_NE(text.back(), WIDE('\n')) << code;
-        EXPECT_NE(text.back(), WIDE('\r')) << code;
-    }
 }
 
 // The second library of a facility is asked when the first has no text, and the first text ends the

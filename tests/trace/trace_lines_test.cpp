@@ -240,37 +240,4 @@ TEST_F(TraceLines, ExceptionsAreReportedWithNumberMessageAndNotes) {
     EXPECT_EQ(output_.Take(), "");
 }
 
-TEST_F(TraceLines, ManyThreadsNeverMixTheirLines) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([i] {
-            for (int k = 0; k < 100; ++k) {
-                const UTrace::Function scope("T", UTrace::silent);
-                UTrace::Info("%d-%d", i, k);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    std::vector<int> next(8, 0);
-    int returns = 0;
-    const std::string said = output_.Take();
-    for (std::size_t at = 0; at < said.size();) {
-        const std::size_t end = said.find("\r\n", at);
-        ASSERT_NE(end, std::string::npos);
-        const std::string line = said.substr(at, end - at);
-        at = end + 2;
-        int thread = 0;
-        int number = 0;
-        if (line == "KIT: T - return") {
-            ++returns;
-        } else {
-            ASSERT_EQ(std::sscanf(line.c_str(), "KIT:   %d-%d", &thread, &number), 2) << line;
-            EXPECT_EQ(number, next[static_cast<std::size_t>(thread)]++);
-        }
-    }
-    EXPECT_EQ(returns, 800);
-}
-
 }  // namespace

@@ -14,8 +14,8 @@ namespace {
 // The key is handed over with its NUL.
 constexpr char kKey[] = "TorvaKD19";
 
-// The library's default count is for passwords that people think up, and costs some 50 milliseconds
-// an opening. This key stands in the program, where whoever wants it can read it.
+// The default count protects weak passwords and costs some 50 milliseconds an opening. This key can
+// be read in the program.
 constexpr char kCheapKeyDerivation[] = "PRAGMA kdf_iter = 1";
 
 // An existing file, to read and write. The library is never to make one: it would not open it to

@@ -1,9 +1,9 @@
 // A connection to the record database, whose file is encrypted.
 //
-// Statements are given as their whole text; whoever builds one from other texts sees to their
-// quoting. Every failure is a SQLite3WrapperException; an operation that needs the database throws
-// "Database not open" while it is closed. One thread at a time. Several processes may use one file:
-// a statement waits up to the busy timeout for another one's transaction to end.
+// Callers quote the texts in their statements. Every failure is a SQLite3WrapperException; an
+// operation that needs the database throws "Database not open" while it is closed. One thread at a
+// time. Several processes may use one file: a statement waits up to the busy timeout for another's
+// transaction to end.
 #pragma once
 
 #include <cstdint>
@@ -21,12 +21,11 @@ class SQLite3WrapperDB {
     SQLite3WrapperDB& operator=(const SQLite3WrapperDB&) = delete;
     virtual ~SQLite3WrapperDB();
 
-    // Opens the file of a narrow path, making it where it is missing. One that others may have put
-    // another file behind, such as a symbolic link, is refused with "unable to open database file"
-    // and the reason.
+    // Opens the file of a narrow path, making it where it is missing. What is no plain file, such
+    // as a symbolic link, is refused with "unable to open database file" and the reason.
     //
-    // A file without any bytes is not given to the database library before the first Execute, so
-    // that a machine without records never loads that; until then queries fail with kSqliteEmpty.
+    // An empty file is not given to the database library before the first Execute, so that a
+    // machine without records never loads it; until then queries fail with kSqliteEmpty.
     void Open(const std::string& path);
 
     void Close();
@@ -68,11 +67,9 @@ class SQLite3WrapperDB {
     template <typename Statement>
     void Run(Need need, Statement statement);
 
-    // Connects anew where that may mend a failed statement, which is then to be given once more.
-    //
-    // The cipher takes its salt from the file at the keying, or, from an empty file, makes one up.
-    // Another process may give the file its first bytes, and its own salt, after that; what it
-    // wrote is no database in the eyes of this connection.
+    // Connects anew where that may mend a failed statement, which is then to be given once more:
+    // the salt of an empty file is made up at the keying, and another process may have given the
+    // file its own since.
     bool KeyAnew(std::int32_t result);
 
     sqlite3* db_ = nullptr;

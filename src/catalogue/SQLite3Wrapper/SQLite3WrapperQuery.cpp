@@ -17,7 +17,7 @@ SQLite3WrapperQuery::~SQLite3WrapperQuery() {
     try {
         Finish();
     } catch (const SQLite3WrapperException&) {
-        // Nobody is there to be told; the statement is gone all the same.
+        // The statement is gone all the same.
     }
 }
 

@@ -10,8 +10,8 @@ struct sqlite3_stmt;
 
 class SQLite3WrapperQuery {
   public:
-    // A statement that has been stepped once: `atEnd` tells that it gave no row, else the first row
-    // is the current one. With `ownsStatement` the object finalises it.
+    // A statement that has been stepped once: `atEnd` when it gave no row, else the first row is
+    // the current one. With `ownsStatement` the object finalises it.
     SQLite3WrapperQuery(sqlite3* db, sqlite3_stmt* statement, bool atEnd, bool ownsStatement);
     SQLite3WrapperQuery(const SQLite3WrapperQuery&) = delete;
     SQLite3WrapperQuery& operator=(const SQLite3WrapperQuery&) = delete;
@@ -27,10 +27,10 @@ class SQLite3WrapperQuery {
     // field index requested" for a column that there is not.
     const char* GetColumnText(std::int32_t index) const;
 
-    // 1 behind the last row.
+    // 1 after the last row.
     std::uint8_t IsAtEnd() const;
 
-    // Goes to the next row or behind the last. A step that fails finishes the query and throws.
+    // A step that fails finishes the query and throws.
     void NextRow();
 
     // Ends the statement; a second time it does nothing.

@@ -70,11 +70,6 @@ const char* SQLite3WrapperTable::GetValue(const char* name) const {
     return GetText(row, searchColumn_ + 1);
 }
 
-const char* SQLite3WrapperTable::GetValue(const char* name, const char* otherwise) const {
-    const char* const value = GetValue(name);
-    return value != nullptr ? value : otherwise;
-}
-
 std::int32_t SQLite3WrapperTable::GetValueAsNumber(const char* name, std::int32_t otherwise) const {
     const char* const value = GetValue(name);
     return value != nullptr ? TextToInt(value) : otherwise;

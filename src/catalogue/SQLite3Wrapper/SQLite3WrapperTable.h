@@ -1,9 +1,9 @@
-// A result held in memory, read as a list of name and value pairs: names stand in the search
-// column, values in the column right of it.
+// A result in memory, read as name and value pairs: names are in the search column, values in the
+// column right of it.
 //
-// Names are compared without regard to the case of ASCII letters, in at most 512 bytes. Tables may
-// share one result, each with rows of its own of it. Any number of threads may read one object.
-// Every operation throws "Null Results pointer" when there is no result at all.
+// Names are compared in at most 512 bytes, without regard to the case of ASCII letters. Tables may
+// share one result, each with its own rows. Any number of threads may read one object. Every
+// operation throws "Null Results pointer" without a result.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 #include "text/SharedHandle.h"
 
-// The texts of a result, row by row behind a row of headings, as the database library gives them.
+// The texts of a result, row by row after a row of headings, as the database library gives them.
 using SQLite3WrapperResults = SharedHandle<char*>;
 
 class SQLite3WrapperTable {
@@ -32,7 +32,10 @@ class SQLite3WrapperTable {
     // The first value of a name. Throws "Invalid field name requested" when no row has it. With a
     // default, that stands for a value of no text.
     const char* GetValue(const char* name) const;
-    const char* GetValue(const char* name, const char* otherwise) const;
+    const char* GetValue(const char* name, const char* otherwise) const {
+        const char* const value = GetValue(name);
+        return value != nullptr ? value : otherwise;
+    }
     std::int32_t GetValueAsNumber(const char* name, std::int32_t otherwise) const;
 
     // The values of all rows of a name, in row order; throws as above.

@@ -16,7 +16,7 @@ constinit std::atomic<int> running_calls = 0;
 constinit std::atomic<bool> is_stopped = false;
 
 // Runs on the thread that shuts the crypto library down, before that frees anything. A call that
-// waits for another process is left behind: the process is gone before it goes on.
+// still waits for another process then never goes on: the process is gone by then.
 void StopCalls() {
     constexpr int kLongestWait = 5000;
     is_stopped = true;

@@ -1,6 +1,7 @@
 #include "catalogue/certificates/CertificateReader.h"
 
 #include "catalogue/RecordGathering.h"
+#include "modules/ComponentObject.h"
 #include "modules/ScopedText.h"
 #include "platform/text.h"
 #include "text/StringConversions.h"
@@ -21,43 +22,17 @@ void NoteResult(HRESULT result, const std::string& what) {
     }
 }
 
-// Owner of one reference on the component.
-class ScopedReader {
-  public:
-    ScopedReader() {
-        void* object = nullptr;
-        const HRESULT result = CoCreateInstance(CLSID_CertificateReader, nullptr, kAnyContext,
-                                                IID_ICertificateReader, &object);
-        if (SUCCEEDED(result)) {
-            reader_ = static_cast<ICertificateReader*>(object);
-        } else {
-            NoteResult(result, "the certificate reader");
-        }
-    }
-    ScopedReader(const ScopedReader&) = delete;
-    ScopedReader& operator=(const ScopedReader&) = delete;
-    ~ScopedReader() {
-        if (reader_ != nullptr) {
-            reader_->Release();
-        }
-    }
-
-    ICertificateReader* operator->() const {
-        if (reader_ == nullptr) {
-            throw _com_error(E_POINTER);
-        }
-        return reader_;
-    }
-
-  private:
-    ICertificateReader* reader_ = nullptr;
-};
-
 }  // namespace
 
 CALLS_FOREIGN_OBJECTS
 std::string ReadCertificateFile(const std::string& path, const std::string& verificationKey) {
-    const ScopedReader reader;
+    CLibraryUtils::ComponentObject<ICertificateReader> reader;
+    const HRESULT made = CoCreateInstance(CLSID_CertificateReader, nullptr, kAnyContext,
+                                          IID_ICertificateReader, reader.Out());
+    if (FAILED(made) || !reader) {
+        NoteResult(made, "the certificate reader");
+        throw _com_error(E_POINTER);
+    }
     const ScopedText pathText(NarrowToWide(path));
     const ScopedText keyText(NarrowToWide(verificationKey));
     ScopedText text;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <memory>
 #include <mutex>
 
@@ -14,8 +15,7 @@
 namespace {
 
 // How long a load waits for that of another thread, which saves it the work. That one may wait for
-// this thread in turn, where this one loads a library whose initialiser asks the catalogue: then
-// both do the work.
+// this thread in turn, through a library whose initialiser asks the catalogue: then both do it.
 constexpr std::chrono::milliseconds kLongestWait{500};
 
 // The list of the last complete load of the process, and the mode it was loaded in.
@@ -41,7 +41,7 @@ void CCertificateMgr::Load(std::uint32_t mode, const WideString* folder, std::ui
     RecordGathering gathering;
     CertificateCache& cache = Cache();
     const std::unique_lock hold(cache.loading, kLongestWait);
-    // Whoever had to wait finds the list of the one who was first.
+    // After a wait there is the list of the first.
     if (TakeCached(mode)) {
         return;
     }
@@ -102,28 +102,24 @@ void CCertificateMgr::Gather(std::uint32_t mode, const WideString* folder, std::
 
 void CCertificateMgr::AddFolders(std::uint32_t mode, const WideString* folder,
                                  std::uint8_t reimport) {
+    std::vector<WideString> folders;
     if (folder != nullptr && !folder->empty()) {
-        AddFolder(mode, *folder, reimport);
-        return;
+        folders = {*folder};
+    } else {
+        folders = {GetProcessFolder(), GetParentProcessFolder()};
+        folders.resize(folders.back().empty() ? 1 : 2);
     }
-    AddFolder(mode, GetProcessFolder(), reimport);
-    const WideString parent = GetParentProcessFolder();
-    if (!parent.empty()) {
-        AddFolder(mode, parent, reimport);
-    }
-}
-
-void CCertificateMgr::AddFolder(std::uint32_t mode, const WideString& folder,
-                                std::uint8_t reimport) {
-    std::vector<FileSpec> files;
-    GetCertificatesFolderPath(FilePath(folder), &files);
-    for (const FileSpec& file : files) {
-        AddCertificate(mode, file.GetPath(), {}, reimport);
+    for (const WideString& each : folders) {
+        std::vector<FileSpec> files;
+        GetCertificatesFolderPath(FilePath(each), &files);
+        for (const FileSpec& file : files) {
+            AddCertificate(mode, file.GetPath(), {}, reimport);
+        }
     }
 }
 
 // How many certificates of the database are in the list afterwards. Each is added under its record
-// key as that stands, or a key in an odd spelling would make a second certificate of one file.
+// key unchanged, or a key in an odd spelling would make a second certificate of one file.
 std::size_t CCertificateMgr::AddRecords(std::uint32_t mode, std::uint8_t reimport) {
     std::vector<FileSpec> files;
     Utf8StringList keys;
@@ -149,7 +145,7 @@ std::uint8_t CCertificateMgr::Add(std::uint32_t mode, const Utf8String& path,
     }
     const Utf8String key = AsciiToLower(path);
     if (CCertificateReference* known = list_ != nullptr ? list_->FindPath(key) : nullptr) {
-        // The registry's GUID goes ahead of the one in the certificate.
+        // The registry's GUID replaces the one in the certificate.
         if (!guid.empty() && !known->HasGUID(guid)) {
             known->SetGUID(guid);
         }
@@ -201,18 +197,17 @@ const CertificateReferences& CCertificateMgr::GetCertificateList(CertificateRefe
     return *list;
 }
 
-SharedHandle<CCertificateReference> CCertificateMgr::FindByName(const Utf8String& name) {
-    for (const SharedHandle<CCertificateReference>& reference : References()) {
-        if (reference->HasProductName(name) != 0) {
-            return reference;
-        }
-    }
-    return nullptr;
+template <typename Matches>
+SharedHandle<CCertificateReference> CCertificateMgr::FindFirst(Matches matches) {
+    const CertificateReferences& references = References();
+    const auto found = std::ranges::find_if(references, matches);
+    return found != references.end() ? *found : nullptr;
 }
 
 SharedHandle<CCertificateReference> CCertificateMgr::GetValidCertificateReference(
     const Utf8String& name) {
-    const SharedHandle<CCertificateReference> found = FindByName(name);
+    const auto found =
+        FindFirst([&](const auto& reference) { return reference->HasProductName(name) != 0; });
     UTrace::Info("CCertificateMgr::GetValidCertificateReference(), %s%s founded",
                  Utf8ToNarrow(name).c_str(), found == nullptr ? " not" : "");
     return found;
@@ -220,25 +215,18 @@ SharedHandle<CCertificateReference> CCertificateMgr::GetValidCertificateReferenc
 
 SharedHandle<CCertificateReference> CCertificateMgr::GetCertificateReferenceByGUID(
     const Utf8String& guid) {
-    for (const SharedHandle<CCertificateReference>& reference : References()) {
-        if (reference->HasGUID(guid)) {
-            return reference;
-        }
-    }
-    return nullptr;
+    return FindFirst([&](const auto& reference) { return reference->HasGUID(guid); });
 }
 
 CertificateReferences CCertificateMgr::GetCertificatesWithField(const Utf8String& name) {
     CertificateReferences found;
-    for (const SharedHandle<CCertificateReference>& reference : References()) {
-        if (reference->HasField(name) != 0) {
-            found.push_back(reference);
-        }
-    }
+    std::ranges::copy_if(References(), std::back_inserter(found),
+                         [&](const auto& reference) { return reference->HasField(name) != 0; });
     return found;
 }
 
 Utf8String CCertificateMgr::GetParentName(const std::string& name) {
-    const SharedHandle<CCertificateReference> found = FindByName(NarrowToUtf8(name));
+    const auto found = FindFirst(
+        [&](const auto& reference) { return reference->HasProductName(NarrowToUtf8(name)) != 0; });
     return found != nullptr ? found->GetPathField(NarrowToUtf8("QDR_ParentName")) : Utf8String();
 }

@@ -1,34 +1,57 @@
 // The catalogue: which products are installed on this machine, and which certificate belongs to
 // each.
 //
-// A manager is a cheap object that each query makes anew. The first complete load of a process
-// gathers the certificates; its list is kept for the process, and every later manager shares it. So
-// the catalogue of a running process does not change, whatever is installed meanwhile. A load is
-// complete unless something failed that may succeed at the next try, such as for want of memory, or
-// while another process holds the database. The list of one that is not complete is its manager's
-// alone, and the next manager loads again.
+// A manager is a cheap object that each query makes anew. The list of the first complete load is
+// kept for the process, and every later manager shares it: the catalogue of a running process does
+// not change. A load is complete unless something failed that may succeed at the next try, see
+// RecordGathering. The list of an incomplete one is its manager's alone, and the next manager loads
+// again.
 //
-// The list's order decides every lookup, for the first match wins: certificates of folders (modes 1
-// and 3), then those of the database in its order, then those of the registry in the order of its
-// keys. A certificate stands at its first place, under its path in lower case.
+// The first match in the list wins: certificates of folders (modes 1 and 3), then those of the
+// database, then those of the registry. A certificate has its first place, under its path in lower
+// case.
 //
 // Threads: a manager belongs to one thread at a time. Managers of several threads may load at once:
-// most often one of them does the work, and the list that is kept is never changed afterwards. No
-// lock is needed to go on while a library loads or a component object is made.
+// most often one of them does the work, and the list that is kept is never changed afterwards.
 //
 // Errors: a certificate that cannot be read is left out, and so is a record key that names no file,
 // unless the registry or another certificate names it too. What opening the database throws passes
-// through every operation; the load is then tried again by the next operation, also of another
-// manager.
+// through every operation, and the next one loads again.
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
-#include "catalogue/manager/CertificateList.h"
+#include "catalogue/manager/CCertificateReference.h"
 #include "catalogue/manager/CertificateSources.h"
 #include "platform/errors.h"
+
+using CertificateReferences = std::vector<SharedHandle<CCertificateReference>>;
+
+// Certificates in the order in which they were added. Once it has been handed to another thread a
+// list is never changed: to add to it a manager copies it.
+class CertificateList {
+  public:
+    const CertificateReferences& GetReferences() const { return references_; }
+
+    // The certificate of a path in lower case; null when it is not in the list.
+    CCertificateReference* FindPath(const Utf8String& path) const {
+        const auto found = byPath_.find(path);
+        return found != byPath_.end() ? found->second : nullptr;
+    }
+
+    // REQUIRES: no certificate of the list has its path.
+    void Append(const SharedHandle<CCertificateReference>& reference) {
+        references_.push_back(reference);
+        byPath_.emplace(reference->GetPath(), reference.get());
+    }
+
+  private:
+    CertificateReferences references_;
+    std::map<Utf8String, CCertificateReference*> byPath_;
+};
 
 class CCertificateMgr {
   public:
@@ -45,10 +68,10 @@ class CCertificateMgr {
     CCertificateMgr& operator=(const CCertificateMgr&) = delete;
     virtual ~CCertificateMgr() = default;
 
-    // Fills the list, unless it is filled. The folders of the modes that have any are `folder`, or,
-    // where that is null or empty, those of the host program and of its parent. With `reimport`
-    // each certificate file is read anew. A load in a mode other than that of the process's list
-    // gathers the certificates again and makes its list the process's.
+    // Fills the list, unless it is filled. The folders of modes 1 and 3 are `folder`, or, where
+    // that is null or empty, those of the host program and of its parent. With `reimport` each
+    // certificate file is read anew. A load in another mode than that of the process's list gathers
+    // the certificates again and makes its list the process's.
     void Load(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
 
     // What kept the load from being complete, for a person to read; empty after a complete one.
@@ -89,23 +112,22 @@ class CCertificateMgr {
     // The certificates that have a field.
     CertificateReferences GetCertificatesWithField(const Utf8String& name);
 
-    // The name of the parent product that the first certificate of a product name tells; empty
-    // where there is no such certificate or no such field.
+    // The parent product in the first certificate of a product name; empty without either.
     Utf8String GetParentName(const std::string& name);
 
   private:
-    // What `walked` holds are the paths of those that pointed here.
+    // `walked` are the paths of those that pointed here.
     std::uint8_t Add(std::uint32_t mode, const Utf8String& path, const Utf8String& guid,
                      std::uint8_t reimport, Utf8StringList* walked);
     bool TakeCached(std::uint32_t mode);
     std::size_t AddRecords(std::uint32_t mode, std::uint8_t reimport);
-    void AddFolder(std::uint32_t mode, const WideString& folder, std::uint8_t reimport);
     void AddFolders(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
     void Gather(std::uint32_t mode, const WideString* folder, std::uint8_t reimport);
 
     // The list for reading; loads it first.
     const CertificateReferences& References();
-    SharedHandle<CCertificateReference> FindByName(const Utf8String& name);
+    template <typename Matches>
+    SharedHandle<CCertificateReference> FindFirst(Matches matches);
 
     // A list of this manager's own.
     CertificateList& OwnList();

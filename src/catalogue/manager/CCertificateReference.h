@@ -17,10 +17,10 @@ class CCertificateReference {
     CCertificateReference& operator=(const CCertificateReference&) = delete;
     virtual ~CCertificateReference() = default;
 
-    // Reads the certificate of a path in lower case into memory, importing its file when need be.
-    // In mode 1 the file is first opened to every user of the machine. With an empty `guid` the one
-    // of the certificate's Vector Location is taken. 1 when the reference is good, else 0. Lets out
-    // what opening the database throws.
+    // Reads the certificate of a path in lower case into memory, importing its file if need be. In
+    // mode 1 the file is first opened to every user of the machine. With an empty `guid` the one of
+    // the certificate's Vector Location is taken. 1 when the reference is good, else 0. Throws what
+    // opening the database throws.
     std::uint8_t Init(const Utf8String& path, const Utf8String& guid, std::uint32_t mode,
                       std::uint8_t reimport);
 
@@ -30,7 +30,7 @@ class CCertificateReference {
     // The installer GUID, empty where no source gives it.
     Utf8String GetGUID() const;
 
-    // Whether GetGUID would give this one, byte for byte. Copies nothing.
+    // Whether GetGUID would return this one. Copies nothing.
     bool HasGUID(const Utf8String& guid) const {
         const std::lock_guard hold(mutex_);
         return guid_ == guid;

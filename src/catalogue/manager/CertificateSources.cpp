@@ -30,8 +30,7 @@ std::vector<FileSpec> CertificatesBelow(const FolderSpec& folder) {
     std::vector<FileSpec> found;
     try {
         std::vector<FileSpec> below;
-        for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
-             entries.Advance()) {
+        for (FolderIterator entries = folder.MakeIterator(); entries; entries.Advance()) {
             if (entries.IsFolder()) {
                 // A link may lead back to where the walk has been.
                 if (!entries.IsFolderLink()) {

@@ -1,7 +1,7 @@
 // Where certificates are found: in the database, in the registry, and in folders.
 //
-// Each operation clears its lists and fills them, gives 0, or E_FAIL when it found nothing, and
-// tells on the trace how many it found. Any thread.
+// Each operation clears its lists and fills them, returns 0, or E_FAIL when it found nothing, and
+// writes to the trace how many it found. Any thread.
 #pragma once
 
 #include <vector>

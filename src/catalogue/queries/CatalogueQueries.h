@@ -1,9 +1,9 @@
 // The catalogue's answers to the library's callers. Arguments are those of brevikconfig.h; texts
 // and out arguments are not null here.
 //
-// What a query hands out comes from CoTaskMemAlloc and belongs to the caller. When there is nothing
-// to hand out, or no memory, the out arguments are as they were. Any thread. What a load of the
-// catalogue throws passes through.
+// Blocks come from CoTaskMemAlloc and belong to the caller. Without anything to hand out, or
+// without memory, the out arguments are as they were. Any thread. What a load of the catalogue
+// throws passes.
 #pragma once
 
 #include <cstdint>

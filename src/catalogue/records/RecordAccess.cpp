@@ -100,8 +100,8 @@ void RecordAccess::Write(const std::function<void()>& change) {
                 throw;
             }
         }
-        // Another process may have replaced the file since, or opening it for writing have failed
-        // in passing: the library then goes on as with a file that nobody may write.
+        // Another process may have replaced the file since, or opening it for writing failed once,
+        // after which the library takes it for read-only.
         snapshot_.Clear();
         db_.Reconnect();
     }

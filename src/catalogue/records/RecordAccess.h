@@ -1,8 +1,7 @@
 // The records of one connection in the hands of one thread.
 //
-// As long as an object lives its thread is the only one in the process that uses the record store:
-// so it is short-lived, nothing that runs foreign code is done within, and a thread has one at a
-// time. Failures are SQLite3WrapperExceptions.
+// An object keeps all other threads out of the record store: it is short-lived, no foreign code
+// runs meanwhile, and a thread has one at a time. Failures are SQLite3WrapperExceptions.
 #pragma once
 
 #include <functional>
@@ -22,16 +21,13 @@ class RecordAccess {
     RecordAccess(const RecordAccess&) = delete;
     RecordAccess& operator=(const RecordAccess&) = delete;
 
-    // The rows of a certificate as the database has them now, in a table of the caller's own; null
-    // when there are none.
+    // See RecordSnapshot.
     SharedHandle<SQLite3WrapperTable> RowsOf(const std::string& key) {
         return snapshot_.Find(db_, key);
     }
-
-    // The record keys in the order of their first rows.
     std::vector<std::string> Keys() { return snapshot_.Keys(db_); }
 
-    // Appends them. False, said on the trace, when they cannot be read.
+    // Appends the keys. False, with a line on the trace, when they cannot be read.
     bool ListKeys(std::vector<std::string>* keys);
 
     // Makes the table where it is missing.
@@ -44,8 +40,8 @@ class RecordAccess {
     void Edit(const std::function<void(SQLite3WrapperDB&)>& change);
 
   private:
-    // Runs a change in a transaction that holds the database's write lock from its beginning, so
-    // that what is read in it stays true until it ends.
+    // Runs a change in a transaction that holds the write lock from its beginning, so that what is
+    // read in it stays true.
     void Write(const std::function<void()>& change);
 
     const std::unique_lock<TimedMutex> lock_;

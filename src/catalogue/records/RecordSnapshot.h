@@ -1,14 +1,13 @@
 // The rows of all certificates, read in one pass.
 //
-// The table of records has no index, so that a statement for one certificate reads the rows of all
-// of them. This keeps what one statement gave, split by certificate. Each use first asks the
-// database for two numbers: its version, which changes whenever another connection has written, and
-// its last row. With another version all rows are read anew; with the same one and a further last
-// row, the rows after the known ones are read. What this connection itself takes away or changes is
-// not noticed: Clear after it.
+// The table has no index, so that a statement for one certificate reads the rows of all of them.
+// This keeps what one statement gave, split by certificate. Each use first asks the database for
+// its version, which changes whenever another connection has written, and its last row: with
+// another version all rows are read anew, with a further last row the new ones. What this
+// connection itself deletes or changes is not noticed: Clear after it.
 //
-// Rows that were handed out stay as they are, and share their texts with the snapshot. Under the
-// lock of its connection; failures are those of statements.
+// Rows that were handed out stay as they are, and share their texts with the snapshot. Guarded by
+// the lock of the connection; failures are those of statements.
 #pragma once
 
 #include <string>
@@ -25,8 +24,6 @@ class RecordSnapshot {
 
     // The record keys in the order of their first rows.
     std::vector<std::string> Keys(SQLite3WrapperDB& db);
-
-    // Forgets everything.
     void Clear();
 
   private:

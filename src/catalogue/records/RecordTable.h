@@ -1,10 +1,8 @@
 // The table of product records, and every statement on it.
 //
-// A row is one value of a field of a certificate: the record key (the certificate file's path in
-// lower case), the field's name, the value. The table has no index; a certificate's rows follow
-// each other in the order of their row ids.
-//
-// All functions throw a SQLite3WrapperException on failure. One thread at a time on a connection.
+// A row is one value of a field: the record key (the certificate file's path in lower case), the
+// field's name, the value. A certificate's rows are in the order of their row ids. All functions
+// throw a SQLite3WrapperException on failure.
 #pragma once
 
 #include <string>
@@ -16,14 +14,13 @@ namespace RecordTable {
 
 inline constexpr char kName[] = "CertificateData";
 
-// A text between apostrophes, as it stands in a statement. A text that would end there early, with
-// an apostrophe or a NUL, throws: no text from outside ever becomes part of a statement's syntax.
+// A text between apostrophes, for a statement. One with an apostrophe or a NUL throws: no text from
+// outside becomes part of a statement's syntax.
 bool CanBeQuoted(const std::string& text);
 std::string Quoted(const std::string& text);
 
 void CreateIfMissing(SQLite3WrapperDB& db);
 
-// The statement that adds a row.
 std::string InsertStatement(const std::string& key, const std::string& name,
                             const std::string& value);
 
@@ -34,11 +31,10 @@ void UpdateRows(SQLite3WrapperDB& db, const std::string& key, const std::string&
 void DeleteRows(SQLite3WrapperDB& db, const std::vector<std::string>& keys);
 void DeleteAllRows(SQLite3WrapperDB& db);
 
-// Throws kSqliteCorrupt when something else stands in the table's place or hangs on it, or a value
-// holds a NUL, as of a page that was lost; kSqliteError without the table or one of its columns.
+// Throws kSqliteCorrupt when there is something else in the table's place or attached to it, or a
+// value holds a NUL, as from a lost page; kSqliteError without the table or one of its columns.
 void CheckForm(SQLite3WrapperDB& db);
 
-// The rows of a certificate.
 SharedHandle<SQLite3WrapperTable> LoadRows(SQLite3WrapperDB& db, const std::string& key);
 
 // All rows with a higher row id than this, in the order of their ids. Fails when a page of them is

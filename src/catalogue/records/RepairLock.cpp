@@ -25,8 +25,8 @@ std::int32_t CodeOf(DWORD error) {
 
 }  // namespace
 
-// The lock is a file beside the database that its holder has open and shares with nobody. It stays
-// when the lock is given up: to delete it would let two processes hold a file of that name each.
+// The lock is a file beside the database that its holder has open without sharing. It stays when
+// the lock is given up: if it were deleted, two processes could each hold a file of that name.
 RepairLock::RepairLock(const std::string& databasePath) {
     const WideString path = NarrowToWide(databasePath + ".repair");
     MakeSharedFile(path.c_str());

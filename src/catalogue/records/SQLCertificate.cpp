@@ -22,8 +22,6 @@ SQLCertificate::SQLCertificate() : db_(&SharedRecordStore::Get().Database()) {
     SharedRecordStore::Get().EnsureOpen();
 }
 
-SQLCertificate::SQLCertificate(SQLite3WrapperDB* database) : db_(database) {}
-
 bool SQLCertificate::Read(const char* key, const char* verificationKey, bool reimport) {
     try {
         RequireKey(key);

@@ -11,8 +11,7 @@
 #include "text/VelmarException.h"
 #include "trace/UTrace.h"
 
-// That a field has no row is common, so none of the reads tells it by an exception on its way to
-// the failure line.
+// A missing field is common, so the reads throw no exception on the way to their failure line.
 
 bool SQLCertificate::CanRead(const char* name) const {
     return table_ != nullptr && name != nullptr && *name != '\0';
@@ -72,11 +71,6 @@ std::uint32_t SQLCertificate::GetFieldMaxEnum(const char* name) {
         UTrace::Error("GetFieldMaxEnum failed, FieldName: %s", name);
     }
     return static_cast<std::uint32_t>(values.size());
-}
-
-std::uint32_t SQLCertificate::GetFieldValueAsEnum(const std::string& name,
-                                                  const std::string& value) {
-    return GetFieldValueAsEnum(name.c_str(), value.c_str());
 }
 
 std::uint32_t SQLCertificate::GetFieldValueAsEnum(const char* name, const char* value) {
@@ -172,22 +166,10 @@ void SQLCertificate::WriteField(const std::string& name, const std::string& valu
     });
 }
 
-bool SQLCertificate::HasField(const std::string& name) {
-    return FindValue(name.c_str()) != nullptr;
-}
-
-std::uint8_t SQLCertificate::SetFieldAsNumber(const char* name, std::int32_t value) {
-    return SetFieldAsText(name, std::to_string(value).c_str());
-}
-
 std::string ReadField(SQLCertificate& store, const std::string& name) {
     std::string value;
     store.GetFieldAsText(name, &value);
     return value;
-}
-
-std::int32_t ReadNumber(SQLCertificate& store, const char* name) {
-    return store.GetFieldAsNumber(name);
 }
 
 void ReadFieldList(SQLCertificate& store, const std::string& name, Utf8StringList* values) {

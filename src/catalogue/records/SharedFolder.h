@@ -3,7 +3,7 @@
 
 #include "platform/types.h"
 
-// Makes the folder, open to every user of the machine. The result is told on the trace.
+// Makes the folder, open to every user of the machine. The result is written to the trace.
 void CreateSharedFolder(const WideString& path);
 
 // Opens a certificate file to every user of the machine; whether that works is not looked at.

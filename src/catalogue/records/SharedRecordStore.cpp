@@ -25,8 +25,8 @@ namespace {
 // On either side of the deletion of a database, for other programs to let go of it.
 constexpr DWORD kRepairPause = 500;
 
-// What statements of ours answer when the file is cut, overwritten, under another key or without
-// the table. The library answers "error" for a page that does not decrypt, as for a missing table.
+// Of statements on a file that is cut, overwritten, under another key or without the table. The
+// library answers "error" for a page that does not decrypt.
 constexpr std::int32_t kDamages[] = {kSqliteError, kSqliteCorrupt, kSqliteNotADatabase};
 
 bool IsDamage(const std::exception& failure) {
@@ -43,14 +43,14 @@ bool IsAbsent(const std::string& path) {
            std::ranges::find(kAbsences, GetLastError()) != std::end(kAbsences);
 }
 
-// A folder may let every user write its files, and nobody delete another's. A file without bytes
-// holds no records yet, which is as good as none.
+// A folder may let users write its files and not delete another's. An empty file is as good as
+// none.
 bool DeleteOrEmpty(const WideString& path) {
     return DeleteFileW(path.c_str()) || EmptySharedFile(path.c_str());
 }
 
-// The cipher library gives a part of itself up for the rest of the process when memory is short
-// once; after that every file looks damaged. Throws unless a new database can be written and read.
+// Once memory was short, the cipher library may fail for the rest of the process, and every file
+// looks damaged. Throws unless a new database can be written and read.
 void ProveCipher(const std::string& path) {
     const WideString widePath = NarrowToWide(path);
     DeleteOrEmpty(widePath);
@@ -114,8 +114,8 @@ void SharedRecordStore::Reopen() {
     opened_ = true;
 }
 
-// Reads all rows, which a load needs in a moment anyway: damage may lie in any of them. While it is
-// unknown how the file is, the next call looks again.
+// Damage may be in any row, and a load needs them all anyway. While it is unknown how the file is,
+// the next call looks again.
 void SharedRecordStore::Examine(RecordAccess& access) {
     bool isKnown = true;
     try {
@@ -161,8 +161,8 @@ bool SharedRecordStore::IsDamaged(RecordAccess& access) {
     }
 }
 
-// Several processes may meet the same damaged file. One at a time gets to replace it, and each
-// looks again first: the one before it may have done so.
+// Several processes may meet the same damaged file. One at a time may replace it, and looks again
+// first: the one before it may have done so.
 void SharedRecordStore::ReplaceIfDamaged(RecordAccess& access) {
     const std::string path = SQLCertificate::SqlDatabasePath();
     const RepairLock lock(path);

@@ -17,24 +17,23 @@ class SharedRecordStore {
   public:
     static SharedRecordStore& Get();
 
-    // Opens the database, replaces a damaged one, and drops the records of files that are gone;
-    // once in the process. Throws a SQLite3WrapperException when it cannot be opened, and is then
-    // tried again by the next call. One that is damaged and cannot be replaced stays as it is.
+    // Opens the database, replaces a damaged one where it can, and drops the records of files that
+    // are gone; once in the process. Throws a SQLite3WrapperException when it cannot be opened, and
+    // is then tried again by the next call.
     void EnsureOpen();
 
-    // Loads the database library where there are records to read. To load a library runs code of
-    // others, which may call us: who holds a lock calls this before.
+    // Loads the database library where there are records to read. That runs code of others, which
+    // may call us: holders of a lock call this first.
     static void LoadLibrary();
 
     // To be used through a RecordAccess.
     SQLite3WrapperDB& Database() { return db_; }
 
-    // Whether a statement failed because the shared database is damaged, and that is mended now, so
-    // that it may be given again. Tries once in the process.
+    // Whether a statement failed because the shared database was damaged, which is mended now.
+    // Tries once in the process.
     bool RepairAfter(const std::exception& failure, const SQLite3WrapperDB& db);
 
-    // Drops all records; a database that does not let them go is replaced. Throws a
-    // SQLite3WrapperException when that fails too.
+    // Drops all records, if need be with the database. Throws a SQLite3WrapperException on failure.
     void DropRecords();
 
   private:

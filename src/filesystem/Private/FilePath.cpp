@@ -7,47 +7,36 @@
 
 namespace {
 
-constexpr const char* kSource = ".\\Private\\FilePath";
-constexpr int kPatternLine = 112;
-
 constexpr unsigned char kSeparators[] = "/\\";
 
 using Bytes = std::basic_string_view<unsigned char>;
 
-// Goes back to the last "*" alone: whatever an earlier one could take besides,
-// the last one can take too, so the time stays within the product of the two
-// lengths.
+// Goes back to the last "*" alone: what an earlier one could take, the last one can take too, so
+// the time stays within the product of the two lengths.
 bool Matches(Bytes name, Bytes pattern) {
-    constexpr std::size_t kNone = Bytes::npos;
     std::size_t n = 0;
     std::size_t p = 0;
-    std::size_t behindStar = kNone;
+    std::size_t afterStar = Bytes::npos;
     std::size_t starTook = 0;
-    for (;;) {
-        const bool nameEnds = n == name.size();
+    while (n < name.size()) {
         const bool patternEnds = p == pattern.size();
-        if (nameEnds) {
-            return patternEnds;
-        }
         if (!patternEnds && pattern[p] == '*') {
             if (p + 1 == pattern.size()) {
                 return true;
             }
-            behindStar = ++p;
+            afterStar = ++p;
             starTook = n;
-            continue;
-        }
-        if (!patternEnds && (pattern[p] == '?' ? name[n] != '.' : name[n] == pattern[p])) {
+        } else if (!patternEnds && (pattern[p] == '?' ? name[n] != '.' : name[n] == pattern[p])) {
             ++n;
             ++p;
-            continue;
-        }
-        if (behindStar == kNone) {
+        } else if (afterStar != Bytes::npos) {
+            n = ++starTook;
+            p = afterStar;
+        } else {
             return false;
         }
-        n = ++starTook;
-        p = behindStar;
     }
+    return p == pattern.size();
 }
 
 }  // namespace
@@ -101,7 +90,7 @@ bool FilePath::IsEqual(const FilePath& other, bool isCaseSensitive) const {
 
 bool FilePath::IsMatch(const FilePath& pattern, bool isCaseSensitive) const {
     if (pattern.find_first_of(kSeparators) != npos) {
-        ThrowInternalFileError(kSource, kPatternLine, pattern);
+        ThrowInternalFileError(".\\Private\\FilePath", 112, pattern);
     }
     const FilePath name = GetName();
     return isCaseSensitive ? Matches(name, pattern)

@@ -1,8 +1,7 @@
 // A time stamp: a time, a date and the zone in which the two are expressed.
 //
-// A plain value; no operation fails by an exception. File times and system times travel through the
-// platform's zone that is in force now, whatever their own date, so that what was read comes back
-// as it was; the zone of the value is not looked at on the way out.
+// A plain value; nothing throws. File times and system times are converted in the platform's zone
+// that is in force now, whatever their date or the value's zone, so that they come back unchanged.
 #pragma once
 
 #include <cstdint>
@@ -28,8 +27,7 @@ class DateTime {
     // The platform's local time, in whole seconds.
     static DateTime GetNow();
 
-    // Seconds since 1970, in the local time of the run-time library. A time that it cannot
-    // express gives the default value.
+    // Seconds since 1970, in local time. The default value where the run-time library has none.
     static DateTime FromTimeT(__time64_t seconds);
 
     // The default value for a time beyond the platform's calendar.
@@ -53,14 +51,14 @@ class DateTime {
     // Universal Time.
     std::int64_t GetTotalTicks() const;
 
-    // The moment `seconds` later, in the platform's local zone. Beyond the years of a Date it
-    // has the default one.
+    // The moment `seconds` later, in the local zone. Beyond the years of a Date that is the
+    // default.
     DateTime AddSeconds(std::int64_t seconds) const;
 
     // Whole seconds from `earlier` to this moment; negative when `earlier` is the later one.
     std::int64_t GetSecondsBetween(const DateTime& earlier) const;
 
-    // Tells the same moment in another zone.
+    // Keeps the moment.
     void ConvertToZone(const TimeZone& zone);
 
     // Field by field; one moment in two zones is not equal.

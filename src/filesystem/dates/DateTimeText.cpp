@@ -1,5 +1,6 @@
 // The text forms of dates, times, zones and time stamps.
 
+#include <algorithm>
 #include <cstdio>
 #include <istream>
 #include <ostream>
@@ -16,13 +17,18 @@ class Reader {
 
     bool IsReady() const { return static_cast<bool>(isReady_); }
 
-    bool IsNext(char wanted) {
-        const auto next = Peek();
-        return next != Traits::eof() && Traits::to_char_type(next) == wanted;
+    // The next character; -1 at the stream's end.
+    int Peek() {
+        const auto next = stream_.rdbuf()->sgetc();
+        if (next == Traits::eof()) {
+            stream_.setstate(std::ios::eofbit);
+            return -1;
+        }
+        return static_cast<unsigned char>(Traits::to_char_type(next));
     }
 
     bool Take(char wanted) {
-        if (!IsNext(wanted)) {
+        if (Peek() != wanted) {
             return false;
         }
         stream_.rdbuf()->sbumpc();
@@ -30,19 +36,15 @@ class Reader {
     }
 
     bool Take(std::string_view wanted) {
-        for (const char character : wanted) {
-            if (!Take(character)) {
-                return false;
-            }
-        }
-        return true;
+        return std::ranges::all_of(wanted, [this](char character) { return Take(character); });
     }
 
     // Decimal digits, at least one, of a value up to `limit`.
     bool Take(std::uint32_t* value, std::uint32_t limit) {
         std::uint64_t number = 0;
         bool any = false;
-        for (char digit; TakeDigit(&digit); any = true) {
+        for (int digit; (digit = Peek()) >= '0' && digit <= '9'; any = true) {
+            stream_.rdbuf()->sbumpc();
             number = number * 10 + static_cast<std::uint32_t>(digit - '0');
             if (number > limit) {
                 return false;
@@ -54,27 +56,6 @@ class Reader {
 
   private:
     using Traits = std::istream::traits_type;
-
-    Traits::int_type Peek() {
-        const auto next = stream_.rdbuf()->sgetc();
-        if (next == Traits::eof()) {
-            stream_.setstate(std::ios::eofbit);
-        }
-        return next;
-    }
-
-    bool TakeDigit(char* digit) {
-        const auto next = Peek();
-        if (next == Traits::eof()) {
-            return false;
-        }
-        *digit = Traits::to_char_type(next);
-        if (*digit < '0' || *digit > '9') {
-            return false;
-        }
-        stream_.rdbuf()->sbumpc();
-        return true;
-    }
 
     std::istream& stream_;
     std::istream::sentry isReady_;
@@ -112,7 +93,7 @@ bool Read(Reader& reader, Date* date) {
         return false;
     }
     int year = static_cast<int>(number);
-    if (reader.IsNext('B')) {
+    if (reader.Peek() == 'B') {
         if (!reader.Take("BCE")) {
             return false;
         }
@@ -134,13 +115,13 @@ bool Read(Reader& reader, TimeZone* zone) {
     }
     std::uint32_t hours = 0;
     std::uint32_t minutes = 0;
-    const bool isWest = reader.IsNext('-');
+    const bool isWest = reader.Peek() == '-';
     if (reader.Take('-') || reader.Take('+')) {
         if (!reader.Take(&hours, kMostHours) || (reader.Take(':') && !reader.Take(&minutes, 59))) {
             return false;
         }
     }
-    const bool isDaylight = reader.IsNext('D');
+    const bool isDaylight = reader.Peek() == 'D';
     if (isDaylight && !reader.Take("DST")) {
         return false;
     }

@@ -21,8 +21,7 @@ class TimeOfDay {
                         std::uint32_t ticks = 0, std::int8_t carryDays = 0)
         : ticks_(ticks), second_(second), minute_(minute), hour_(hour), carryDays_(carryDays) {}
 
-    // The time so many ticks after midnight; whole days go to the carry, negative ones
-    // for a time before midnight. REQUIRES: less than 128 days.
+    // So many ticks after midnight; whole days go to the carry. REQUIRES: less than 128 days.
     explicit TimeOfDay(std::int64_t ticks);
 
     int GetHour() const { return hour_; }
@@ -52,6 +51,6 @@ class TimeOfDay {
 // The text form: 09:05:00, or 09:05:00+599/600 where ticks are left. Carried days are not written.
 std::ostream& operator<<(std::ostream& stream, const TimeOfDay& time);
 
-// Ticks may have another base than 600 and are converted. A text that is no such form, or no time
-// of a day, sets the stream's fail state and leaves the value as it was.
+// Ticks of another base than 600 are converted. A text that is no such form, or no time of a day,
+// sets the stream's fail state and leaves the value as it was.
 std::istream& operator>>(std::istream& stream, TimeOfDay& time);

@@ -10,9 +10,6 @@ class VelmarText;
 
 class TickleImplBase {
   public:
-    TickleImplBase() = default;
-    TickleImplBase(const TickleImplBase&) = default;
-    TickleImplBase& operator=(const TickleImplBase&) = default;
     virtual ~TickleImplBase() = default;
 
     // Whether the operation is to stop. The base class returns `cancelled_`.

@@ -1,8 +1,8 @@
 // A share of the progress of a long operation.
 //
-// The operation counts from 0.0 to 1.0 and need not know which part of the whole that is: the
-// tickler maps it into its own range of the sink. Without a sink every report does nothing. A small
-// value; copies share the sink, which is not owned. One thread at a time.
+// The operation counts from 0.0 to 1.0, which the tickler maps into its own range of the sink.
+// Without a sink every report does nothing. Copies share the sink, which is not owned. One thread
+// at a time.
 #pragma once
 
 #include <cstdint>
@@ -22,8 +22,6 @@ class Tickler {
     Tickler(TickleImplBase* impl, double base, double scale)
         : impl_(impl), base_(base), scale_(scale) {}
 
-    Tickler(const Tickler&) = default;
-    Tickler& operator=(const Tickler&) = default;
     virtual ~Tickler() = default;
 
     // Whether the sink wants the operation to stop; false without one.
@@ -46,7 +44,7 @@ class Tickler {
         }
     }
 
-    // Tells the sink that so many steps follow, and that the first has begun.
+    // So many steps follow, and the first has begun.
     void BeginSteps(std::uint32_t count) const {
         if (impl_ != nullptr) {
             impl_->SetStepCount(count);

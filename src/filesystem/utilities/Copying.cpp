@@ -135,8 +135,7 @@ void CopyTree(const FileSpec& target, const FileSpec& source, bool recursive, Ti
     }
     // No listing stays open during a descent.
     std::vector<FileSpec> folders;
-    for (FolderIterator entries = FolderSpec(source).MakeIterator(); !entries.GetCurrent().IsNull();
-         entries.Advance()) {
+    for (FolderIterator entries = FolderSpec(source).MakeIterator(); entries; entries.Advance()) {
         const FileSpec& entry = entries.GetCurrent();
         if (entries.HasNoContents()) {
             continue;
@@ -163,8 +162,7 @@ bool TryRename(const FileSpec& target, const FileSpec& source) {
 
 // What a copy of the folder would leave out, the first one met; null when it would be whole.
 FileSpec FindLeftOut(const FolderSpec& folder) {
-    for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
-         entries.Advance()) {
+    for (FolderIterator entries = folder.MakeIterator(); entries; entries.Advance()) {
         const FileSpec& entry = entries.GetCurrent();
         if (entries.HasNoContents()) {
             return entry;

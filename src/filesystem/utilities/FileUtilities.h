@@ -1,12 +1,10 @@
-// What is built upon file objects: copying and moving, scans, unique names, the folders that belong
-// to the process, and relative paths.
+// Copying and moving, scans, unique names, the folders of the process, and relative paths.
 //
 // A failure raises a FileException unless stated otherwise and leaves what was done so far. Any
-// thread. FileSystem_Start has run before.
+// thread, once FileSystem_Start has run.
 //
-// What goes through a whole tree does not go through a link to a folder: it may lead back into the
-// tree, which would never end, or to a tree that was not named. The folder that an
-// operation is given may itself be such a link.
+// No operation on a tree follows a link to a folder in it, which may lead back into the tree or to
+// one that was not named. The folder that it is given may be such a link.
 #pragma once
 
 #include <cstdint>
@@ -19,21 +17,19 @@
 namespace FileSystem {
 
 // Copies a file with its time of last write, and with its attributes where the platform copies it.
-// A target that exists raises "file exists" and stays as it is. Each file is reported from 0.0 to
-// 1.0 of the sink's own range, which the tickler is set to, with the message "copying" and the
-// source's path. When the sink wants the copy to stop, it raises the failure of the platform's
-// error 1235 and leaves no target.
+// A target that exists raises "file exists". Each file is reported from 0.0 to 1.0 of the sink's
+// own range, which the tickler is set to, with the message "copying" and the source's path. When
+// the sink cancels, the copy raises ERROR_REQUEST_ABORTED and leaves no target.
 void CopyFile(const FileSpec& target, const FileSpec& source, Tickler& tickler);
 
-// Copies the files and shortcuts of a folder and then, where `recursive`, its folders. A target
-// that is missing is made, with the source's attributes; one that exists is added to. A target that
-// lies below the source raises "access denied" where `recursive`. Links to folders, and those that
-// lead nowhere, are left out. Progress as above, file by file.
+// Copies the files and shortcuts of a folder and then, where `recursive`, its folders. A missing
+// target is made, with the source's attributes; one that exists is added to. One below the source
+// raises "access denied" where `recursive`. Links to folders, and those that lead nowhere, are left
+// out. Progress as above, file by file.
 void CopyFolder(const FileSpec& target, const FileSpec& source, bool recursive, Tickler& tickler);
 
-// Renames the source or, where the platform refuses, copies it and then deletes it. A folder is
-// moved with all that it holds. The source is deleted only after a complete copy: a folder with
-// something in it that a copy leaves out raises "access denied" before anything is copied.
+// Renames the source or, where the platform refuses, copies it whole and then deletes it: a folder
+// with something in it that a copy leaves out raises "access denied" before anything is copied.
 void Move(const FileSpec& target, const FileSpec& source, Tickler& tickler);
 
 // Makes a folder and all folders above it that are missing. A file on the way raises "file exists"

@@ -1,4 +1,4 @@
-#include "filesystem/Volume.h"
+#include "filesystem/Volume_IF.h"
 #include "filesystem/utilities/FileUtilities.h"
 
 namespace FileSystem {
@@ -38,8 +38,7 @@ struct Scan {
 
     void Run(const FolderSpec& folder, bool (Scan::*take)(const FolderIterator&)) {
         std::vector<FileSpec> below;
-        for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
-             entries.Advance()) {
+        for (FolderIterator entries = folder.MakeIterator(); entries; entries.Advance()) {
             if ((this->*take)(entries)) {
                 below.push_back(entries.GetCurrent());
             }
@@ -70,8 +69,7 @@ std::vector<FileSpec> FindFolders(const FolderSpec& folder, const FilePath& patt
 
 std::uint64_t GetFolderSize(const FolderSpec& folder, bool recursive) {
     std::uint64_t size = 0;
-    for (FolderIterator entries = folder.MakeIterator(); !entries.GetCurrent().IsNull();
-         entries.Advance()) {
+    for (FolderIterator entries = folder.MakeIterator(); entries; entries.Advance()) {
         const FileSpec& entry = entries.GetCurrent();
         if (entries.HasNoContents()) {
             continue;

@@ -2,7 +2,7 @@
 #include <deque>
 
 #include "filesystem/FileException.h"
-#include "filesystem/Volume.h"
+#include "filesystem/Volume_IF.h"
 #include "filesystem/utilities/FileUtilities.h"
 #include "platform/errors.h"
 

@@ -60,7 +60,7 @@ std::string MissingUpdateInfo(const std::string& product) {
 // Why a dispatch ended as it did; empty where there is nothing to explain.
 std::string Explain(UpdateDispatch::Status status, const Options& options, bool hasService) {
     switch (status) {
-        case UpdateDispatch::kTold:
+        case UpdateDispatch::kDone:
             return hasService ? ""
                               : "nothing was announced, which is no failure to an application: " +
                                     MissingService();
@@ -94,7 +94,7 @@ UpdateDispatch::Status Dispatch(const Options& options) {
 void Update(const Options& options) {
     WarnOfLocale(options.locale);
     const UpdateDispatch::Status status = Dispatch(options);
-    const bool isGood = status == UpdateDispatch::kTold;
+    const bool isGood = status == UpdateDispatch::kDone;
     const bool hasService = isGood && VelmarUpdateService().GetService();
     if (options.json) {
         Facts facts = {{"product", options.product}, {"status", static_cast<int>(status)}};

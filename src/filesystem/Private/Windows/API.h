@@ -74,15 +74,12 @@ class API {
 // The process's table; null before the first FileSystem_Start and after FileSystem_Stop.
 API* GetApi();
 
-// Puts a table in the place of the library's own, which must outlive its use; null puts the
-// library's own back, made where there is none. FileSystem_Start keeps a table that is set. No
-// other thread may be in the library meanwhile.
+// Puts a table, which must outlive its use, in the place of the library's own; null puts that back.
+// FileSystem_Start keeps a table that is set. No other thread may be in the library meanwhile.
 void SetApi(API* table);
 
-// Makes the library's own table where none is set.
+// Sets the library's own table where there is none, and forgets whichever is set.
 void EnsureApi();
-
-// Forgets the table, and deletes the library's own.
 void ClearApi();
 
 }  // namespace FileSystem_Win32

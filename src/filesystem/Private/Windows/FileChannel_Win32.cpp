@@ -68,9 +68,7 @@ FileChannel_Win32::~FileChannel_Win32() {
 }
 
 void FileChannel_Win32::Close() {
-    if (!CloseHandle(handle)) {
-        Fail(GetLastError());
-    }
+    Require(CloseHandle(handle));
     handle = nullptr;
 }
 
@@ -82,9 +80,7 @@ void FileChannel_Win32::Flush() {
 
 std::uint64_t FileChannel_Win32::GetSize() {
     LARGE_INTEGER size = {};
-    if (!GetApi()->GetFileSizeEx(handle, &size)) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->GetFileSizeEx(handle, &size));
     return static_cast<std::uint64_t>(size.QuadPart);
 }
 
@@ -105,9 +101,7 @@ void FileChannel_Win32::Read(void* buffer, std::uint32_t count, std::uint32_t& d
     auto* place = static_cast<unsigned char*>(buffer);
     while (done < count) {
         DWORD got = 0;
-        if (!ReadFile(handle, place + done, count - done, &got, nullptr)) {
-            Fail(GetLastError());
-        }
+        Require(ReadFile(handle, place + done, count - done, &got, nullptr));
         if (got == 0) {
             return;
         }
@@ -141,9 +135,7 @@ void FileChannel_Win32::SetSize(std::uint64_t size) {
     const VelmarAutoCriticalSection hold(&lock);
     const std::uint64_t position = Seek(0, FILE_CURRENT);
     Seek(size, FILE_BEGIN);
-    if (!SetEndOfFile(handle)) {
-        Fail(GetLastError());
-    }
+    Require(SetEndOfFile(handle));
     Seek(position, FILE_BEGIN);
 }
 
@@ -156,9 +148,7 @@ void FileChannel_Win32::Write(const void* buffer, std::uint32_t count) {
         return;
     }
     DWORD written = 0;
-    if (!WriteFile(handle, buffer, count, &written, nullptr)) {
-        Fail(GetLastError());
-    }
+    Require(WriteFile(handle, buffer, count, &written, nullptr));
     if (written != count) {
         throw VelmarException(kSource, 216);
     }
@@ -168,9 +158,7 @@ std::uint64_t FileChannel_Win32::Seek(std::uint64_t distance, DWORD method) {
     LARGE_INTEGER move = {};
     LARGE_INTEGER position = {};
     move.QuadPart = static_cast<LONGLONG>(distance);
-    if (!GetApi()->SetFilePointerEx(handle, move, &position, method)) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->SetFilePointerEx(handle, move, &position, method));
     return static_cast<std::uint64_t>(position.QuadPart);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "filesystem/FileChannel_IF.h"
+#include "platform/errors.h"
 #include "platform/types.h"
 #include "text/CriticalSection.h"
 
@@ -28,6 +29,13 @@ class FileChannel_Win32 : public FileChannel_IF {
   private:
     std::uint64_t Seek(std::uint64_t distance, DWORD method);
     [[noreturn]] void Fail(DWORD code) const;
+
+    // Raises the platform's last error unless a call of it succeeded.
+    void Require(bool succeeded) const {
+        if (!succeeded) {
+            Fail(GetLastError());
+        }
+    }
 
     HANDLE handle = nullptr;
     std::uint32_t mode;

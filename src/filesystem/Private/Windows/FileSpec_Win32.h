@@ -69,6 +69,13 @@ class FileSpec_Win32 : public FileSpec_IF,
     // Raises the failure that a code of the platform stands for, with this object's path.
     [[noreturn]] void Fail(DWORD code) const;
 
+    // Raises the platform's last error unless a call of it succeeded.
+    void Require(bool succeeded) const {
+        if (!succeeded) {
+            Fail(GetLastError());
+        }
+    }
+
   protected:
     const WideString& GetStoredPath() const { return path; }
 

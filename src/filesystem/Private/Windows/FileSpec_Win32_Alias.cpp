@@ -2,13 +2,14 @@
 
 #include "filesystem/ClassFactory_IF.h"
 #include "filesystem/Private/Windows/FileSpec_Win32.h"
+#include "modules/ComponentObject.h"
 #include "platform/shell_links.h"
 
 namespace {
 
 constexpr int kPathSize = 0x8000;
 
-// Undoes one successful CoInitialize of the calling thread, if there was one.
+// An apartment of the calling thread's own, where it is in none.
 class ScopedApartment {
   public:
     ScopedApartment() = default;
@@ -20,7 +21,6 @@ class ScopedApartment {
         }
     }
 
-    bool IsEntered() const { return isEntered_; }
     HRESULT Enter() {
         const HRESULT result = CoInitialize(nullptr);
         isEntered_ = SUCCEEDED(result);
@@ -31,48 +31,26 @@ class ScopedApartment {
     bool isEntered_ = false;
 };
 
-template <typename Interface>
-class ScopedInterface {
-  public:
-    ScopedInterface() = default;
-    ScopedInterface(const ScopedInterface&) = delete;
-    ScopedInterface& operator=(const ScopedInterface&) = delete;
-    ~ScopedInterface() {
-        if (pointer_ != nullptr) {
-            pointer_->Release();
-        }
-    }
-
-    Interface* operator->() const { return pointer_; }
-    void** Receive() { return reinterpret_cast<void**>(&pointer_); }
-
-  private:
-    Interface* pointer_ = nullptr;
-};
-
-// Makes the shortcut object, in an apartment of our own where the thread is in
-// none.
 HRESULT CreateShellLink(ScopedApartment& apartment, void** link) {
-    for (;;) {
-        const HRESULT result =
-            CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW, link);
-        if (result != CO_E_NOTINITIALIZED || apartment.IsEntered()) {
-            return result;
-        }
-        const HRESULT entered = apartment.Enter();
-        if (FAILED(entered)) {
-            return entered;
-        }
+    const auto create = [link] {
+        return CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
+                                link);
+    };
+    HRESULT result = create();
+    if (result == CO_E_NOTINITIALIZED) {
+        result = apartment.Enter();
+        result = SUCCEEDED(result) ? create() : result;
     }
+    return result;
 }
 
 HRESULT ReadTarget(const WideString& shortcut, WideString& target) {
     ScopedApartment apartment;
-    ScopedInterface<IShellLinkW> link;
-    ScopedInterface<IPersistFile> file;
-    HRESULT result = CreateShellLink(apartment, link.Receive());
+    CLibraryUtils::ComponentObject<IShellLinkW> link;
+    CLibraryUtils::ComponentObject<IPersistFile> file;
+    HRESULT result = CreateShellLink(apartment, link.Out());
     if (SUCCEEDED(result)) {
-        result = link->QueryInterface(IID_IPersistFile, file.Receive());
+        result = link->QueryInterface(IID_IPersistFile, file.Out());
     }
     if (SUCCEEDED(result)) {
         result = file->Load(shortcut.c_str(), STGM_READ);

@@ -27,15 +27,11 @@ constexpr AttributeBit kAttributeBits[] = {
 void FileSpec_Win32::Create() {
     const ScopedHandle file(GetApi()->CreateFileW(GetLongPath().c_str(), 0, 0, nullptr, CREATE_NEW,
                                                   FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file) {
-        Fail(GetLastError());
-    }
+    Require(static_cast<bool>(file));
 }
 
 void FileSpec_Win32::CreateFolder() {
-    if (!GetApi()->CreateDirectoryW(GetLongPath().c_str(), nullptr)) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->CreateDirectoryW(GetLongPath().c_str(), nullptr));
 }
 
 void FileSpec_Win32::Delete() {
@@ -59,10 +55,8 @@ void FileSpec_Win32::DeletePresent(bool isFolder) const {
         if ((attributes & FILE_ATTRIBUTE_READONLY) == 0 || !isFirst) {
             Fail(error);
         }
-        if (!GetApi()->SetFileAttributesW(
-                longPath.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY))) {
-            Fail(GetLastError());
-        }
+        Require(GetApi()->SetFileAttributesW(
+            longPath.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)));
     }
 }
 
@@ -92,17 +86,13 @@ void FileSpec_Win32::SetAttributes(std::uint32_t attributes) {
     for (const AttributeBit& bit : kAttributeBits) {
         word = (attributes & bit.portable) != 0 ? word | bit.platform : word & ~bit.platform;
     }
-    if (!GetApi()->SetFileAttributesW(GetLongPath().c_str(), word)) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->SetFileAttributesW(GetLongPath().c_str(), word));
 }
 
 std::uint64_t FileSpec_Win32::GetFileSize() const {
     const ScopedHandle file(Open(0, 0));
     LARGE_INTEGER size = {};
-    if (!GetApi()->GetFileSizeEx(file.Get(), &size)) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->GetFileSizeEx(file.Get(), &size));
     return static_cast<std::uint64_t>(size.QuadPart);
 }
 
@@ -126,9 +116,7 @@ bool FileSpec_Win32::IsPresent() const {
 }
 
 void FileSpec_Win32::Rename(const FileSpec& target) {
-    if (!GetApi()->MoveFileW(GetLongPath().c_str(), target.GetPath().ToWide().c_str())) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->MoveFileW(GetLongPath().c_str(), target.GetPath().ToWide().c_str()));
 }
 
 void FileSpec_Win32::SetAccessTime(const DateTime& time) {
@@ -148,9 +136,7 @@ void FileSpec_Win32::SetModificationTime(const DateTime& time) {
 
 WIN32_FILE_ATTRIBUTE_DATA FileSpec_Win32::GetPlatformAttributes() const {
     WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!GetApi()->GetFileAttributesExW(GetLongPath().c_str(), GetFileExInfoStandard, &data)) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->GetFileAttributesExW(GetLongPath().c_str(), GetFileExInfoStandard, &data));
     return data;
 }
 
@@ -167,7 +153,5 @@ HANDLE FileSpec_Win32::Open(DWORD access, DWORD flags) const {
 void FileSpec_Win32::SetTimes(const FILETIME* creation, const FILETIME* access,
                               const FILETIME* write) const {
     const ScopedHandle file(Open(GENERIC_WRITE, IsFolder() ? FILE_FLAG_BACKUP_SEMANTICS : 0));
-    if (!SetFileTime(file.Get(), creation, access, write)) {
-        Fail(GetLastError());
-    }
+    Require(SetFileTime(file.Get(), creation, access, write));
 }

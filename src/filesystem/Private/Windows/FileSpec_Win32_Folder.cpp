@@ -8,77 +8,59 @@
 #include "filesystem/Private/Windows/API.h"
 #include "filesystem/Private/Windows/FileSpec_Win32.h"
 
-namespace {
-
-// The folder itself and the one above are no entries, wherever a platform lists them. Nor are names
-// that a path cannot spell: it loses dots at its end, and of dots alone it would be the folder.
-bool IsPassedOver(const WCHAR* name) {
-    return std::basic_string_view<WCHAR>(name).ends_with(WIDE('.'));
-}
-
-}  // namespace
-
 class FileSpec_Win32::Iterator : public FolderSpec_Iterator {
   public:
-    explicit Iterator(const SharedHandle<FileSpec_Win32>& listed);
+    explicit Iterator(const SharedHandle<FileSpec_Win32>& listed) : folder(listed) {
+        const WideString pattern =
+            folder->GetLongPath() + (folder->IsRoot() ? WIDE("*.*") : WIDE("\\*.*"));
+        find = FileSystem_Win32::GetApi()->FindFirstFileW(pattern.c_str(), &data);
+        folder->Require(find != INVALID_HANDLE_VALUE);
+        PassOver();
+    }
     Iterator(const Iterator&) = delete;
     Iterator& operator=(const Iterator&) = delete;
     ~Iterator() override { End(); }
 
-    SharedHandle<FileSpec_IF> Next() override;
+    SharedHandle<FileSpec_IF> Next() override {
+        if (find == nullptr) {
+            return nullptr;
+        }
+        SharedHandle<FileSpec_IF> entry = folder->MakeChildSpec(data.cFileName);
+        kind_ = {.isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+                 .isLink = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
+        Step();
+        PassOver();
+        return entry;
+    }
 
   private:
-    void Step();
-    void PassOver();
-    void End();
+    // A step that fails for any reason ends the listing.
+    void Step() {
+        if (!FileSystem_Win32::GetApi()->FindNextFileW(find, &data)) {
+            End();
+        }
+    }
+
+    // The folder itself and the one above are no entries, wherever a platform lists them. Nor are
+    // names that a path cannot spell: it loses dots at its end.
+    void PassOver() {
+        while (find != nullptr &&
+               std::basic_string_view<WCHAR>(data.cFileName).ends_with(WIDE('.'))) {
+            Step();
+        }
+    }
+
+    void End() {
+        if (find != nullptr) {
+            FindClose(find);
+            find = nullptr;
+        }
+    }
 
     SharedHandle<FileSpec_Win32> folder;
     HANDLE find = nullptr;  // null once the listing has ended
-    WIN32_FIND_DATAW data;  // the entry that the next call of Next hands out
+    WIN32_FIND_DATAW data;  // the entry that the next call of Next returns
 };
-
-FileSpec_Win32::Iterator::Iterator(const SharedHandle<FileSpec_Win32>& listed) : folder(listed) {
-    const WideString pattern =
-        folder->GetLongPath() + (folder->IsRoot() ? WIDE("*.*") : WIDE("\\*.*"));
-    const HANDLE listing = FileSystem_Win32::GetApi()->FindFirstFileW(pattern.c_str(), &data);
-    if (listing == INVALID_HANDLE_VALUE) {
-        folder->Fail(GetLastError());
-    }
-    find = listing;
-    PassOver();
-}
-
-SharedHandle<FileSpec_IF> FileSpec_Win32::Iterator::Next() {
-    if (find == nullptr) {
-        return nullptr;
-    }
-    SharedHandle<FileSpec_IF> entry = folder->MakeChildSpec(data.cFileName);
-    kind_ = {.isFolder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
-             .isLink = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
-    Step();
-    PassOver();
-    return entry;
-}
-
-// Whatever the reason, a step that fails is the end of the listing.
-void FileSpec_Win32::Iterator::Step() {
-    if (!FileSystem_Win32::GetApi()->FindNextFileW(find, &data)) {
-        End();
-    }
-}
-
-void FileSpec_Win32::Iterator::PassOver() {
-    while (find != nullptr && IsPassedOver(data.cFileName)) {
-        Step();
-    }
-}
-
-void FileSpec_Win32::Iterator::End() {
-    if (find != nullptr) {
-        FindClose(find);
-        find = nullptr;
-    }
-}
 
 SharedHandle<FolderSpec_Iterator> FileSpec_Win32::MakeIterator(
     const SharedHandle<FolderSpec_IF>& self) {

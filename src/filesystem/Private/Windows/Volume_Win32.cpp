@@ -40,17 +40,13 @@ SharedHandle<FileSpec_IF> Volume_Win32::GetRootFolder(const SharedHandle<Volume_
 
 std::uint64_t Volume_Win32::GetCapacity() {
     ULARGE_INTEGER total = {};
-    if (!GetApi()->GetDiskFreeSpaceExW(info.root.c_str(), nullptr, &total, nullptr)) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->GetDiskFreeSpaceExW(info.root.c_str(), nullptr, &total, nullptr));
     return total.QuadPart;
 }
 
 std::uint64_t Volume_Win32::GetFreeSpace() {
     ULARGE_INTEGER freeForCaller = {};
-    if (!GetApi()->GetDiskFreeSpaceExW(info.root.c_str(), &freeForCaller, nullptr, nullptr)) {
-        Fail(GetLastError());
-    }
+    Require(GetApi()->GetDiskFreeSpaceExW(info.root.c_str(), &freeForCaller, nullptr, nullptr));
     return freeForCaller.QuadPart;
 }
 
@@ -90,15 +86,11 @@ void Volume_Win32::Unmount() {
     const ScopedHandle handle(GetApi()->CreateFileW(
         device.c_str(), GENERIC_READ | (isReadOnly ? 0 : GENERIC_WRITE),
         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
-    if (!handle) {
-        Fail(GetLastError());
-    }
+    Require(static_cast<bool>(handle));
     // The lock that the first one takes ends with the handle.
     for (const DWORD step : {FSCTL_LOCK_VOLUME, FSCTL_DISMOUNT_VOLUME}) {
         DWORD returned = 0;
-        if (!DeviceIoControl(handle.Get(), step, nullptr, 0, nullptr, 0, &returned, nullptr)) {
-            Fail(GetLastError());
-        }
+        Require(DeviceIoControl(handle.Get(), step, nullptr, 0, nullptr, 0, &returned, nullptr));
     }
 }
 

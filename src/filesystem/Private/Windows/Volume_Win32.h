@@ -3,6 +3,7 @@
 
 #include "filesystem/VolumeInfo.h"
 #include "filesystem/Volume_IF.h"
+#include "platform/errors.h"
 #include "platform/types.h"
 #include "text/SharedHandle.h"
 
@@ -26,6 +27,13 @@ class Volume_Win32 : public Volume_IF {
 
   private:
     [[noreturn]] void Fail(DWORD code) const;
+
+    // Raises the platform's last error unless a call of it succeeded.
+    void Require(bool succeeded) const {
+        if (!succeeded) {
+            Fail(GetLastError());
+        }
+    }
 
     VolumeInfo info;
 };
