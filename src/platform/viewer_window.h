@@ -26,7 +26,7 @@ struct COPYDATASTRUCT {
 PLATFORM_API HWND FindWindowW(const WCHAR* windowClass, const WCHAR* title);
 
 // Delivers a WM_COPYDATA message with a block, waiting at most `milliseconds` for a receiver that
-// is behind. 0 with ERROR_INVALID_WINDOW_HANDLE when the window is gone, with ERROR_TIMEOUT when
+// is busy. 0 with ERROR_INVALID_WINDOW_HANDLE when the window is gone, with ERROR_TIMEOUT when
 // the time ran out, the window then being there still.
 PLATFORM_API LRESULT SendMessageTimeoutW(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
                                          UINT flags, UINT milliseconds, DWORD_PTR* result);

@@ -86,6 +86,16 @@ TEST(SystemException, MessagesBearTheCodeAndTheSystemsWording) {
     EXPECT_EQ(Message(unknown), "operating system error: number = 0xDEAD0001 - ");
 }
 
+TEST(SystemMessages, EveryFileErrorHasAWording) {
+    for (const DWORD code : {2,   3,   5,   15,  19,   21,   32,   38,   39,   53,   80,   112,
+                             123, 145, 161, 183, 1112, 1231, 1785, 4300, 4303, 4308, 4315, 4318}) {
+        const WideString text = GetSystemMessage(code);
+        ASSERT_FALSE(text.empty()) << code;
+        EXPECT_NE(text.back(), WIDE('\n')) << code;
+        EXPECT_NE(text.back(), WIDE('\r')) << code;
+    }
+}
+
 // The second library of a facility is asked when the first has no text, and the first text ends the
 // search.
 TEST(SystemMessages, LibrariesOfAFacilityInTheirOrder) {

@@ -16,8 +16,8 @@ FileSpec MakeSibling(const FilePath& name) {
     return GetLibraryFile().MakeParent().MakeChild(name);
 }
 
-// Another process may make a folder of the name just found to be free. Whoever made it has it, and
-// the other one looks for the next.
+// Another process may make a folder of the name just found to be free. The one that made it has it,
+// and the other one looks for the next.
 FileSpec MakeOwnFolder(const FileSpec& shared) {
     constexpr int kMostAttempts = 1000;
     for (int attempt = 1;; ++attempt) {

@@ -219,7 +219,7 @@ class RegistryTextReader {
 
     void RequireEnd() {
         SkipBlanks();
-        Require(IsAtEnd(), "something behind the end of a value");
+        Require(IsAtEnd(), "something after the end of a value");
     }
 
     bool IsAtEnd() const { return line_.empty() || line_.front() == ';'; }

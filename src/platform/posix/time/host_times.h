@@ -34,7 +34,7 @@ constexpr FILETIME FileTimeFromHost(const timespec& time) {
                                                       time.tv_nsec / 100 + kFileTimeOf1970));
 }
 
-// Minutes by which local time is ahead of Coordinated Universal Time at this moment, by the host's
+// Minutes from Coordinated Universal Time to local time at this moment, by the host's
 // rules: those of the variable TZ, which may change while the process runs, else those of
 // /etc/localtime.
 PLATFORM_API int ZoneOffsetAt(time_t moment);
